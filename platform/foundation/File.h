@@ -1,0 +1,41 @@
+#pragma once
+
+#include <string>
+#include <system_error>
+
+#include "platform/foundation/Data.h"
+#include "platform/foundation/Exception.h"
+
+namespace ns {
+
+/// A file operation that the system refused; the reason names the operation, the path and the
+/// system's message.
+class FileException : public Exception {
+ public:
+  FileException(const std::string& operation, const std::string& path, int error);
+  [[nodiscard]] int error() const { return error_; }
+
+ private:
+  int error_;
+};
+
+/// A path in the file system: bytes, taken as they are (a name need not be UTF-8).
+
+/// Replaces a leading "~" or "~/" by the home directory ($HOME, else the user database) and a
+/// leading "~name" by that user's; a name that is no user's is left as it is.
+std::string expandTildeInPath(const std::string& path);
+
+/// The content of a regular file, whole.  Bytes are copied, so that a file that shrinks or
+/// changes meanwhile can neither end the process nor change what was read.  Large files are
+/// read into memory that the system hands out in large pages where it can.
+/// Raises FileException (a directory or other special file included).
+Data readFile(const std::string& path);
+
+/// Replaces a file's content so that at every moment the path names either the old content or
+/// the new, whole: a new file is written beside the old one, synced, given its mode, owner and
+/// extended attributes, and renamed over it; then the folder is synced.  A symbolic link is
+/// followed and stays.  On failure raises FileException, the old file is as it was and no other
+/// file remains.  A file that does not exist yet is made with the usual mode.
+void writeFileAtomically(const std::string& path, const Data& data);
+
+}  // namespace ns
