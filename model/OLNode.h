@@ -234,6 +234,8 @@ class OLNode : public ns::Object {
   /// each parent's list once and posts nothing.  For when nobody observes.
   static void detachUnobserved(const OLNodeList& items);
   static void dismantle(OLNodeList nodes) noexcept;
+  template <class Node, class Visit>
+  static void walkBelow(Node& top, Visit visit);
 
   /// The data for reading, or none when there is none.  Valid until the data changes.
   [[nodiscard]] const ns::Dictionary* loadedData() const;
@@ -241,8 +243,8 @@ class OLNode : public ns::Object {
   [[nodiscard]] ns::Dictionary* editData();
 
   std::weak_ptr<OLNode> parent_;
-  /// Null while there are no children.  Nodes may share one list: a copy with its source, nodes
-  /// whose archive had them share it.
+  /// Null or empty while there are no children.  Nodes may share one list: a copy with its source,
+  /// nodes whose archive had them share it.
   std::shared_ptr<OLNodeList> children_;
   std::optional<ns::Dictionary> data_;
   /// Null while empty.

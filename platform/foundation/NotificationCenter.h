@@ -43,6 +43,9 @@ class NotificationCenter {
     if (!registrations_.empty()) deliver(name, object);
   }
 
+  /// Whether anybody observes anything here; who posts may skip work that only observers see.
+  [[nodiscard]] bool hasObservers() const { return !registrations_.empty(); }
+
   /// Makes another centre the default one while it lives.
   class ScopedDefault {
    public:

@@ -1,0 +1,175 @@
+#include "model/OLNode.h"
+
+#include <exception>
+#include <string>
+
+#include "model/CircleGuard.h"
+#include "model/OLExceptionController.h"
+#include "platform/foundation/Exception.h"
+#include "platform/foundation/Log.h"
+#include "platform/foundation/NotificationCenter.h"
+
+namespace tavlin {
+namespace {
+
+bool isTextKey(std::string_view key) { return key == "title" || key == "note"; }
+
+bool isTextKey(const ns::Value& key) {
+  if (!key.isString()) return false;
+  const ns::String text = key.string();
+  return text == "title" || text == "note";
+}
+
+// Every reader of a title or note may rely on its kind.
+template <class Key>
+ns::Value storedValue(const ns::Dictionary* data, const Key& key) {
+  if (!data) return {};
+  ns::Value value = data->objectForKey(key);
+  const bool isText = value.isString() || value.kind() == ns::Kind::attributedString;
+  if (!value.isNone() && !isText && isTextKey(key)) {
+    OLExceptionController::raiseWithString("invocation");
+  }
+  return value;
+}
+
+}  // namespace
+
+OLNode::OLNode() : data_(std::in_place) {}
+
+OLNode::~OLNode() {
+  // The parent has this node in its list no longer, or the list would own it: of removeChild()
+  // only the posting is left to do.
+  if (const auto parent = parent_.lock()) {
+    try {
+      parent->postDidChangeChildrenCount();
+    } catch (const std::exception& exception) {
+      ns::log(std::string("an observer failed while a node was destroyed: ") + exception.what());
+    } catch (...) {
+      ns::log("an observer failed while a node was destroyed");
+    }
+  }
+  if (!children_) return;
+  for (const auto& child : *children_) child->parent_.reset();
+  if (children_.use_count() == 1) dismantle(std::move(*children_));
+}
+
+// Releases nodes.  One that nobody else owns first hands over its children, so that no node is
+// destroyed from within the destruction of its parent, however deep the tree.
+void OLNode::dismantle(OLNodeList nodes) noexcept {
+  while (!nodes.empty()) {
+    const std::shared_ptr<OLNode> node = std::move(nodes.back());
+    nodes.pop_back();
+    if (node.use_count() > 1 || !node->children_ || node->children_.use_count() > 1) continue;
+    for (auto& child : *node->children_) {
+      child->parent_.reset();
+      nodes.push_back(std::move(child));
+    }
+    node->children_.reset();
+  }
+}
+
+std::shared_ptr<OLNode> OLNode::create() { return std::make_shared<OLNode>(); }
+
+std::shared_ptr<OLNode> OLNode::copy() const {
+  auto copy = create();
+  copy->children_ = children_;
+  copy->childrenForm_ = hasChildrenArray() ? ChildrenForm::immutableArray : ChildrenForm::none;
+  copy->setData(data());
+  copy->isExpanded_ = isExpanded_;
+  copy->isOutlineStyle_ = isOutlineStyle_;
+  return copy;
+}
+
+std::shared_ptr<OLNode> OLNode::self() {
+  return std::static_pointer_cast<OLNode>(shared_from_this());
+}
+
+void OLNode::postDidChangeChildrenCount() {
+  auto& center = ns::NotificationCenter::defaultCenter();
+  if (!center.hasObservers()) return;
+  const auto kept = self();  // an observer may release the last owner of this node
+  center.post(OLNodeDidChangeChildrenCountNotification, this);
+}
+
+ns::Value OLNode::hashNumber() const {
+  if (hashNumber_.isNone()) {
+    hashNumber_ = ns::Value(static_cast<uint64_t>(reinterpret_cast<uintptr_t>(this)));
+  }
+  return hashNumber_;
+}
+
+bool OLNode::isContainedBy(const OLNode* node) const {
+  if (!node) return false;
+  CircleGuard guard;
+  // Owners of the ancestors do not change here, so plain pointers to them stay good.
+  for (const OLNode* ancestor = this; ancestor; ancestor = ancestor->parent_.lock().get()) {
+    if (ancestor == node) return true;
+    if (guard.closes(ancestor)) return false;
+  }
+  return false;
+}
+
+const ns::Dictionary* OLNode::loadedData() const { return data_ ? &*data_ : nullptr; }
+
+ns::Dictionary* OLNode::editData() {
+  if (!data_) data_.emplace();
+  return &*data_;
+}
+
+std::optional<ns::Dictionary> OLNode::data() const {
+  const ns::Dictionary* data = loadedData();
+  return data ? std::optional(*data) : std::nullopt;
+}
+
+void OLNode::setData(std::optional<ns::Dictionary> data) { data_ = std::move(data); }
+
+ns::Value OLNode::dataForKey(const ns::Value& key) const {
+  return key.isNone() ? ns::Value() : storedValue(loadedData(), key);
+}
+
+ns::Value OLNode::dataForKey(const char* key) const {
+  return key ? storedValue(loadedData(), std::string_view(key)) : ns::Value();
+}
+
+bool OLNode::setDataForKey(const ns::Value& value, const ns::Value& key) {
+  if (key.isNone()) return false;
+  if (value.isNone()) {
+    removeDataForKey(key);
+  } else {
+    editData()->setObjectForKey(value, key);
+  }
+  return true;
+}
+
+void OLNode::removeDataForKey(const ns::Value& key) {
+  if (key.isNone()) return;
+  const ns::Dictionary* data = loadedData();
+  if (data && data->contains(key)) editData()->removeObjectForKey(key);
+}
+
+ns::Dictionary OLNode::runtimeAttributes() const {
+  return runtimeAttributes_ ? *runtimeAttributes_ : ns::Dictionary();
+}
+
+void OLNode::setRuntimeAttributes(ns::Dictionary attributes) {
+  runtimeAttributes_ = std::make_unique<ns::Dictionary>(std::move(attributes));
+}
+
+void OLNode::setRuntimeAttributeValueForKey(const ns::Value& value, const ns::Value& key) {
+  if (key.isNone()) return;
+  if (!runtimeAttributes_) {
+    if (value.isNone()) return;
+    runtimeAttributes_ = std::make_unique<ns::Dictionary>();
+  }
+  runtimeAttributes_->setObjectForKey(value, key);
+}
+
+ns::Value OLNode::runtimeAttributeValueForKey(const ns::Value& key) const {
+  return runtimeAttributes_ && !key.isNone() ? runtimeAttributes_->objectForKey(key) : ns::Value();
+}
+
+ns::Value OLNode::runtimeAttributeValueForKey(const char* key) const {
+  return runtimeAttributes_ && key ? runtimeAttributes_->objectForKey(key) : ns::Value();
+}
+
+}  // namespace tavlin

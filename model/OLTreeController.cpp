@@ -1,0 +1,100 @@
+#include "model/OLTreeController.h"
+
+namespace tavlin {
+
+std::shared_ptr<OLTreeController> OLTreeController::create() { return initWithRootItem(nullptr); }
+
+std::shared_ptr<OLTreeController> OLTreeController::initWithRootItem(
+    std::shared_ptr<OLNode> rootItem) {
+  auto controller = std::make_shared<OLTreeController>();
+  controller->setTree(OLTree::initWithRootItem(std::move(rootItem)));
+  return controller;
+}
+
+std::shared_ptr<OLNode> OLTreeController::addItemWithSelected(std::shared_ptr<OLNode> selected) {
+  if (!tree_) return nullptr;
+  return selected ? tree_->addSiblingToItem(selected) : tree_->addItem();
+}
+
+std::shared_ptr<OLNode> OLTreeController::insertSiblingWithSelected(
+    std::shared_ptr<OLNode> selected) {
+  return tree_ ? tree_->insertSiblingToItem(selected) : nullptr;
+}
+
+std::shared_ptr<OLNode> OLTreeController::insertChildToItemAtIndex(std::shared_ptr<OLNode> item,
+                                                                   uint64_t index) {
+  return tree_ && item ? tree_->insertChildToItemAtIndex(item, index) : nullptr;
+}
+
+void OLTreeController::addChildToItem(std::shared_ptr<OLNode> child, std::shared_ptr<OLNode> item) {
+  if (tree_) tree_->addChildToItem(std::move(child), item);
+}
+
+void OLTreeController::deleteItem(std::shared_ptr<OLNode> item) {
+  if (tree_) tree_->deleteItem(std::move(item));
+}
+
+void OLTreeController::deleteItems(OLItems items) {
+  if (tree_) tree_->deleteItems(items);
+}
+
+void OLTreeController::makeItemChild(std::shared_ptr<OLNode> item) {
+  if (tree_) tree_->makeItemChild(std::move(item));
+}
+
+void OLTreeController::makeItemParent(std::shared_ptr<OLNode> item) {
+  if (tree_) tree_->makeItemParent(std::move(item));
+}
+
+void OLTreeController::insertItemSelected(std::shared_ptr<OLNode> item,
+                                          std::shared_ptr<OLNode> selected) {
+  if (!tree_) return;
+  auto parent = selected ? selected->parent() : nullptr;
+  const int64_t index = tree_->indexForItemWithParent(selected, parent);
+  if (index < 0) return;
+  tree_->insertChildToItemAtIndex(std::move(item), std::move(parent), index);
+}
+
+bool OLTreeController::insertItemsSelected(OLItems items, std::shared_ptr<OLNode> selected) {
+  if (!tree_) return false;
+  auto parent = selected ? selected->parent() : nullptr;
+  const int64_t index = tree_->indexForItemWithParent(selected, parent);
+  if (index < 0) return false;
+  tree_->insertChildrenToItemAtIndex(items, std::move(parent), index);
+  return true;
+}
+
+void OLTreeController::moveItemToParentAtIndex(std::shared_ptr<OLNode> item,
+                                               std::shared_ptr<OLNode> parent, int64_t index) {
+  if (tree_) tree_->insertChildToItemAtIndex(std::move(item), std::move(parent), index);
+}
+
+void OLTreeController::insertItemToParentAtIndex(std::shared_ptr<OLNode> item,
+                                                 std::shared_ptr<OLNode> parent, int64_t index) {
+  if (tree_) tree_->insertChildToItemAtIndex(std::move(item), std::move(parent), index);
+}
+
+void OLTreeController::insertItemsToParentAtIndexes(OLItems items, std::shared_ptr<OLNode> parent,
+                                                    const ns::IndexSet& indexes) {
+  if (tree_) tree_->insertChildrenToItemAtIndexes(items, std::move(parent), indexes);
+}
+
+void OLTreeController::setExpandedByItem(bool expanded, std::shared_ptr<OLNode> item) {
+  if (tree_ && !tree_->isRoot(item)) tree_->setExpandedByItem(expanded, item);
+}
+
+void OLTreeController::setExpandWithOutlineStyleByItem(bool flag, std::shared_ptr<OLNode> item) {
+  if (tree_ && !tree_->isRoot(item)) tree_->setExpandWithOutlineStyleByItem(flag, item);
+}
+
+ns::Value OLTreeController::objectValueForKeyByItem(const ns::Value& key,
+                                                    const std::shared_ptr<OLNode>& item) const {
+  return OLTree::objectValueForKeyByItem(key, item);
+}
+
+bool OLTreeController::setObjectValueForKeyByItem(const ns::Value& value, const ns::Value& key,
+                                                  std::shared_ptr<OLNode> item) {
+  return tree_ && tree_->setObjectValueForKeyByItem(value, key, item);
+}
+
+}  // namespace tavlin
