@@ -16,43 +16,37 @@ class AncestorsInArray {
   }
 
   bool isContainedByAnother(const OLNode* item) {
-    return nodes_[item].timesListed > 1 || hasListedAncestor(item);
+    if (nodes_[item].timesListed > 1) return true;
+    // Parent links may lead in a circle: who meets no listed item before itself meets none.
+    const OLNode* ancestor = nearestListed(item->parent().get());
+    return ancestor && ancestor != item;
   }
 
  private:
-  enum class Answer : uint8_t { unknown, asked, no, yes };
-  struct Known {
+  enum class State : uint8_t { unknown, asked, known };
+  struct Node {
     size_t timesListed = 0;
-    Answer withAncestors = Answer::unknown;  ///< the node or an ancestor of it is in the array
+    State state = State::unknown;
+    const OLNode* nearestListed = nullptr;
   };
 
-  bool hasListedAncestor(const OLNode* item) {
-    std::vector<Known*> asked;
-    Answer answer = Answer::no;
-    bool isOwnAncestor = false;
-    for (auto node = item->parent(); node; node = node->parent()) {
-      if (node.get() == item) {
-        // The links lead in a circle: an item does not count for itself, but it does for the
-        // others on the circle.
-        isOwnAncestor = true;
-        answer = Answer::yes;
-        break;
-      }
-      Known& known = nodes_[node.get()];
-      if (known.withAncestors == Answer::asked) break;  // a circle without listed items
-      if (known.timesListed > 0) known.withAncestors = Answer::yes;
-      if (known.withAncestors != Answer::unknown) {
-        answer = known.withAncestors;
-        break;
-      }
-      known.withAncestors = Answer::asked;
-      asked.push_back(&known);
+  // The first item of the array on the way up from a node, the node included; or none.
+  const OLNode* nearestListed(const OLNode* start) {
+    std::vector<Node*> way;
+    const OLNode* found = nullptr;
+    for (const OLNode* at = start; at; at = at->parent().get()) {
+      Node& node = nodes_[at];
+      if (node.timesListed > 0) found = at;
+      if (node.state == State::known) found = node.nearestListed;
+      if (found || node.state != State::unknown) break;  // asked before: a circle without items
+      node.state = State::asked;
+      way.push_back(&node);
     }
-    for (Known* known : asked) known->withAncestors = answer;
-    return answer == Answer::yes && !isOwnAncestor;
+    for (Node* node : way) *node = {0, State::known, found};
+    return found;
   }
 
-  std::unordered_map<const OLNode*, Known> nodes_;
+  std::unordered_map<const OLNode*, Node> nodes_;
 };
 
 }  // namespace
