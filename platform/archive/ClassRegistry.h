@@ -1,0 +1,53 @@
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <string_view>
+#include <unordered_map>
+#include <vector>
+
+#include "platform/foundation/Object.h"
+#include "platform/foundation/Value.h"
+
+namespace ns {
+
+class KeyedArchive;
+
+/// How instances of one class are read from archives.
+struct ClassCoding {
+  Kind kind = Kind::record;
+
+  /// Checks an instance's form beyond what holds for every record; raises ArchiveException.
+  /// None: every form is taken.
+  void (*check)(const KeyedArchive& archive, uint32_t index) = nullptr;
+
+  /// Makes the value of a checked instance.  None: the built-in forms of strings, data, dates,
+  /// arrays and dictionaries, and plain records for everything else.
+  Value (*decode)(const std::shared_ptr<const KeyedArchive>& archive, uint32_t index) = nullptr;
+
+  /// Makes an empty object of a class whose instances have an identity; `initWithCoder` fills it.
+  std::shared_ptr<Object> (*create)() = nullptr;
+};
+
+/// The classes that a reader of archives knows, by name.  A class that it does not know is kept
+/// as a record, whatever it derives from.
+///
+/// A registry starts out with the foundation's classes: NSString, NSMutableString, NSData,
+/// NSMutableData, NSDate, NSArray, NSMutableArray, NSDictionary, NSMutableDictionary.
+class ClassRegistry {
+ public:
+  ClassRegistry();
+
+  /// Adds or replaces a class.
+  void add(std::string_view name, ClassCoding coding) { classes_[std::string(name)] = coding; }
+  /// The coding of a class, or none; valid while the registry lives unchanged.
+  [[nodiscard]] const ClassCoding* find(const std::string& name) const {
+    const auto found = classes_.find(name);
+    return found == classes_.end() ? nullptr : &found->second;
+  }
+
+ private:
+  std::unordered_map<std::string, ClassCoding> classes_;
+};
+
+}  // namespace ns

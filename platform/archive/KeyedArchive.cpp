@@ -1,0 +1,414 @@
+#include "platform/archive/KeyedArchive.h"
+
+#include <algorithm>
+#include <bit>
+#include <unordered_set>
+
+#include "platform/archive/XmlPropertyList.h"
+
+namespace ns {
+
+namespace {
+
+std::string quoted(const String& key) { return "\"" + key.utf8() + "\""; }
+
+uint64_t hashOf(const uint8_t* bytes, size_t length) {
+  uint64_t hash = 0xCBF29CE484222325U ^ length;
+  for (size_t i = 0; i < length; ++i) hash = (hash ^ bytes[i]) * 0x100000001B3U;
+  return hash;
+}
+
+const char* nameOf(BinaryPropertyList::Type type) {
+  switch (type) {
+    case BinaryPropertyList::Type::boolean:
+      return "a boolean";
+    case BinaryPropertyList::Type::integer:
+      return "an integer";
+    case BinaryPropertyList::Type::real:
+      return "a real";
+    case BinaryPropertyList::Type::date:
+      return "a date";
+    case BinaryPropertyList::Type::data:
+      return "data";
+    case BinaryPropertyList::Type::ascii:
+    case BinaryPropertyList::Type::utf16:
+      return "a string";
+    case BinaryPropertyList::Type::uid:
+      return "a reference";
+    case BinaryPropertyList::Type::array:
+      return "an array";
+    case BinaryPropertyList::Type::dictionary:
+      return "a dictionary";
+  }
+  return "nothing known";
+}
+
+[[noreturn]] void refuse(const std::string& what) {
+  throw ArchiveException("keyed archive: " + what);
+}
+
+bool isNullMarker(const BinaryPropertyList::Object& object) {
+  return object.type == BinaryPropertyList::Type::ascii && object.text() == "$null";
+}
+
+}  // namespace
+
+uint32_t KeyedArchive::Shape::find(const char* literal) const {
+  const uint32_t count = this->count();
+  for (uint32_t i = 0; i < count; ++i) {
+    if (keys_[i].literal == literal) return i;
+  }
+  for (uint32_t i = 0; i < count; ++i) {
+    if (keys_[i].name == literal) {
+      keys_[i].literal = literal;
+      return i;
+    }
+  }
+  return count;
+}
+
+std::shared_ptr<KeyedArchive> KeyedArchive::open(const Data& data, const ClassRegistry& registry) {
+  const bool isBinary = BinaryPropertyList::hasSignature(data.view());
+  return std::shared_ptr<KeyedArchive>(
+      new KeyedArchive(isBinary ? data : binaryFromXmlPropertyList(data), registry));
+}
+
+KeyedArchive::~KeyedArchive() = default;
+
+void KeyedArchive::readTop() {
+  const Object top = list_.object(list_.topObject());
+  if (top.type != Type::dictionary) refuse(std::string("the top is ") + nameOf(top.type));
+  const Shape& shape = shapeOf(0, top);
+  const Record record{&shape, nullptr, top.bytes + shape.count() * list_.referenceSize()};
+  const auto need = [&](const char* key, Type type) {
+    const std::optional<Object> found = fieldForKey(record, key);
+    if (!found) refuse("no \"" + std::string(key) + "\" at the top");
+    if (found->type != type) {
+      refuse("\"" + std::string(key) + "\" is " + nameOf(found->type) + " and not " + nameOf(type));
+    }
+    return *found;
+  };
+  const Object archiver = need("$archiver", Type::ascii);
+  if (archiver.text() != "NSKeyedArchiver") {
+    refuse("written by another archiver: \"" + std::string(archiver.text()) + "\"");
+  }
+  const Object version = need("$version", Type::integer);
+  if (scalar(version).integerValue() != 100000) {
+    refuse("of another version: " + std::to_string(scalar(version).integerValue()));
+  }
+  const Object objects = need("$objects", Type::array);
+  if (objects.count == 0) refuse("\"$objects\" is empty");
+  if (objects.count > list_.objectCount() * uint64_t{8} + 1000) {
+    refuse("\"$objects\" lists more entries than the file has room for");
+  }
+  numbers_ = objects.bytes;
+  count_ = static_cast<uint32_t>(objects.count);
+  const Object roots = need("$top", Type::dictionary);
+  const Shape& rootShape = shapeOf(0, roots);
+  const Record rootRecord{&rootShape, nullptr,
+                          roots.bytes + rootShape.count() * list_.referenceSize()};
+  const std::optional<Object> root = fieldForKey(rootRecord, "root");
+  if (!root) refuse("\"$top\" has no \"root\"");
+  if (root->type != Type::uid) {
+    refuse(std::string("the \"root\" of \"$top\" is ") + nameOf(root->type) +
+           " and not a reference");
+  }
+  root_ = target(*root);
+}
+
+const KeyedArchive::Shape& KeyedArchive::shapeOf(uint32_t number, const Object& dictionary) const {
+  const size_t length = dictionary.count * list_.referenceSize();
+  for (size_t i = 0; i < std::size(recentShapes_); ++i) {
+    const Shape* recent = recentShapes_[i];
+    if (recent && recent->count() == dictionary.count &&
+        std::memcmp(recent->references_, dictionary.bytes, length) == 0) {
+      if (i > 0) std::swap(recentShapes_[i], recentShapes_[i - 1]);
+      return *recent;
+    }
+  }
+  const uint64_t hash = hashOf(dictionary.bytes, length);
+  const auto [from, to] = shapesByHash_.equal_range(hash);
+  for (auto it = from; it != to; ++it) {
+    const Shape* known = it->second;
+    if (known->count() == dictionary.count &&
+        std::memcmp(known->references_, dictionary.bytes, length) == 0) {
+      recentShapes_[std::size(recentShapes_) - 1] = known;
+      return *known;
+    }
+  }
+  return addShape(number, dictionary, hash);
+}
+
+const KeyedArchive::Shape& KeyedArchive::addShape(uint32_t number, const Object& dictionary,
+                                                  uint64_t hash) const {
+  auto shape = std::make_unique<Shape>();
+  const auto count = static_cast<uint32_t>(dictionary.count);
+  shape->references_ = dictionary.bytes;
+  shape->class_ = shape->className_ = count;
+  std::unordered_set<String> names;
+  for (uint32_t i = 0; i < count; ++i) {
+    const Object key = list_.object(list_.reference(dictionary.bytes, i));
+    if (!key.isString()) {
+      fail(number, std::string("a dictionary key is ") + nameOf(key.type) + " and not a string");
+    }
+    const String name = string(key);
+    if (!names.insert(name).second) fail(number, "the key " + quoted(name) + " occurs twice");
+    if (name == "$class") shape->class_ = i;
+    if (name == "$classname") shape->className_ = i;
+    shape->keys_.push_back({name, nullptr});
+  }
+  shapes_.push_back(std::move(shape));
+  const Shape* added = shapes_.back().get();
+  shapesByHash_.emplace(hash, added);
+  recentShapes_[std::size(recentShapes_) - 1] = added;
+  return *added;
+}
+
+std::optional<KeyedArchive::Object> KeyedArchive::fieldForKey(const Record& record,
+                                                              const char* key) const {
+  const uint32_t position = record.shape->find(key);
+  if (position == record.shape->count()) return std::nullopt;
+  return field(record, position);
+}
+
+uint32_t KeyedArchive::target(const Object& uid) const {
+  const uint64_t number = BinaryPropertyList::load(uid.bytes, uid.width);
+  if (number >= count_) {
+    refuse("reference to object " + std::to_string(number) + " of " + std::to_string(count_));
+  }
+  return static_cast<uint32_t>(number);
+}
+
+KeyedArchive::Entry KeyedArchive::entry(uint32_t number) const {
+  const Object object = list_.object(list_.reference(numbers_, number));
+  switch (object.type) {
+    case Type::ascii:
+      if (number == 0 || isNullMarker(object)) return {EntryKind::null, object};
+      return {EntryKind::scalar, object};
+    case Type::utf16:
+    case Type::boolean:
+    case Type::integer:
+    case Type::real:
+    case Type::data:
+      return {number == 0 ? EntryKind::null : EntryKind::scalar, object};
+    case Type::dictionary:
+      return {number == 0 ? EntryKind::null : EntryKind::instance, object};
+    case Type::date:
+    case Type::uid:
+    case Type::array:
+      break;
+  }
+  if (number == 0) return {EntryKind::null, object};
+  fail(number, std::string("the entry is ") + nameOf(object.type));
+}
+
+KeyedArchive::Record KeyedArchive::record(uint32_t number) const {
+  const Entry found = entry(number);
+  if (found.kind != EntryKind::instance) {
+    fail(number, std::string("the entry is ") + nameOf(found.object.type) + " and not an instance");
+  }
+  return record(number, found.object);
+}
+
+KeyedArchive::Record KeyedArchive::record(uint32_t number, const Object& object) const {
+  const Shape& shape = shapeOf(number, object);
+  const uint8_t* values = object.bytes + object.count * list_.referenceSize();
+  if (shape.class_ == shape.count()) {
+    fail(number, shape.className_ == shape.count()
+                     ? "a dictionary without \"$class\""
+                     : "a class record stands where an instance should");
+  }
+  const Object reference = list_.object(list_.reference(values, shape.class_));
+  if (reference.type != Type::uid) {
+    fail(number, std::string("\"$class\" is ") + nameOf(reference.type) + " and not a reference");
+  }
+  return {&shape, &classAt(target(reference), number), values};
+}
+
+const KeyedArchive::Class& KeyedArchive::classAt(uint32_t number, uint32_t ofInstance) const {
+  if (number == recentClass_ && recentClassFound_) return *recentClassFound_;
+  auto found = classes_.find(number);
+  if (found == classes_.end()) {
+    const Object object = list_.object(list_.reference(numbers_, number));
+    const Shape* shape = object.type == Type::dictionary ? &shapeOf(number, object) : nullptr;
+    if (!shape || shape->className_ == shape->count()) {
+      fail(ofInstance, "its class, object " + std::to_string(number) + ", is no class record");
+    }
+    const Record record{shape, nullptr, object.bytes + object.count * list_.referenceSize()};
+    const Object name = field(record, shape->className_);
+    if (!name.isString() || name.count == 0) {
+      fail(number, "the class has no name");
+    }
+    ClassInfo info;
+    info.name = string(name).utf8();
+    const auto names = [&](const char* key, std::vector<std::string>& out) {
+      const std::optional<Object> list = fieldForKey(record, key);
+      if (!list) return false;
+      constexpr uint64_t kLongestChain = 1000;
+      if (list->type != Type::array || list->count > kLongestChain) {
+        fail(number, "\"" + std::string(key) + "\" is no list of class names");
+      }
+      for (uint64_t i = 0; i < list->count; ++i) {
+        const Object each = element(*list, i);
+        if (!each.isString() || each.count > 1000) {
+          fail(number, "\"" + std::string(key) + "\" is no list of class names");
+        }
+        out.push_back(string(each).utf8());
+      }
+      return true;
+    };
+    info.hasChain = names("$classes", info.chain);
+    names("$classhints", info.hints);
+    // the same class described twice is one class
+    ClassRef shared;
+    for (const auto& [other, known] : classes_) {
+      if (*known.info == info) shared = known.info;
+    }
+    if (!shared) shared = std::make_shared<const ClassInfo>(std::move(info));
+    const ClassCoding* coding = registry_.find(shared->name);
+    found = classes_.emplace(number, Class{shared, coding}).first;
+  }
+  recentClass_ = number;
+  recentClassFound_ = &found->second;
+  return found->second;
+}
+
+Kind KeyedArchive::kind(uint32_t number) const {
+  const Entry found = entry(number);
+  if (found.kind == EntryKind::null) return Kind::none;
+  if (found.kind == EntryKind::instance) return record(number, found.object).archivedClass->kind();
+  switch (found.object.type) {
+    case Type::boolean:
+      return Kind::boolean;
+    case Type::integer:
+      return Kind::integer;
+    case Type::real:
+      return Kind::real;
+    case Type::data:
+      return Kind::data;
+    default:
+      return Kind::string;
+  }
+}
+
+String KeyedArchive::string(const Object& object) {
+  return object.type == Type::ascii ? String::fromAscii(object.text())
+                                    : String::fromUtf16BigEndian(object.text());
+}
+
+Value KeyedArchive::scalar(const Object& object) {
+  switch (object.type) {
+    case Type::boolean:
+      return Value(object.width != 0);
+    case Type::integer: {
+      if (object.width == 16) {
+        return Value(Integer{BinaryPropertyList::load(object.bytes + 8, 8),
+                             BinaryPropertyList::load(object.bytes, 8), false, true});
+      }
+      return Value(Integer{BinaryPropertyList::load(object.bytes, object.width), 0, true, false});
+    }
+    case Type::real: {
+      if (object.width == 4) {
+        return Value(
+            std::bit_cast<float>(static_cast<uint32_t>(BinaryPropertyList::load(object.bytes, 4))));
+      }
+      return Value(std::bit_cast<double>(BinaryPropertyList::load(object.bytes, 8)));
+    }
+    case Type::date:
+      return Value(Date{std::bit_cast<double>(BinaryPropertyList::load(object.bytes, 8))});
+    case Type::data:
+      return Value(Data(std::string(object.text())));
+    case Type::ascii:
+    case Type::utf16:
+      return Value(string(object));
+    case Type::uid:
+    case Type::array:
+    case Type::dictionary:
+      break;
+  }
+  return {};
+}
+
+std::optional<KeyedArchive::Object> KeyedArchive::storedText(uint32_t number) const {
+  const Entry found = entry(number);
+  if (found.kind == EntryKind::scalar && found.object.isString()) return found.object;
+  if (found.kind != EntryKind::instance) return std::nullopt;
+  const Record it = record(number, found.object);
+  if (it.archivedClass->kind() != Kind::string) return std::nullopt;
+  return fieldForKey(it, "NS.string");
+}
+
+void KeyedArchive::fail(uint32_t number, const std::string& what) const {
+  refuse((number == 0 ? "" : "object " + std::to_string(number) + ": ") + what);
+}
+
+ArchiveOrigin::~ArchiveOrigin() {
+  archive_->cache_.erase({number_, transform_});
+  if (alias_) archive_->cache_.erase({number_, alias_});
+}
+
+const KeyedArchive::Changes& KeyedArchive::changesOf(const ValueTransform& transform) const {
+  const auto [found, isNew] = changes_.try_emplace(&transform);
+  Changes& changes = found->second;
+  if (!isNew) return changes;
+  changes.changed.assign(count_, false);
+  std::vector<uint32_t> pending;
+  std::vector<std::pair<uint32_t, uint32_t>> holders;  // element, container
+  const bool looksAtText = transform.mayChangeAttributedStrings(*this);
+  for (uint32_t number = 1; number < count_; ++number) {
+    if (!reached_[number]) continue;
+    const Entry it = entry(number);
+    if (it.kind == EntryKind::null) continue;
+    bool isChanged = false;
+    if (it.kind == EntryKind::scalar) {
+      isChanged = it.object.isString() &&
+                  transform.changesText({it.object.text(), it.object.type == Type::utf16});
+    } else {
+      const Kind kindOfIt = record(number, it.object).archivedClass->kind();
+      if (kindOfIt == Kind::string) {
+        const std::optional<Object> text = storedText(number);
+        isChanged = text && transform.changesText({text->text(), text->type == Type::utf16});
+      } else if (kindOfIt == Kind::attributedString && looksAtText) {
+        const Value before = value(number);
+        isChanged = !(transform.attributedString(before).body() == before.body());
+      }
+    }
+    if (isChanged) {
+      changes.changed[number] = true;
+      pending.push_back(number);
+    }
+  }
+  changes.nothing = pending.empty();
+  if (changes.nothing) return changes;
+  for (uint32_t number = 1; number < count_; ++number) {
+    if (!reached_[number]) continue;
+    const Entry it = entry(number);
+    if (it.kind != EntryKind::instance) continue;
+    const Record held = record(number, it.object);
+    const Kind kindOfIt = held.archivedClass->kind();
+    if (kindOfIt != Kind::array && kindOfIt != Kind::dictionary) continue;
+    const std::optional<Object> elements = fieldForKey(held, "NS.objects");
+    for (uint64_t i = 0; elements && i < elements->count; ++i) {
+      holders.emplace_back(target(element(*elements, i)), number);
+    }
+  }
+  std::sort(holders.begin(), holders.end());
+  while (!pending.empty()) {
+    const uint32_t number = pending.back();
+    pending.pop_back();
+    for (auto it = std::lower_bound(holders.begin(), holders.end(), std::pair{number, 0U});
+         it != holders.end() && it->first == number; ++it) {
+      if (changes.changed[it->second]) continue;
+      changes.changed[it->second] = true;
+      pending.push_back(it->second);
+    }
+  }
+  return changes;
+}
+
+bool KeyedArchive::isChangedBy(const ValueTransform& transform, uint32_t number) const {
+  const Changes& changes = changesOf(transform);
+  return !changes.nothing && changes.changed[number];
+}
+
+}  // namespace ns

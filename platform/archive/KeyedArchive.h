@@ -1,0 +1,215 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+#include <unordered_map>
+#include <vector>
+
+#include "platform/archive/BinaryPropertyList.h"
+#include "platform/archive/ClassRegistry.h"
+#include "platform/archive/ValueTransform.h"
+#include "platform/foundation/Array.h"
+#include "platform/foundation/ContainerAccess.h"
+#include "platform/foundation/Dictionary.h"
+
+namespace ns {
+
+/// An opened keyed archive: the bytes of the file and what is needed to find one's way in them.
+///
+/// Opening checks every object that can be reached from the root, so that nothing read from an
+/// open archive later fails: all references lead to objects, every instance has a class, known
+/// classes have their form.  Afterwards any object can be decoded on its own, when somebody asks
+/// for it; an object reached along several ways is decoded once, as long as the value lives.
+///
+/// An archive object is named by its number, its index in "$objects".  Number 0 is null.
+///
+/// Open archives are shared and never change.  Values that were decoded from one, or still lie
+/// in it, keep it alive.
+class KeyedArchive : public std::enable_shared_from_this<KeyedArchive> {
+ public:
+  using Object = BinaryPropertyList::Object;
+  using Type = BinaryPropertyList::Type;
+
+  /// The keys that a number of records have in common, in the same order.
+  class Shape {
+   public:
+    [[nodiscard]] uint32_t count() const { return static_cast<uint32_t>(keys_.size()); }
+    [[nodiscard]] const String& key(uint32_t position) const { return keys_[position].name; }
+    /// The position of a key, or count().  A literal is found by its address the second time.
+    [[nodiscard]] uint32_t find(const char* literal) const;
+    /// The position of "$class", or count().
+    [[nodiscard]] uint32_t classPosition() const { return class_; }
+
+   private:
+    friend class KeyedArchive;
+    struct Key {
+      String name;
+      mutable const char* literal;
+    };
+    std::vector<Key> keys_;
+    const uint8_t* references_ = nullptr;  // of the keys, in the file
+    uint32_t class_ = 0;                   // position of "$class", or count()
+    uint32_t className_ = 0;               // position of "$classname", or count()
+  };
+
+  struct Class {
+    ClassRef info;
+    const ClassCoding* coding;  ///< none for a class that the registry does not know
+    [[nodiscard]] Kind kind() const { return coding ? coding->kind : Kind::record; }
+  };
+
+  /// An instance: its class, its keys, and the references of its fields' values.
+  struct Record {
+    const Shape* shape;
+    const Class* archivedClass;
+    const uint8_t* values;
+  };
+
+  enum class EntryKind : uint8_t { null, scalar, instance };
+  /// What an archive number stands for.
+  struct Entry {
+    EntryKind kind;
+    Object object;
+  };
+
+  /// Opens binary or XML data.  Raises ArchiveException, with a message that says what is wrong
+  /// and where.  `registry` must outlive the archive.
+  static std::shared_ptr<KeyedArchive> open(const Data& data, const ClassRegistry& registry);
+
+  ~KeyedArchive();
+
+  /// The number under "root" of "$top".
+  [[nodiscard]] uint32_t root() const { return root_; }
+  [[nodiscard]] uint32_t objectCount() const { return count_; }
+  [[nodiscard]] size_t fileLength() const { return list_.fileLength(); }
+  /// The numbers of all objects of classes with an identity, in the order they were reached.
+  [[nodiscard]] const std::vector<uint32_t>& objectNumbers() const { return objects_; }
+  /// Whether a value (not just an object's own field or list) refers to an object.
+  [[nodiscard]] bool isReferredToByValue(uint32_t number) const { return byValue_[number]; }
+  [[nodiscard]] bool isReached(uint32_t number) const { return reached_[number]; }
+
+  // The stored form.  Numbers passed in are below objectCount().
+
+  [[nodiscard]] Entry entry(uint32_t number) const;
+  /// The record of an instance.  Raises ArchiveException for any other entry.
+  [[nodiscard]] Record record(uint32_t number) const;
+  [[nodiscard]] Record record(uint32_t number, const Object& object) const;
+  [[nodiscard]] Object field(const Record& record, uint32_t position) const {
+    return list_.object(list_.reference(record.values, position));
+  }
+  /// The field under a key, or nothing.
+  [[nodiscard]] std::optional<Object> fieldForKey(const Record& record, const char* key) const;
+  [[nodiscard]] Object element(const Object& container, uint64_t position) const {
+    return list_.object(list_.reference(container.bytes, position));
+  }
+  /// The place in the file's object table of an element, by which equal containers are known.
+  [[nodiscard]] uint32_t elementIndex(const Object& container, uint64_t position) const {
+    return list_.reference(container.bytes, position);
+  }
+  [[nodiscard]] uint32_t fieldIndex(const Record& record, uint32_t position) const {
+    return list_.reference(record.values, position);
+  }
+  /// The number that a UID object refers to; raises ArchiveException when it is out of range.
+  [[nodiscard]] uint32_t target(const Object& uid) const;
+  /// The kind of value that a number stands for.
+  [[nodiscard]] Kind kind(uint32_t number) const;
+  [[nodiscard]] bool isNull(uint32_t number) const {
+    return number == 0 || entry(number).kind == EntryKind::null;
+  }
+
+  // Values.
+
+  /// The value of an archive number, rewritten by a transform (none: as it is).
+  ///
+  /// Arrays and dictionaries come whole, down to the next attributed string or object; inside
+  /// itself a container appears as a record that only stands for it.
+  [[nodiscard]] Value value(uint32_t number, const ValueTransform* transform = nullptr) const;
+  /// The value of a bare scalar, or of a primitive in a record.
+  static Value scalar(const Object& object);
+  static String string(const Object& object);
+
+  /// Whether a transform changes anything in what a number stands for.
+  [[nodiscard]] bool isChangedBy(const ValueTransform& transform, uint32_t number) const;
+
+  /// The text of a string entry (bare or in a record of its own), or nothing.
+  [[nodiscard]] std::optional<Object> storedText(uint32_t number) const;
+  /// The object of an identity class that a number stands for: the one that was decoded with
+  /// the document while it lives, else one made anew.
+  [[nodiscard]] std::shared_ptr<ns::Object> object(uint32_t number) const;
+  void registerObject(uint32_t number, const std::shared_ptr<ns::Object>& object) const;
+
+  [[nodiscard]] const ClassRegistry& registry() const { return registry_; }
+
+  /// Raises ArchiveException for an object: "keyed archive: object 12 (NSArray): " and `what`.
+  [[noreturn]] void fail(uint32_t number, const std::string& what) const;
+
+ private:
+  KeyedArchive(const Data& data, const ClassRegistry& registry);
+  friend class ArchiveOrigin;
+  friend class ArchiveChecker;
+  friend class ArchiveDecoder;
+
+  void readTop();
+  [[nodiscard]] const Shape& shapeOf(uint32_t number, const Object& dictionary) const;
+  const Shape& addShape(uint32_t number, const Object& dictionary, uint64_t hash) const;
+  [[nodiscard]] const Class& classAt(uint32_t number, uint32_t ofInstance) const;
+
+  struct CacheKey {
+    uint32_t number;
+    const ValueTransform* transform;
+    bool operator==(const CacheKey&) const = default;
+  };
+  struct CacheHash {
+    size_t operator()(const CacheKey& key) const {
+      return key.number * 0x9E3779B97F4A7C15U ^ reinterpret_cast<uintptr_t>(key.transform);
+    }
+  };
+  /// What a transform changes, by archive number; made when first asked.
+  struct Changes {
+    bool nothing = false;
+    std::vector<bool> changed;
+  };
+  const Changes& changesOf(const ValueTransform& transform) const;
+
+  BinaryPropertyList list_;
+  const ClassRegistry& registry_;
+  const uint8_t* numbers_ = nullptr;  // the references of "$objects"
+  uint32_t count_ = 0;
+  uint32_t root_ = 0;
+  std::vector<bool> reached_;
+  std::vector<bool> byValue_;
+  std::vector<uint32_t> objects_;
+
+  mutable std::vector<std::unique_ptr<Shape>> shapes_;
+  mutable std::unordered_multimap<uint64_t, const Shape*> shapesByHash_;
+  mutable const Shape* recentShapes_[4] = {};
+  mutable std::unordered_map<uint32_t, Class> classes_;
+  mutable uint32_t recentClass_ = 0;
+  mutable const Class* recentClassFound_ = nullptr;
+  mutable std::unordered_map<CacheKey, const ValueBody*, CacheHash> cache_;
+  mutable std::unordered_map<const ValueTransform*, Changes> changes_;
+  mutable std::unordered_map<uint32_t, std::weak_ptr<ns::Object>> live_;
+};
+
+/// Where a container came from.
+class ArchiveOrigin : public Origin {
+ public:
+  ArchiveOrigin(std::shared_ptr<const KeyedArchive> archive, uint32_t number,
+                const ValueTransform* transform, const ValueTransform* alias = nullptr)
+      : archive_(std::move(archive)), number_(number), transform_(transform), alias_(alias) {}
+  ~ArchiveOrigin() override;
+
+  [[nodiscard]] const std::shared_ptr<const KeyedArchive>& archive() const { return archive_; }
+  [[nodiscard]] uint32_t number() const { return number_; }
+  [[nodiscard]] const ValueTransform* transform() const { return transform_; }
+
+ private:
+  const std::shared_ptr<const KeyedArchive> archive_;
+  const uint32_t number_;
+  const ValueTransform* const transform_;
+  const ValueTransform* const alias_;  // a transform that changes nothing here
+};
+
+}  // namespace ns

@@ -1,0 +1,244 @@
+// Opening an archive: everything that can be reached from the root is looked at once, so that
+// whatever is decoded later is sound.
+
+#include <algorithm>
+#include <unordered_map>
+
+#include "platform/archive/KeyedArchive.h"
+
+namespace ns {
+
+namespace {
+
+// What the platform's reader takes; its writers never go beyond 4.
+constexpr int kDeepestNesting = 512;
+
+bool isAllAscii(std::string_view text) {
+  uint64_t seen = 0;
+  const char* at = text.data();
+  size_t left = text.size();
+  for (; left >= 8; left -= 8, at += 8) {
+    uint64_t word;
+    std::memcpy(&word, at, 8);
+    seen |= word;
+  }
+  for (; left > 0; --left) seen |= static_cast<uint8_t>(*at++);
+  return (seen & 0x8080808080808080U) == 0;
+}
+
+}  // namespace
+
+/// Walks an archive with a list of numbers still to be looked at, never by recursion.
+class ArchiveChecker {
+ public:
+  explicit ArchiveChecker(KeyedArchive& archive) : archive_(archive), list_(archive.list_) {
+    // Every field and element takes a byte of the file or more; only containers that are used
+    // several times exceed that, and there are hardly any in archives.
+    budget_ = 2 * list_.fileLength() + 100000;
+  }
+
+  void run() {
+    reach(archive_.root_, false);
+    while (!pending_.empty()) {
+      const uint32_t number = pending_.back();
+      pending_.pop_back();
+      checkEntry(number);
+    }
+  }
+
+ private:
+  using Object = KeyedArchive::Object;
+  using Type = KeyedArchive::Type;
+
+  /// Numbers are listed when reached first, and once more when a value refers to them.
+  void reach(uint32_t number, bool byValue) {
+    if (byValue) {
+      if (archive_.byValue_[number]) return;
+      archive_.byValue_[number] = true;
+    } else if (archive_.reached_[number]) {
+      return;
+    }
+    archive_.reached_[number] = true;
+    pending_.push_back(number);
+  }
+
+  void spend(uint64_t steps) {
+    if (steps > budget_) {
+      throw ArchiveException(
+          "keyed archive: shared containers expand to far more than the file holds");
+    }
+    budget_ -= steps;
+  }
+
+  void checkEntry(uint32_t number) {
+    const KeyedArchive::Entry entry = archive_.entry(number);
+    if (entry.kind == KeyedArchive::EntryKind::null) return;
+    if (entry.kind == KeyedArchive::EntryKind::scalar) {
+      checkText(number, entry.object);
+      return;
+    }
+    const KeyedArchive::Record record = archive_.record(number, entry.object);
+    const Kind kind = record.archivedClass->kind();
+    bool byValue = true;
+    if (kind == Kind::object) {
+      byValue = false;
+      if (isListed_.empty()) isListed_.resize(archive_.count_);
+      if (!isListed_[number]) {
+        isListed_[number] = true;
+        archive_.objects_.push_back(number);
+      }
+    } else if (kind == Kind::array) {
+      // the list of an object's children is the object's own
+      byValue = archive_.byValue_[number];
+    }
+    const uint32_t count = record.shape->count();
+    spend(count);
+    for (uint32_t i = 0; i < count; ++i) {
+      const Object field = archive_.field(record, i);
+      if (field.type == Type::uid) {
+        if (i != record.shape->classPosition()) reach(archive_.target(field), byValue);
+      } else if (field.type == Type::array || field.type == Type::dictionary) {
+        checkInline(number, field, archive_.fieldIndex(record, i), byValue);
+      } else {
+        checkText(number, field);
+      }
+    }
+    checkForm(number, record, kind);
+  }
+
+  void checkText(uint32_t number, const Object& object) {
+    if (object.type == Type::ascii && !isAllAscii(object.text())) {
+      archive_.fail(number, "an ASCII string holds bytes above 127");
+    }
+  }
+
+  /// A container inside a record: usually a list of references.
+  void checkInline(uint32_t number, const Object& container, uint32_t index, bool byValue) {
+    if (container.type == Type::array) {
+      spend(container.count);
+      uint64_t i = 0;
+      for (; i < container.count; ++i) {
+        const Object element = archive_.element(container, i);
+        if (element.type != Type::uid) break;
+        reach(archive_.target(element), byValue);
+      }
+      if (i == container.count) return;
+    }
+    nested(number, container, index, byValue, 1);
+  }
+
+  /// The number of levels of a container, which must not hold itself.
+  int nested(uint32_t number, const Object& container, uint32_t index, bool byValue, int depth) {
+    if (depth > kDeepestNesting) archive_.fail(number, "containers are nested too deeply");
+    const auto [found, isNew] = heights_.try_emplace(index, 0);
+    if (!isNew) {
+      if (found->second == 0) archive_.fail(number, "a container contains itself");
+      if (found->second + depth > kDeepestNesting) {
+        archive_.fail(number, "containers are nested too deeply");
+      }
+      return found->second;
+    }
+    int height = 1;
+    uint64_t first = 0;
+    uint64_t last = container.count;
+    if (container.type == Type::dictionary) {
+      (void)archive_.shapeOf(number, container);
+      first = container.count;
+      last = 2 * container.count;
+    }
+    spend(last - first);
+    for (uint64_t i = first; i < last; ++i) {
+      const Object element = archive_.element(container, i);
+      if (element.type == Type::uid) {
+        // references are marked as a value's, whoever else shares the container
+        reach(archive_.target(element), true);
+      } else if (element.type == Type::array || element.type == Type::dictionary) {
+        height = std::max(height, 1 + nested(number, element, archive_.elementIndex(container, i),
+                                             byValue, depth + 1));
+      } else {
+        checkText(number, element);
+      }
+    }
+    heights_[index] = height;
+    return height;
+  }
+
+  /// The forms of the classes that are read as values.
+  void checkForm(uint32_t number, const KeyedArchive::Record& record, Kind kind) {
+    const ClassCoding* coding = record.archivedClass->coding;
+    if (!coding) return;
+    if (coding->check) {
+      coding->check(archive_, number);
+      return;
+    }
+    switch (kind) {
+      case Kind::array:
+        (void)references(number, record, "NS.objects");
+        break;
+      case Kind::dictionary: {
+        const auto keys = references(number, record, "NS.keys");
+        const auto objects = references(number, record, "NS.objects");
+        if (keys != objects) {
+          archive_.fail(number, "a dictionary has " + std::to_string(keys.value_or(0)) +
+                                    " keys and " + std::to_string(objects.value_or(0)) + " values");
+        }
+        break;
+      }
+      case Kind::string: {
+        const auto text = archive_.fieldForKey(record, "NS.string");
+        const auto bytes = archive_.fieldForKey(record, "NS.bytes");
+        if (text ? !text->isString() : !bytes || bytes->type != Type::data) {
+          archive_.fail(number, "\"NS.string\" is no string");
+        }
+        break;
+      }
+      case Kind::data: {
+        auto bytes = archive_.fieldForKey(record, "NS.data");
+        if (!bytes) bytes = archive_.fieldForKey(record, "NS.bytes");
+        if (bytes && bytes->type == Type::uid) {
+          bytes = archive_.entry(archive_.target(*bytes)).object;
+        }
+        if (!bytes || bytes->type != Type::data) {
+          archive_.fail(number, "\"NS.data\" is no data");
+        }
+        break;
+      }
+      default:
+        break;
+    }
+  }
+
+  /// The length of a list of references; nothing when the record does not have it.
+  std::optional<uint64_t> references(uint32_t number, const KeyedArchive::Record& record,
+                                     const char* key) {
+    const std::optional<Object> list = archive_.fieldForKey(record, key);
+    if (!list) return std::nullopt;
+    if (list->type != Type::array) {
+      archive_.fail(number, "\"" + std::string(key) + "\" is no array");
+    }
+    spend(list->count);
+    for (uint64_t i = 0; i < list->count; ++i) {
+      if (archive_.element(*list, i).type != Type::uid) {
+        archive_.fail(number, "\"" + std::string(key) + "\" holds something else than references");
+      }
+    }
+    return list->count;
+  }
+
+  KeyedArchive& archive_;
+  const BinaryPropertyList& list_;
+  uint64_t budget_ = 0;
+  std::vector<uint32_t> pending_;
+  std::vector<bool> isListed_;
+  std::unordered_map<uint32_t, int> heights_;  // of containers inside records; 0: being looked at
+};
+
+KeyedArchive::KeyedArchive(const Data& data, const ClassRegistry& registry)
+    : list_(data), registry_(registry) {
+  readTop();
+  reached_.resize(count_);
+  byValue_.resize(count_);
+  ArchiveChecker(*this).run();
+}
+
+}  // namespace ns

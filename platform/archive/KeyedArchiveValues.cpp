@@ -1,0 +1,242 @@
+// Decoding: from archive numbers to values.
+
+#include <unordered_set>
+
+#include "platform/archive/KeyedArchive.h"
+#include "platform/archive/Record.h"
+
+namespace ns {
+
+/// Decodes one value with a list of containers under construction, never by recursion.
+class ArchiveDecoder {
+ public:
+  ArchiveDecoder(const KeyedArchive& archive, const ValueTransform* transform)
+      : archive_(archive), shared_(archive.shared_from_this()), transform_(transform) {
+    budget_ = 2 * archive.fileLength() + 100000;
+  }
+
+  Value decode(uint32_t number) {
+    Value value;
+    if (leaf(number, value)) return value;
+    for (;;) {
+      Frame& frame = frames_.back();
+      if (frame.position < frame.numbers.size()) {
+        const uint32_t next = frame.numbers[frame.position];
+        Value element;
+        // a frame that leaf() begins delivers its value when it is complete
+        if (leaf(next, element)) deliver(std::move(element));
+        continue;
+      }
+      Value made = finish(frame);
+      frames_.pop_back();
+      if (frames_.empty()) return made;
+      deliver(std::move(made));
+    }
+  }
+
+ private:
+  using Object = KeyedArchive::Object;
+  using Type = KeyedArchive::Type;
+
+  struct Frame {
+    Frame(uint32_t number, bool isOfPairs) : self(number), isDictionary(isOfPairs) {}
+    [[nodiscard]] bool isAtKey() const { return isDictionary && position < numbers.size() / 2; }
+
+    uint32_t self;
+    bool isDictionary;
+    bool isChanged = false;  // by the transform, here or further down
+    size_t position = 0;
+    std::vector<uint32_t> numbers;  // of the elements; of a dictionary, keys first
+    std::vector<Value> values;
+    ClassRef archivedClass;
+  };
+
+  void deliver(Value element) {
+    Frame& frame = frames_.back();
+    frame.values.push_back(std::move(element));
+    ++frame.position;
+  }
+
+  /// The value of anything but a container not yet decoded; for that, begins a frame.
+  bool leaf(uint32_t number, Value& value) {
+    const KeyedArchive::Entry entry = archive_.entry(number);
+    const bool isKey = !frames_.empty() && frames_.back().isAtKey();
+    const ValueTransform* transform = isKey ? nullptr : transform_;
+    if (entry.kind == KeyedArchive::EntryKind::null) return true;
+    if (entry.kind == KeyedArchive::EntryKind::scalar) {
+      value = KeyedArchive::scalar(entry.object);
+      if (entry.object.isString()) rewrite(entry.object, transform, value);
+      return true;
+    }
+    const KeyedArchive::Record record = archive_.record(number, entry.object);
+    const ClassCoding* coding = record.archivedClass->coding;
+    const Kind kind = record.archivedClass->kind();
+    const ClassRef& archivedClass = record.archivedClass->info;
+    if (coding && coding->decode) {
+      value = coding->decode(shared_, number);
+      if (kind == Kind::attributedString && transform) {
+        Value rewritten = transform->attributedString(value);
+        if (!(rewritten.body() == value.body())) markChanged();
+        value = std::move(rewritten);
+      }
+      return true;
+    }
+    switch (kind) {
+      case Kind::string: {
+        const auto text = archive_.fieldForKey(record, "NS.string");
+        if (text) {
+          value = KeyedArchive::scalar(*text);
+          rewrite(*text, transform, value);
+        } else {
+          const auto bytes = archive_.fieldForKey(record, "NS.bytes");
+          value = Value(String(bytes->text()));
+        }
+        value = Value(value.string().withArchivedClass(archivedClass));
+        return true;
+      }
+      case Kind::data: {
+        auto bytes = archive_.fieldForKey(record, "NS.data");
+        if (!bytes) bytes = archive_.fieldForKey(record, "NS.bytes");
+        if (bytes->type == Type::uid) bytes = archive_.entry(archive_.target(*bytes)).object;
+        value = Value::dataWithArchivedClass(Data(std::string(bytes->text())), archivedClass);
+        return true;
+      }
+      case Kind::date: {
+        const auto seconds = archive_.fieldForKey(record, "NS.time");
+        if (seconds && seconds->type == Type::real && seconds->width == 8 &&
+            record.shape->count() == 2) {
+          value = Value(Date{KeyedArchive::scalar(*seconds).doubleValue()});
+        } else {
+          value = Record::inArchive(shared_, number, Kind::record);
+        }
+        return true;
+      }
+      case Kind::object:
+        value = Value(archive_.object(number));
+        return true;
+      case Kind::array:
+      case Kind::dictionary:
+        break;
+      default:
+        value = Record::inArchive(shared_, number, kind);
+        return true;
+    }
+    if (inProgress_.contains(number)) {
+      value = Record::inArchive(shared_, number, Kind::record);
+      return true;
+    }
+    const auto cached = archive_.cache_.find({number, transform});
+    if (cached != archive_.cache_.end()) {
+      value = Value(Ref<const ValueBody>(cached->second));
+      if (transform && originTransform(value) != nullptr) markChanged();
+      return true;
+    }
+    begin(number, record, kind == Kind::dictionary);
+    return false;
+  }
+
+  static const ValueTransform* originTransform(const Value& value) {
+    const Origin* origin = value.isArray() ? ArrayAccess::origin(value.array())
+                                           : DictionaryAccess::origin(value.dictionary());
+    return origin ? static_cast<const ArchiveOrigin*>(origin)->transform() : nullptr;
+  }
+
+  void rewrite(const Object& text, const ValueTransform* transform, Value& value) {
+    if (!transform || !transform->changesText({text.text(), text.type == Type::utf16})) return;
+    value = Value(transform->string(value.string()));
+    markChanged();
+  }
+
+  void markChanged() {
+    if (!frames_.empty()) frames_.back().isChanged = true;
+  }
+
+  void begin(uint32_t number, const KeyedArchive::Record& record, bool isDictionary) {
+    Frame frame(number, isDictionary);
+    frame.archivedClass = record.archivedClass->info;
+    append(record, isDictionary ? "NS.keys" : "NS.objects", isDictionary ? "NS.key." : "NS.object.",
+           frame.numbers);
+    if (isDictionary) {
+      const size_t keys = frame.numbers.size();
+      append(record, "NS.objects", "NS.object.", frame.numbers);
+      frame.numbers.resize(2 * keys);
+    }
+    if (frame.numbers.size() > budget_) {
+      throw ArchiveException(
+          "keyed archive: shared containers expand to far more than the file holds");
+    }
+    budget_ -= frame.numbers.size();
+    frame.values.reserve(frame.numbers.size());
+    inProgress_.insert(number);
+    frames_.push_back(std::move(frame));
+  }
+
+  /// The numbers of a list, or of the numbered keys that very old archives have in its place.
+  void append(const KeyedArchive::Record& record, const char* key, const std::string& numbered,
+              std::vector<uint32_t>& numbers) {
+    const auto list = archive_.fieldForKey(record, key);
+    if (list) {
+      numbers.reserve(numbers.size() + list->count);
+      for (uint64_t i = 0; i < list->count; ++i) {
+        numbers.push_back(archive_.target(archive_.element(*list, i)));
+      }
+      return;
+    }
+    for (size_t i = 0;; ++i) {
+      const std::string name = numbered + std::to_string(i);
+      uint32_t position = 0;
+      while (position < record.shape->count() && !(record.shape->key(position) == name)) {
+        ++position;
+      }
+      if (position == record.shape->count()) return;
+      const Object field = archive_.field(record, position);
+      if (field.type != Type::uid) return;
+      numbers.push_back(archive_.target(field));
+    }
+  }
+
+  Value finish(Frame& frame) {
+    inProgress_.erase(frame.self);
+    const ValueTransform* transform = frame.isChanged ? transform_ : nullptr;
+    const ValueTransform* alias = frame.isChanged ? nullptr : transform_;
+    const Ref<const Origin> origin(new ArchiveOrigin(shared_, frame.self, transform, alias));
+    Value made;
+    if (frame.isDictionary) {
+      std::vector<Dictionary::Entry> entries;
+      const size_t half = frame.values.size() / 2;
+      entries.reserve(half);
+      for (size_t i = 0; i < half; ++i) {
+        entries.emplace_back(std::move(frame.values[i]), std::move(frame.values[half + i]));
+      }
+      made = Value(DictionaryAccess::make(std::move(entries), frame.archivedClass, origin));
+    } else {
+      made = Value(ArrayAccess::make(std::move(frame.values), frame.archivedClass, origin));
+    }
+    archive_.cache_[{frame.self, transform}] = made.body().get();
+    if (alias) archive_.cache_[{frame.self, alias}] = made.body().get();
+    // whoever holds this container holds the change
+    if (frame.isChanged && frames_.size() > 1) frames_[frames_.size() - 2].isChanged = true;
+    return made;
+  }
+
+  const KeyedArchive& archive_;
+  const std::shared_ptr<const KeyedArchive> shared_;
+  const ValueTransform* transform_;
+  uint64_t budget_;
+  std::vector<Frame> frames_;
+  std::unordered_set<uint32_t> inProgress_;
+};
+
+Value KeyedArchive::value(uint32_t number, const ValueTransform* transform) const {
+  return ArchiveDecoder(*this, transform).decode(number);
+}
+
+ClassRegistry::ClassRegistry() {
+  for (const char* name : {"NSString", "NSMutableString"}) add(name, {Kind::string});
+  for (const char* name : {"NSData", "NSMutableData"}) add(name, {Kind::data});
+  add("NSDate", {Kind::date});
+  for (const char* name : {"NSArray", "NSMutableArray"}) add(name, {Kind::array});
+  for (const char* name : {"NSDictionary", "NSMutableDictionary"}) add(name, {Kind::dictionary});
+}
+
+}  // namespace ns

@@ -1,0 +1,330 @@
+#include "platform/archive/PropertyListWriter.h"
+
+#include <cstring>
+
+#include "platform/archive/BinaryPropertyList.h"
+#include "platform/foundation/Exception.h"
+
+namespace ns {
+
+namespace {
+
+constexpr size_t kHeaderLength = 8;
+constexpr uint64_t kMostObjects = 0xFFFFFF00U;
+
+template <class T>
+void appendBigEndian(std::string& out, T value) {
+  for (int shift = 8 * (int{sizeof(T)} - 1); shift >= 0; shift -= 8) {
+    out.push_back(static_cast<char>(static_cast<uint8_t>(value >> shift)));
+  }
+}
+
+void appendMarker(std::string& out, uint8_t type, size_t count) {
+  if (count < 15) {
+    out.push_back(static_cast<char>(type | count));
+    return;
+  }
+  out.push_back(static_cast<char>(type | 15));
+  if (count < 0x100) {
+    out.push_back(0x10);
+    appendBigEndian(out, static_cast<uint8_t>(count));
+  } else if (count < 0x10000) {
+    out.push_back(0x11);
+    appendBigEndian(out, static_cast<uint16_t>(count));
+  } else if (count <= 0xFFFFFFFF) {
+    out.push_back(0x12);
+    appendBigEndian(out, static_cast<uint32_t>(count));
+  } else {
+    out.push_back(0x13);
+    appendBigEndian(out, static_cast<uint64_t>(count));
+  }
+}
+
+__extension__ using Product = unsigned __int128;
+
+uint64_t mix(uint64_t a, uint64_t b) {
+  const Product product = static_cast<Product>(a ^ 0x9E3779B97F4A7C15U) * (b ^ 0xD6E8FEB86659FD93U);
+  return static_cast<uint64_t>(product) ^ static_cast<uint64_t>(product >> 64);
+}
+
+uint64_t hashBytes(std::string_view bytes, uint64_t seed) {
+  uint64_t hash = seed ^ bytes.size();
+  const char* at = bytes.data();
+  size_t left = bytes.size();
+  uint64_t a = 0;
+  uint64_t b = 0;
+  while (left > 16) {
+    std::memcpy(&a, at, 8);
+    std::memcpy(&b, at + 8, 8);
+    hash = mix(a ^ hash, b);
+    at += 16;
+    left -= 16;
+  }
+  a = b = 0;
+  if (left >= 8) {
+    std::memcpy(&a, at, 8);
+    std::memcpy(&b, at + left - 8, 8);
+  } else if (left > 0) {
+    std::memcpy(&a, at, left);
+  }
+  return mix(a ^ hash, b + left);
+}
+
+/// The fewest bytes of 1, 2, 4 or 8 that hold a number.
+unsigned widthFor(uint64_t number) {
+  if (number < 0x100) return 1;
+  if (number < 0x10000) return 2;
+  return number <= 0xFFFFFFFF ? 4 : 8;
+}
+
+}  // namespace
+
+PropertyListWriter::PropertyListWriter() { buffer_ = "bplist00"; }
+
+void PropertyListWriter::reserve(size_t bytes, size_t objects) {
+  buffer_.reserve(bytes);
+  offsets_.reserve(objects);
+}
+
+PropertyListWriter::Reference PropertyListWriter::begin() {
+  if (offsets_.size() >= kMostObjects) {
+    throw ArchiveException("binary property list: too many objects to write");
+  }
+  const uint64_t offset = buffer_.size();
+  const auto reference = static_cast<Reference>(offsets_.size());
+  while ((offset >> 32) > wraps_.size()) wraps_.push_back(reference);
+  offsets_.push_back(static_cast<uint32_t>(offset));
+  return reference;
+}
+
+uint64_t PropertyListWriter::offsetOf(Reference reference) const {
+  uint64_t high = 0;
+  while (high < wraps_.size() && wraps_[high] <= reference) ++high;
+  return high << 32 | offsets_[reference];
+}
+
+void PropertyListWriter::grow() {
+  std::vector<Slot> old(slots_.empty() ? 256 : slots_.size() * 2, Slot{0, 0, 0});
+  old.swap(slots_);
+  const size_t mask = slots_.size() - 1;
+  for (const Slot& slot : old) {
+    if (slot.reference == 0) continue;
+    size_t at = slot.hash & mask;
+    while (slots_[at].reference != 0) at = (at + 1) & mask;
+    slots_[at] = slot;
+  }
+}
+
+PropertyListWriter::Reference PropertyListWriter::find(uint64_t hash, std::string_view head,
+                                                       std::string_view content) {
+  if ((used_ + 1) * 4 > slots_.size() * 3) grow();
+  const auto shortHash = static_cast<uint32_t>(hash >> 32);
+  const size_t mask = slots_.size() - 1;
+  const size_t length = head.size() + content.size();
+  for (size_t at = shortHash & mask;; at = (at + 1) & mask) {
+    Slot& slot = slots_[at];
+    if (slot.reference == 0) {
+      const Reference reference = begin();
+      buffer_.append(head);
+      buffer_.append(content);
+      slot = {shortHash, reference + 1, 0};
+      ++used_;
+      word_ = &slot.word;
+      return reference;
+    }
+    if (slot.hash != shortHash) continue;
+    // an object's marker tells its length, so equal leading bytes are the same object
+    const uint64_t offset = offsetOf(slot.reference - 1);
+    if (buffer_.size() - offset >= length &&
+        std::memcmp(buffer_.data() + offset, head.data(), head.size()) == 0 &&
+        std::memcmp(buffer_.data() + offset + head.size(), content.data(), content.size()) == 0) {
+      word_ = &slot.word;
+      return slot.reference - 1;
+    }
+  }
+}
+
+PropertyListWriter::Reference PropertyListWriter::scalar(std::string_view bytes) {
+  return find(hashBytes(bytes, 1), bytes, {});
+}
+
+PropertyListWriter::Reference PropertyListWriter::counted(uint8_t type, size_t count,
+                                                          std::string_view content) {
+  std::string head;
+  appendMarker(head, type, count);
+  return find(hashBytes(content, type), head, content);
+}
+
+PropertyListWriter::Reference PropertyListWriter::boolean(bool value) {
+  Known& known = booleans_[value ? 1 : 0];
+  if (known.reference == 0) {
+    known.reference = begin() + 1;
+    buffer_.push_back(value ? 0x09 : 0x08);
+  }
+  word_ = &known.word;
+  return known.reference - 1;
+}
+
+PropertyListWriter::Reference PropertyListWriter::integer(int64_t value) {
+  if (value >= 0 && value < 256) {
+    Known& known = bytes_[value];
+    if (known.reference == 0) {
+      known.reference = begin() + 1;
+      buffer_.push_back(0x10);
+      buffer_.push_back(static_cast<char>(value));
+    }
+    word_ = &known.word;
+    return known.reference - 1;
+  }
+  std::string bytes;
+  if (value < 0 || value > 0xFFFFFFFF) {
+    bytes.push_back(0x13);
+    appendBigEndian(bytes, static_cast<uint64_t>(value));
+  } else if (value < 0x10000) {
+    bytes.push_back(0x11);
+    appendBigEndian(bytes, static_cast<uint16_t>(value));
+  } else {
+    bytes.push_back(0x12);
+    appendBigEndian(bytes, static_cast<uint32_t>(value));
+  }
+  return scalar(bytes);
+}
+
+PropertyListWriter::Reference PropertyListWriter::integer16(uint64_t high, uint64_t low) {
+  std::string bytes(1, 0x14);
+  appendBigEndian(bytes, high);
+  appendBigEndian(bytes, low);
+  return scalar(bytes);
+}
+
+PropertyListWriter::Reference PropertyListWriter::real32(uint32_t bits) {
+  std::string bytes(1, 0x22);
+  appendBigEndian(bytes, bits);
+  return scalar(bytes);
+}
+
+PropertyListWriter::Reference PropertyListWriter::real64(uint64_t bits) {
+  std::string bytes(1, 0x23);
+  appendBigEndian(bytes, bits);
+  return scalar(bytes);
+}
+
+PropertyListWriter::Reference PropertyListWriter::date(uint64_t bits) {
+  std::string bytes(1, 0x33);
+  appendBigEndian(bytes, bits);
+  return scalar(bytes);
+}
+
+PropertyListWriter::Reference PropertyListWriter::data(std::string_view bytes) {
+  return counted(0x40, bytes.size(), bytes);
+}
+
+PropertyListWriter::Reference PropertyListWriter::ascii(std::string_view text) {
+  return counted(0x50, text.size(), text);
+}
+
+PropertyListWriter::Reference PropertyListWriter::utf16BigEndian(std::string_view bytes) {
+  return counted(0x60, bytes.size() / 2, bytes);
+}
+
+PropertyListWriter::Reference PropertyListWriter::string(std::u16string_view units) {
+  std::string bytes;
+  bool isAscii = true;
+  for (const char16_t unit : units) isAscii = isAscii && unit < 0x80;
+  if (isAscii) {
+    bytes.assign(units.begin(), units.end());
+    return ascii(bytes);
+  }
+  bytes.reserve(units.size() * 2);
+  for (const char16_t unit : units) appendBigEndian(bytes, static_cast<uint16_t>(unit));
+  return utf16BigEndian(bytes);
+}
+
+PropertyListWriter::Reference PropertyListWriter::uid(uint32_t value) {
+  if (value >= uids_.size()) {
+    uids_.resize(std::max<size_t>(value + size_t{1}, uids_.size() + uids_.size() / 2), 0);
+  }
+  Reference& known = uids_[value];
+  if (known == 0) {
+    known = begin() + 1;
+    const unsigned width = widthFor(value);
+    buffer_.push_back(static_cast<char>(0x80 | (width - 1)));
+    for (unsigned byte = width; byte-- > 0;) {
+      buffer_.push_back(static_cast<char>(static_cast<uint8_t>(value >> (8 * byte))));
+    }
+  }
+  return known - 1;
+}
+
+PropertyListWriter::Container PropertyListWriter::container(uint8_t type, size_t count,
+                                                            size_t references) {
+  const Reference reference = begin();
+  appendMarker(buffer_, type, count);
+  const size_t at = buffer_.size();
+  buffer_.append(references * 4, '\0');
+  return {reference, at, references};
+}
+
+PropertyListWriter::Container PropertyListWriter::array(size_t count) {
+  return container(0xA0, count, count);
+}
+
+PropertyListWriter::Container PropertyListWriter::dictionary(size_t count) {
+  return container(0xD0, count, count * 2);
+}
+
+/// Rewrites the objects with references of fewer bytes.
+void PropertyListWriter::narrow(unsigned width) {
+  std::string narrowed(buffer_, 0, kHeaderLength);
+  narrowed.reserve(buffer_.size());
+  for (size_t index = 0; index < offsets_.size(); ++index) {
+    const size_t from = offsets_[index];
+    const size_t to = index + 1 < offsets_.size() ? offsets_[index + 1] : buffer_.size();
+    offsets_[index] = static_cast<uint32_t>(narrowed.size());
+    const auto type = static_cast<uint8_t>(static_cast<uint8_t>(buffer_[from]) & 0xF0);
+    if (type != 0xA0 && type != 0xD0) {
+      narrowed.append(buffer_, from, to - from);
+      continue;
+    }
+    size_t at = from + 1;
+    if ((buffer_[from] & 15) == 15) at += 1 + (size_t{1} << (buffer_[at] & 15));
+    narrowed.append(buffer_, from, at - from);
+    for (; at < to; at += 4) narrowed.append(buffer_, at + 4 - width, width);
+  }
+  buffer_.swap(narrowed);
+}
+
+Data PropertyListWriter::finish(Reference top) {
+  const uint64_t count = offsets_.size();
+  // the width must hold the count itself, not just the last index
+  const unsigned referenceSize = wraps_.empty() ? widthFor(count) : 4;
+  if (referenceSize < 4) narrow(referenceSize);
+  const uint64_t tableOffset = buffer_.size();
+  const unsigned offsetSize = widthFor(tableOffset);
+  buffer_.reserve(buffer_.size() + count * offsetSize + 32);
+  uint64_t high = 0;
+  size_t wrap = 0;
+  const size_t tableAt = buffer_.size();
+  buffer_.resize(tableAt + count * offsetSize);
+  char* out = buffer_.data() + tableAt;
+  for (size_t index = 0; index < count; ++index) {
+    while (wrap < wraps_.size() && wraps_[wrap] <= index) {
+      ++wrap;
+      high += uint64_t{1} << 32;
+    }
+    const uint64_t offset = __builtin_bswap64((high | offsets_[index]) << (64 - 8 * offsetSize));
+    std::memcpy(out, &offset, offsetSize);
+    out += offsetSize;
+  }
+  buffer_.append(6, '\0');
+  buffer_.push_back(static_cast<char>(offsetSize));
+  buffer_.push_back(static_cast<char>(referenceSize));
+  appendBigEndian(buffer_, count);
+  appendBigEndian(buffer_, uint64_t{top});
+  appendBigEndian(buffer_, tableOffset);
+  Data result(std::move(buffer_));
+  *this = PropertyListWriter();
+  return result;
+}
+
+}  // namespace ns

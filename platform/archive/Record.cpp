@@ -1,0 +1,221 @@
+#include "platform/archive/Record.h"
+
+#include <algorithm>
+#include <set>
+
+#include "platform/archive/KeyedArchiver.h"
+
+namespace ns {
+
+namespace {
+
+Field fieldOf(const std::shared_ptr<const KeyedArchive>& archive,
+              const KeyedArchive::Object& object) {
+  Field field;
+  switch (object.type) {
+    case KeyedArchive::Type::uid:
+      return Field::reference(archive->value(archive->target(object)));
+    case KeyedArchive::Type::array:
+      field.form = Field::Form::list;
+      for (uint64_t i = 0; i < object.count; ++i) {
+        field.fields.push_back(fieldOf(archive, archive->element(object, i)));
+      }
+      return field;
+    case KeyedArchive::Type::dictionary:
+      field.form = Field::Form::map;
+      for (uint64_t i = 0; i < object.count; ++i) {
+        field.keys.push_back(KeyedArchive::string(archive->element(object, i)));
+        field.fields.push_back(fieldOf(archive, archive->element(object, object.count + i)));
+      }
+      return field;
+    default:
+      return Field::primitive(KeyedArchive::scalar(object));
+  }
+}
+
+bool equalFields(const Field& a, const Field& b) {
+  if (a.form != b.form || a.fields.size() != b.fields.size() || a.keys != b.keys) return false;
+  // a boolean, an integer and a real field of equal worth are different fields
+  if (a.value.kind() != b.value.kind() && a.form == Field::Form::primitive) return false;
+  if (!(a.value == b.value)) return false;
+  for (size_t i = 0; i < a.fields.size(); ++i) {
+    if (!equalFields(a.fields[i], b.fields[i])) return false;
+  }
+  return true;
+}
+
+class RecordBody : public ArchivableBody {
+ public:
+  RecordBody(Kind kind, ClassRef archivedClass, std::vector<std::pair<String, Field>> fields)
+      : ArchivableBody(kind), class_(std::move(archivedClass)), fields_(std::move(fields)) {}
+  RecordBody(Kind kind, std::shared_ptr<const KeyedArchive> archive, uint32_t number)
+      : ArchivableBody(kind) {
+    class_ = archive->record(number).archivedClass->info;
+    origin_ = Ref<const ArchiveOrigin>(new ArchiveOrigin(std::move(archive), number, nullptr));
+  }
+
+  [[nodiscard]] bool isEqual(const ValueBody& other) const override;
+  [[nodiscard]] size_t hash() const override {
+    return class_ ? std::hash<std::string>()(class_->name) : 0;
+  }
+  [[nodiscard]] const ArchiveOrigin* origin() const override { return origin_.get(); }
+  [[nodiscard]] ClassRef classForArchiver() const override { return class_; }
+  void encode(KeyedArchiver& archiver) const override {
+    for (const auto& [key, field] : fields_) archiver.encodeFieldForKey(field, key);
+  }
+
+  [[nodiscard]] std::vector<std::pair<String, Field>> fields() const {
+    if (!origin_) return fields_;
+    std::vector<std::pair<String, Field>> all;
+    const KeyedArchive::Record record = archived();
+    for (uint32_t i = 0; i < record.shape->count(); ++i) {
+      if (record.shape->key(i) == "$class") continue;
+      all.emplace_back(record.shape->key(i),
+                       fieldOf(origin_->archive(), origin_->archive()->field(record, i)));
+    }
+    return all;
+  }
+  [[nodiscard]] std::optional<Field> find(const char* key) const {
+    if (origin_) {
+      const auto found = origin_->archive()->fieldForKey(archived(), key);
+      if (!found) return std::nullopt;
+      return fieldOf(origin_->archive(), *found);
+    }
+    for (const auto& [name, field] : fields_) {
+      if (name == key) return field;
+    }
+    return std::nullopt;
+  }
+
+ private:
+  [[nodiscard]] KeyedArchive::Record archived() const {
+    return origin_->archive()->record(origin_->number());
+  }
+
+  ClassRef class_;
+  std::vector<std::pair<String, Field>> fields_;
+  Ref<const ArchiveOrigin> origin_;
+};
+
+/// The comparison that is going on.  Pairs of records met once are taken for equal when met
+/// again: if they are not, the whole comparison has failed already.  That ends circles and keeps
+/// shared records from being compared over and over.
+struct Comparison {
+  int depth = 0;
+  std::set<std::pair<const void*, const void*>> pairs;
+};
+
+// Records nested deeper than this are equal only when they are the same.
+constexpr int kDeepestComparison = 500;
+
+Comparison& comparison() {
+  static thread_local Comparison current;
+  return current;
+}
+
+bool RecordBody::isEqual(const ValueBody& other) const {
+  const auto& that = static_cast<const RecordBody&>(other);
+  if (this == &that) return true;
+  if (!(class_ == that.class_) && (!class_ || !that.class_ || class_->name != that.class_->name)) {
+    return false;
+  }
+  if (origin_ && that.origin_ && origin_->archive() == that.origin_->archive() &&
+      origin_->number() == that.origin_->number()) {
+    return true;
+  }
+  const void* here = origin_ ? static_cast<const void*>(archived().values) : this;
+  const void* there = that.origin_ ? static_cast<const void*>(that.archived().values) : &that;
+  Comparison& current = comparison();
+  if (current.depth >= kDeepestComparison) return false;
+  if (!current.pairs.emplace(here, there).second) return true;
+  ++current.depth;
+  const auto mine = fields();
+  const auto theirs = that.fields();
+  bool equal = mine.size() == theirs.size();
+  for (size_t i = 0; equal && i < mine.size(); ++i) {
+    const auto match = std::find_if(theirs.begin(), theirs.end(),
+                                    [&](const auto& each) { return each.first == mine[i].first; });
+    equal = match != theirs.end() && equalFields(mine[i].second, match->second);
+  }
+  if (--current.depth == 0) current.pairs.clear();
+  return equal;
+}
+
+const RecordBody* bodyOf(const Value& value) {
+  switch (value.kind()) {
+    case Kind::record:
+    case Kind::font:
+    case Kind::color:
+    case Kind::paragraphStyle:
+      return static_cast<const RecordBody*>(value.body().get());
+    default:
+      return nullptr;
+  }
+}
+
+}  // namespace
+
+Record::Record(ClassRef archivedClass) : Record(std::move(archivedClass), {}) {}
+
+Record::Record(ClassRef archivedClass, std::vector<std::pair<String, Field>> fields)
+    : value_(Ref<const ValueBody>(
+          new RecordBody(Kind::record, std::move(archivedClass), std::move(fields)))) {}
+
+Record::Record(const Value& value) : value_(value) {
+  if (!bodyOf(value)) *this = Record(ClassRef());
+}
+
+Value Record::inArchive(const std::shared_ptr<const KeyedArchive>& archive, uint32_t number,
+                        Kind kind) {
+  return Value(Ref<const ValueBody>(new RecordBody(kind, archive, number)));
+}
+
+ClassRef Record::archivedClass() const { return bodyOf(value_)->classForArchiver(); }
+
+std::vector<std::pair<String, Field>> Record::allFields() const { return bodyOf(value_)->fields(); }
+
+size_t Record::count() const { return allFields().size(); }
+
+std::vector<String> Record::keys() const {
+  std::vector<String> names;
+  for (const auto& [key, field] : allFields()) names.push_back(key);
+  return names;
+}
+
+bool Record::contains(const char* key) const { return bodyOf(value_)->find(key).has_value(); }
+
+Value Record::valueForKey(const char* key) const {
+  const std::optional<Field> found = bodyOf(value_)->find(key);
+  return found ? found->value : Value();
+}
+
+Field Record::fieldForKey(const char* key) const {
+  return bodyOf(value_)->find(key).value_or(Field::reference(Value()));
+}
+
+Record Record::with(const char* key, Field field) const {
+  auto fields = allFields();
+  const auto found = std::find_if(fields.begin(), fields.end(),
+                                  [&](const auto& each) { return each.first == key; });
+  if (found == fields.end()) {
+    fields.emplace_back(String(key), std::move(field));
+  } else {
+    found->second = std::move(field);
+  }
+  return {archivedClass(), std::move(fields)};
+}
+
+Record Record::without(const char* key) const {
+  auto fields = allFields();
+  std::erase_if(fields, [&](const auto& each) { return each.first == key; });
+  return {archivedClass(), std::move(fields)};
+}
+
+Value Record::asValue(Kind kind) const {
+  const RecordBody* body = bodyOf(value_);
+  if (body->kind() == kind) return value_;
+  if (body->origin()) return inArchive(body->origin()->archive(), body->origin()->number(), kind);
+  return Value(Ref<const ValueBody>(new RecordBody(kind, archivedClass(), allFields())));
+}
+
+}  // namespace ns

@@ -1,0 +1,37 @@
+#pragma once
+
+#include <string_view>
+
+#include "platform/foundation/Value.h"
+
+namespace ns {
+
+class KeyedArchive;
+
+/// Text as an archive stores it: ASCII bytes, or big-endian UTF-16.
+struct StoredText {
+  std::string_view bytes;
+  bool isWide;
+};
+
+/// A rewriting that reaches through dictionaries and arrays to the strings and attributed
+/// strings in them, and to nothing else: neither keys, nor sets, nor objects of other classes.
+///
+/// Archives apply one lazily to what they decode, and while they copy what nobody decoded.  A
+/// transform is a long-lived constant; it is compared by address.
+class ValueTransform {
+ public:
+  virtual ~ValueTransform() = default;
+
+  /// Whether `string` would answer other text; cheap, and never a false "no".
+  [[nodiscard]] virtual bool changesText(const StoredText& text) const = 0;
+  /// The rewritten string; the same handle when nothing changes.
+  [[nodiscard]] virtual String string(const String& string) const = 0;
+
+  /// Whether any attributed string of the archive might be rewritten; a quick way out.
+  [[nodiscard]] virtual bool mayChangeAttributedStrings(const KeyedArchive& archive) const = 0;
+  /// The rewritten attributed string; the same handle when nothing changes.
+  [[nodiscard]] virtual Value attributedString(const Value& value) const = 0;
+};
+
+}  // namespace ns
