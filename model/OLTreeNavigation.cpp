@@ -71,7 +71,6 @@ std::shared_ptr<OLNode> OLTree::nextSiblingByItem(const std::shared_ptr<OLNode>&
   if (!item || isRoot(item)) return nullptr;
   const auto parent = item->parent();
   const int64_t index = indexForItemWithParent(item, parent);
-  if (index >= numberOfChildrenOfItem(parent) - 1) return nullptr;
   return childAtIndexOfItem(static_cast<uint64_t>(index + 1), parent);
 }
 

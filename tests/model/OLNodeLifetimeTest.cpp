@@ -150,11 +150,32 @@ TEST(OLNodeLifetime, ACopyKeepsTheChildrenWhenTheSourceGoes) {
 TEST(OLNodeLifetime, AnObserverMayReleaseTheLastOwnerOfTheSender) {
   PostLog posts;
   auto parent = named("P");
+  const std::weak_ptr<OLNode> weak = parent;
   auto* plain = parent.get();
-  const PostLog::Watch watch(posts, [&](OLNode&) { parent.reset(); });
+  bool livedOn = false;
+  const PostLog::Watch watch(posts, [&](OLNode&) {
+    parent.reset();
+    livedOn = !weak.expired();
+  });
   plain->addChild(named("A"));
-  EXPECT_EQ(parent, nullptr);
-  EXPECT_EQ(posts.take(), "P:1");
+  EXPECT_TRUE(livedOn) << "for the observers that come after this one";
+  EXPECT_TRUE(weak.expired());
+}
+
+TEST(OLNodeLifetime, ANodeThatGoesUnlinksChildrenOfOtherParentsAtAnyDepth) {
+  const auto other = named("O");
+  const auto near = named("N");
+  const auto far = named("F");
+  auto top = named("T");
+  top->addChild(named("M"));
+  top->addChild(near);
+  top->childAtIndex(0)->addChild(far);
+  other->addChild(near);
+  other->addChild(far);
+  top.reset();
+  EXPECT_EQ(near->parent(), nullptr);
+  EXPECT_EQ(far->parent(), nullptr);
+  EXPECT_EQ(printChildren(*other), "N F");
 }
 
 TEST(OLNodeLifetime, WhatAnObserverRaisesDuringANodesEndIsLogged) {
