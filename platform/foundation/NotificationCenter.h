@@ -65,7 +65,10 @@ class NotificationCenter {
     std::string name;
     const Object* sender;
     Handler handler;
+    bool isRemoved = false;  ///< removed while a notification is on its way
   };
+  template <class Condition>
+  void removeWhere(Condition condition);
   void deliver(std::string_view name, Object* object);
 
   std::vector<std::shared_ptr<Registration>> registrations_;

@@ -1,0 +1,155 @@
+#include "platform/foundation/File.h"
+
+#include <fcntl.h>
+#include <pwd.h>
+#include <sys/mman.h>
+#include <sys/stat.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <cstring>
+#include <new>
+#include <vector>
+
+#include "platform/foundation/AtomicFileWriter.h"
+#include "platform/foundation/FileHandle.h"
+#include "platform/foundation/FileReading.h"
+#include "platform/foundation/FileSteps.h"
+
+namespace ns {
+
+FileFault fileFault = nullptr;
+
+bool isRefused(FileStep step) {
+  const int error = fileFault == nullptr ? 0 : fileFault(step);
+  if (error != 0) errno = error;
+  return error != 0;
+}
+
+FileException::FileException(const std::string& operation, const std::string& path, int error)
+    : Exception(operation + " " + path + ": " + std::generic_category().message(error)),
+      error_(error) {}
+
+namespace {
+
+// Readers may load a machine word or a vector at the last byte.
+constexpr size_t kSlack = 16;
+constexpr size_t kLargePage = size_t{2} << 20;
+// From here on large pages save more page faults than their alignment costs.
+constexpr size_t kMapped = size_t{4} << 20;
+// What to begin with where the system does not know a size, as in /proc.
+constexpr size_t kUnknownSize = size_t{4} << 10;
+
+/// Memory to read a file into.  It is not cleared: the bytes a file fills need no zeros first.
+class ReadBuffer {
+ public:
+  explicit ReadBuffer(size_t capacity) : capacity_(capacity) {
+    const size_t size = capacity + kSlack;
+    if (size < kMapped) {
+      owner_.reset(std::malloc(size), std::free);
+      if (!owner_) throw std::bad_alloc();
+      return;
+    }
+    // Mapped with room to cut it to whole large pages.
+    const size_t length = (size + kLargePage - 1) / kLargePage * kLargePage;
+    void* const mapped = mmap(nullptr, length + kLargePage, PROT_READ | PROT_WRITE,
+                              MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+    if (mapped == MAP_FAILED) throw std::bad_alloc();
+    const size_t before = (0 - reinterpret_cast<uintptr_t>(mapped)) % kLargePage;
+    uint8_t* const start = static_cast<uint8_t*>(mapped) + before;
+    if (before != 0) munmap(mapped, before);
+    munmap(start + length, kLargePage - before);
+    madvise(start, length, MADV_HUGEPAGE);
+    owner_.reset(static_cast<void*>(start), [length](void* at) { munmap(at, length); });
+  }
+
+  [[nodiscard]] uint8_t* bytes() const { return static_cast<uint8_t*>(owner_.get()); }
+  [[nodiscard]] size_t capacity() const { return capacity_; }
+  [[nodiscard]] Data finish(size_t length) const {
+    std::memset(bytes() + length, 0, kSlack);
+    return {owner_, bytes(), length};
+  }
+
+ private:
+  std::shared_ptr<void> owner_;
+  size_t capacity_;
+};
+
+std::string homeOfUser(const char* name) {
+  std::vector<char> buffer(1024);
+  passwd entry{};
+  passwd* found = nullptr;
+  for (;;) {
+    const int error = name == nullptr
+                          ? getpwuid_r(getuid(), &entry, buffer.data(), buffer.size(), &found)
+                          : getpwnam_r(name, &entry, buffer.data(), buffer.size(), &found);
+    if (error != ERANGE) break;
+    buffer.resize(buffer.size() * 2);
+  }
+  return found == nullptr || entry.pw_dir == nullptr ? std::string() : std::string(entry.pw_dir);
+}
+
+std::string homeOfThisUser() {
+  const char* const home = std::getenv("HOME");
+  return home != nullptr && *home != '\0' ? std::string(home) : homeOfUser(nullptr);
+}
+
+}  // namespace
+
+std::string expandTildeInPath(const std::string& path) {
+  if (path.empty() || path.front() != '~') return path;
+  const size_t slash = std::min(path.find('/'), path.size());
+  const std::string user = path.substr(1, slash - 1);
+  std::string home = user.empty() ? homeOfThisUser() : homeOfUser(user.c_str());
+  if (home.empty()) return path;
+  if (slash < path.size()) {
+    while (!home.empty() && home.back() == '/') home.pop_back();
+  }
+  return home + path.substr(slash);
+}
+
+Data readOpenFile(int file, const std::string& path) {
+  const auto fail = [&path](int error) { throw FileException("read", path, error); };
+  struct stat status {};
+  if (fstat(file, &status) != 0) fail(errno);
+  if (S_ISDIR(status.st_mode)) fail(EISDIR);
+  if (!S_ISREG(status.st_mode)) fail(EOPNOTSUPP);
+
+  // One byte more than its size tells whether the file has grown.
+  const auto size = static_cast<size_t>(status.st_size);
+  try {
+    ReadBuffer buffer(size == 0 ? kUnknownSize : size + 1);
+    size_t length = 0;
+    for (;;) {
+      if (length == buffer.capacity()) {
+        ReadBuffer larger(length * 2);
+        std::memcpy(larger.bytes(), buffer.bytes(), length);
+        buffer = std::move(larger);
+      }
+      const size_t room = buffer.capacity() - length;
+      const ssize_t got =
+          isRefused(FileStep::read) ? -1 : ::read(file, buffer.bytes() + length, room);
+      if (got < 0 && errno == EINTR) continue;
+      if (got < 0) fail(errno);
+      if (got == 0) return buffer.finish(length);
+      length += static_cast<size_t>(got);
+    }
+  } catch (const std::bad_alloc&) {
+    throw FileException("read", path, ENOMEM);
+  }
+}
+
+Data readFile(const std::string& path) {
+  if (path.find('\0') != std::string::npos) throw FileException("open", path, EINVAL);
+  // Without waiting: a FIFO that nobody writes to must not hold the process.
+  constexpr int kFlags = O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY;
+  const FileHandle file(isRefused(FileStep::open) ? -1 : ::open(path.c_str(), kFlags));
+  if (!file.isOpen()) throw FileException("open", path, errno);
+  return readOpenFile(file.get(), path);
+}
+
+void writeFileAtomically(const std::string& path, const Data& data) {
+  AtomicFileWriter(path).write(data);
+}
+
+}  // namespace ns

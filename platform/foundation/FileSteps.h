@@ -1,0 +1,28 @@
+#pragma once
+
+namespace ns {
+
+/// The steps of file operations at which tests may have the system refuse.
+enum class FileStep {
+  open,  ///< of a file to read
+  read,
+  openFolder,
+  createTemporary,
+  write,
+  setAttributes,
+  sync,
+  close,
+  link,  ///< giving the invisible new file a name
+  rename,
+  syncFolder,
+};
+
+/// Asked before each step where it is set: an error number makes the step fail with it, 0 lets
+/// it happen.  Only tests set it.
+using FileFault = int (*)(FileStep step);
+extern FileFault fileFault;
+
+/// Whether a step is to fail; if so sets errno.
+bool isRefused(FileStep step);
+
+}  // namespace ns
