@@ -34,8 +34,6 @@ ns::Value storedValue(const ns::Dictionary* data, const Key& key) {
 
 }  // namespace
 
-OLNode::OLNode() : data_(std::in_place) {}
-
 OLNode::~OLNode() {
   // The parent has this node in its list no longer, or the list would own it: of removeChild()
   // only the posting is left to do.
@@ -74,7 +72,8 @@ std::shared_ptr<OLNode> OLNode::copy() const {
   auto copy = create();
   copy->children_ = children_;
   copy->childrenForm_ = hasChildrenArray() ? ChildrenForm::immutableArray : ChildrenForm::none;
-  copy->setData(data());
+  if (const ns::Dictionary* data = loadedData()) copy->data_ = *data;
+  copy->dataIsNone_ = dataIsNone_;
   copy->isExpanded_ = isExpanded_;
   copy->isOutlineStyle_ = isOutlineStyle_;
   return copy;
@@ -112,16 +111,21 @@ bool OLNode::isContainedBy(const OLNode* node) const {
 const ns::Dictionary* OLNode::loadedData() const { return data_ ? &*data_ : nullptr; }
 
 ns::Dictionary* OLNode::editData() {
+  dataIsNone_ = false;
   if (!data_) data_.emplace();
   return &*data_;
 }
 
 std::optional<ns::Dictionary> OLNode::data() const {
+  if (dataIsNone_) return std::nullopt;
   const ns::Dictionary* data = loadedData();
-  return data ? std::optional(*data) : std::nullopt;
+  return data ? *data : ns::Dictionary();
 }
 
-void OLNode::setData(std::optional<ns::Dictionary> data) { data_ = std::move(data); }
+void OLNode::setData(std::optional<ns::Dictionary> data) {
+  dataIsNone_ = !data.has_value();
+  data_ = std::move(data);
+}
 
 ns::Value OLNode::dataForKey(const ns::Value& key) const {
   return key.isNone() ? ns::Value() : storedValue(loadedData(), key);

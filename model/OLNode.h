@@ -43,7 +43,7 @@ class OLNode : public ns::Object {
   static std::shared_ptr<OLNode> create();
 
   /// For create() and for archives, which fill a node with initWithCoder().
-  OLNode();
+  OLNode() = default;
 
   /// -dealloc  A node that still has a parent link, because it was removed and not placed again,
   /// makes that parent post once more.  Every child in its list, index 0 upward, loses its
@@ -237,7 +237,8 @@ class OLNode : public ns::Object {
   template <class Node, class Visit>
   static void walkBelow(Node& top, Visit visit);
 
-  /// The data for reading, or none when there is none.  Valid until the data changes.
+  /// The data for reading, or none when there is no dictionary or nothing in it.  Valid until the
+  /// data changes.
   [[nodiscard]] const ns::Dictionary* loadedData() const;
   /// The data for a change; made when there is none.
   [[nodiscard]] ns::Dictionary* editData();
@@ -246,11 +247,13 @@ class OLNode : public ns::Object {
   /// Null or empty while there are no children.  Nodes may share one list: a copy with its source,
   /// nodes whose archive had them share it.
   std::shared_ptr<OLNodeList> children_;
+  /// Made for the first value.  Until then the data is an empty dictionary, or none if so marked.
   std::optional<ns::Dictionary> data_;
   /// Null while empty.
   std::unique_ptr<ns::Dictionary> runtimeAttributes_;
   mutable ns::Value hashNumber_;
   mutable int64_t cacheIndexOfChild_ = 0;
+  bool dataIsNone_ = false;
   bool isExpanded_ = false;
   bool isOutlineStyle_ = false;
   ChildrenForm childrenForm_ = ChildrenForm::mutableArray;
