@@ -6,7 +6,6 @@
 
 #include "platform/foundation/Data.h"
 #include "platform/foundation/FileHandle.h"
-#include "platform/foundation/FileSteps.h"
 
 namespace ns {
 
@@ -21,28 +20,29 @@ class AtomicFileWriter {
   void write(const Data& data);
 
  private:
-  struct NewFile;
+  /// A file on its way to the old one's place.
+  class NewFile;
 
-  void locate(std::string path);
+  void locate();
+  void openFolder(const std::string& folder);
   void findOldFile();
 
-  void replace(const Data& data);
-  NewFile create(bool isInvisible) const;
-  void writeAll(const NewFile& file, const Data& data) const;
-  void copyAttributes(const NewFile& file) const;
-  void copyExtendedAttributes(const NewFile& file) const;
-  bool giveName(NewFile& file) const;
-  bool syncFolder(int newFile) const;
-  void takeBack();
+  [[nodiscard]] NewFile create(bool isInvisible) const;
+  [[nodiscard]] NewFile make(const Data& data) const;
+  void fill(const NewFile& file, const Data& data) const;
+  [[nodiscard]] bool giveName(NewFile& file) const;
+  void moveIntoPlace(NewFile& file) const;
+  [[nodiscard]] bool syncFolder(const NewFile& file) const;
+  void takeBack() const;
   [[noreturn]] void fail(const char* operation, int error) const;
 
-  std::string path_;   ///< as it was given, for messages
-  FileHandle folder_;  ///< where the file is, links followed
+  const std::string path_;  ///< as it was given
+  FileHandle folder_;       ///< where the file is, links followed
   bool canSyncFolder_ = true;
-  std::string name_;
+  std::string name_;  ///< in that folder
   bool isThere_ = false;
   struct stat old_ {};
-  FileHandle oldFile_;  ///< open where the old file may be read
+  FileHandle oldFile_;  ///< open where the old file is there and may be read
 };
 
 }  // namespace ns

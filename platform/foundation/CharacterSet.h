@@ -24,10 +24,12 @@ class CharacterSet {
   static CharacterSet whitespaceAndNewline();
   /// General categories Cc and Cf.
   static CharacterSet control();
+  /// U+000A to U+000D, U+0085, U+2028 and U+2029.
   static CharacterSet newline();
   /// The code points of a string.
   static CharacterSet inString(const String& characters);
 
+  /// Raises InvalidArgumentException past U+10FFFF, or when an interval ends before it begins.
   void addCharacter(char32_t character) { addInterval({character, character}); }
   void addInterval(Interval interval);
   void formUnion(const CharacterSet& other);

@@ -98,14 +98,14 @@ std::string homeOfThisUser() {
 
 std::string expandTildeInPath(const std::string& path) {
   if (path.empty() || path.front() != '~') return path;
-  const size_t slash = std::min(path.find('/'), path.size());
-  const std::string user = path.substr(1, slash - 1);
+  const size_t end = std::min(path.find('/'), path.size());
+  const std::string user = path.substr(1, end - 1);
+  if (user.find('\0') != std::string::npos) return path;
   std::string home = user.empty() ? homeOfThisUser() : homeOfUser(user.c_str());
   if (home.empty()) return path;
-  if (slash < path.size()) {
-    while (!home.empty() && home.back() == '/') home.pop_back();
-  }
-  return home + path.substr(slash);
+  while (!home.empty() && home.back() == '/') home.pop_back();
+  const std::string expanded = home + path.substr(end);
+  return expanded.empty() ? "/" : expanded;
 }
 
 Data readOpenFile(int file, const std::string& path) {

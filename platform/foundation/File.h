@@ -27,15 +27,27 @@ std::string expandTildeInPath(const std::string& path);
 
 /// The content of a regular file, whole.  Bytes are copied, so that a file that shrinks or
 /// changes meanwhile can neither end the process nor change what was read.  Large files are
-/// read into memory that the system hands out in large pages where it can.
-/// Raises FileException (a directory or other special file included).
+/// read into memory that the system hands out in large pages where it can.  Sixteen zero bytes
+/// may be read past the end.
+/// Raises FileException: EISDIR for a folder, EOPNOTSUPP for a FIFO, a device and the like, at
+/// once and without waiting for anybody at its other end.
 Data readFile(const std::string& path);
 
 /// Replaces a file's content so that at every moment the path names either the old content or
 /// the new, whole: a new file is written beside the old one, synced, given its mode, owner and
 /// extended attributes, and renamed over it; then the folder is synced.  A symbolic link is
-/// followed and stays.  On failure raises FileException, the old file is as it was and no other
-/// file remains.  A file that does not exist yet is made with the usual mode.
+/// followed and stays.  Other hard links keep the old content.  On failure raises FileException,
+/// the old file is as it was and no other file remains.  A file that does not exist yet is made
+/// with the usual mode.
+///
+/// The new file cannot be seen before it is complete, except on file systems that only know
+/// files with a name; there it begins with a dot.  The calling thread gets no signals meanwhile.
+///
+/// What this user or the file system may not set stays behind without a failure: another's
+/// file becomes the user's own, without set-user-id and set-group-id, and where its group is lost
+/// the new group gets no more rights than everybody has.  The extended attributes of a file that
+/// may not be read stay behind too.  Where even the sync of the folder fails, the old content is
+/// put back as a new file.
 void writeFileAtomically(const std::string& path, const Data& data);
 
 }  // namespace ns

@@ -8,6 +8,7 @@ enum class FileStep {
   read,
   openFolder,
   createTemporary,
+  createInvisible,  ///< whatever the error: as on a file system that has no such files
   write,
   setAttributes,
   sync,

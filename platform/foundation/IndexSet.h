@@ -8,7 +8,8 @@
 
 namespace ns {
 
-/// A set of indexes, kept as ascending ranges that neither touch nor overlap.
+/// A set of indexes, kept as ascending ranges that neither touch nor overlap.  Members are less
+/// than kNotFound; adding another raises RangeException.
 class IndexSet {
  public:
   IndexSet() = default;
