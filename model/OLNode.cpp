@@ -20,11 +20,9 @@ bool isTextKey(const ns::Value& key) {
   return text == "title" || text == "note";
 }
 
-// Every reader of a title or note may rely on its kind.
+// The value, which under a key of text must be text.
 template <class Key>
-ns::Value storedValue(const ns::Dictionary* data, const Key& key) {
-  if (!data) return {};
-  ns::Value value = data->objectForKey(key);
+ns::Value checked(ns::Value value, const Key& key) {
   const bool isText = value.isString() || value.kind() == ns::Kind::attributedString;
   if (!value.isNone() && !isText && isTextKey(key)) {
     OLExceptionController::raiseWithString("invocation");
@@ -108,9 +106,13 @@ bool OLNode::isContainedBy(const OLNode* node) const {
   return false;
 }
 
-const ns::Dictionary* OLNode::loadedData() const { return data_ ? &*data_ : nullptr; }
+const ns::Dictionary* OLNode::loadedData() const {
+  if (archivedData_.archive) loadArchivedData();
+  return data_ ? &*data_ : nullptr;
+}
 
 ns::Dictionary* OLNode::editData() {
+  if (archivedData_.archive) loadArchivedData();
   dataIsNone_ = false;
   if (!data_) data_.emplace();
   return &*data_;
@@ -127,12 +129,18 @@ void OLNode::setData(std::optional<ns::Dictionary> data) {
   data_ = std::move(data);
 }
 
+ns::Value OLNode::storedValueForKey(const ns::Value& key) const {
+  const ns::Dictionary* data = key.isNone() ? nullptr : loadedData();
+  return data ? data->objectForKey(key) : ns::Value();
+}
+
 ns::Value OLNode::dataForKey(const ns::Value& key) const {
-  return key.isNone() ? ns::Value() : storedValue(loadedData(), key);
+  return checked(storedValueForKey(key), key);
 }
 
 ns::Value OLNode::dataForKey(const char* key) const {
-  return key ? storedValue(loadedData(), std::string_view(key)) : ns::Value();
+  const ns::Dictionary* data = key ? loadedData() : nullptr;
+  return data ? checked(data->objectForKey(key), std::string_view(key)) : ns::Value();
 }
 
 bool OLNode::setDataForKey(const ns::Value& value, const ns::Value& key) {

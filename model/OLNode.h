@@ -6,6 +6,7 @@
 #include <string_view>
 
 #include "model/OLItems.h"
+#include "platform/archive/ArchivedValue.h"
 #include "platform/foundation/Dictionary.h"
 #include "platform/foundation/IndexSet.h"
 #include "platform/foundation/Object.h"
@@ -237,6 +238,10 @@ class OLNode : public ns::Object {
   template <class Node, class Visit>
   static void walkBelow(Node& top, Visit visit);
 
+  /// What is stored under a key, whatever its kind.
+  [[nodiscard]] ns::Value storedValueForKey(const ns::Value& key) const;
+  /// Decodes data that still lies in an archive.  Defined in document/.
+  void loadArchivedData() const;
   /// The data for reading, or none when there is no dictionary or nothing in it.  Valid until the
   /// data changes.
   [[nodiscard]] const ns::Dictionary* loadedData() const;
@@ -248,7 +253,9 @@ class OLNode : public ns::Object {
   /// nodes whose archive had them share it.
   std::shared_ptr<OLNodeList> children_;
   /// Made for the first value.  Until then the data is an empty dictionary, or none if so marked.
-  std::optional<ns::Dictionary> data_;
+  /// While `archivedData_` has an archive, the data lies there and `data_` is empty.
+  mutable std::optional<ns::Dictionary> data_;
+  mutable ns::ArchivedValue archivedData_;
   /// Null while empty.
   std::unique_ptr<ns::Dictionary> runtimeAttributes_;
   mutable ns::Value hashNumber_;
@@ -256,6 +263,7 @@ class OLNode : public ns::Object {
   bool dataIsNone_ = false;
   bool isExpanded_ = false;
   bool isOutlineStyle_ = false;
+  bool isArchivedDataEscaped_ = false;
   ChildrenForm childrenForm_ = ChildrenForm::mutableArray;
 };
 

@@ -223,8 +223,9 @@ void OLNode::detachUnobserved(const OLNodeList& items) {
     item->parent_.reset();
     removedByParent[formerParent].insert(item.get());
   }
-  for (const auto& [parent, removed] : removedByParent) {
-    const auto isRemoved = [&](const auto& child) { return removed.contains(child.get()); };
+  for (const auto& entry : removedByParent) {
+    const auto& parent = entry.first;
+    const auto isRemoved = [&](const auto& child) { return entry.second.contains(child.get()); };
     // A parent that lists none of them keeps its list as it is.
     if (std::ranges::any_of(parent->children(), isRemoved)) {
       std::erase_if(parent->editChildren(), isRemoved);

@@ -62,15 +62,16 @@ class OLTree : public ns::Object {
   /// -insertChild:toItem:atIndex:  Deletes the child from where it is, then inserts it into the
   /// item's children, the root's for none.  The index counts in the list after that deletion; a
   /// negative one, or one past the end, appends.
-  void insertChildToItemAtIndex(std::shared_ptr<OLNode> child, std::shared_ptr<OLNode> item,
+  void insertChildToItemAtIndex(std::shared_ptr<OLNode> child, const std::shared_ptr<OLNode>& item,
                                 int64_t index);
   /// -insertChildren:toItem:atIndex:  Deletes the children from where they are, then inserts them
   /// in order from the index on.  Raises ns::RangeException, with the children deleted, when the
   /// index is negative or past the end of the list after that deletion.
-  void insertChildrenToItemAtIndex(OLItems children, std::shared_ptr<OLNode> item, int64_t index);
+  void insertChildrenToItemAtIndex(OLItems children, const std::shared_ptr<OLNode>& item,
+                                   int64_t index);
   /// -insertChildren:toItem:atIndexes:  The same for the places of an index set; see
   /// OLNode::insertChildrenAtIndexes().
-  void insertChildrenToItemAtIndexes(OLItems children, std::shared_ptr<OLNode> item,
+  void insertChildrenToItemAtIndexes(OLItems children, const std::shared_ptr<OLNode>& item,
                                      const ns::IndexSet& indexes);
 
   /// -addSiblingToItem:  A new node directly after the item.  None for the root, and nothing made.
@@ -84,7 +85,7 @@ class OLTree : public ns::Object {
 
   /// -deleteItem:  Takes the item, with its subtree, out of its parent and answers true; an item
   /// without parent stays as it is.  False for none and for the root.
-  bool deleteItem(std::shared_ptr<OLNode> item);
+  bool deleteItem(const std::shared_ptr<OLNode>& item);
   /// -deleteItems:  deleteItem() on each in array order.  While nobody observes notifications it
   /// passes over each parent's list once: linear time also for many items of one parent.
   void deleteItems(OLItems items);
@@ -126,7 +127,8 @@ class OLTree : public ns::Object {
   // Item text.  Defined in text/.
 
   /// +objectValueForKey:byItem:  The item's value exactly as stored, or none; none for a none
-  /// item.  Raises as OLNode::dataForKey() does.
+  /// item.  Raises nothing: a title or note of another kind than text, which OLNode::dataForKey()
+  /// refuses to hand out, comes back like any value.
   [[nodiscard]] static ns::Value objectValueForKeyByItem(const ns::Value& key,
                                                          const std::shared_ptr<OLNode>& item);
   /// +stringForKey:byItem:  The text of a string or an attributed string; the empty string for

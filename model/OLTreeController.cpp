@@ -2,6 +2,10 @@
 
 namespace tavlin {
 
+// Items come by value also where this class only looks at them: overrides go on to use an item
+// after the edit, when the list that a reference may point into has changed.
+// NOLINTBEGIN(performance-unnecessary-value-param)
+
 std::shared_ptr<OLTreeController> OLTreeController::create() { return initWithRootItem(nullptr); }
 
 std::shared_ptr<OLTreeController> OLTreeController::initWithRootItem(
@@ -31,7 +35,7 @@ void OLTreeController::addChildToItem(std::shared_ptr<OLNode> child, std::shared
 }
 
 void OLTreeController::deleteItem(std::shared_ptr<OLNode> item) {
-  if (tree_) tree_->deleteItem(std::move(item));
+  if (tree_) tree_->deleteItem(item);
 }
 
 void OLTreeController::deleteItems(OLItems items) {
@@ -49,34 +53,34 @@ void OLTreeController::makeItemParent(std::shared_ptr<OLNode> item) {
 void OLTreeController::insertItemSelected(std::shared_ptr<OLNode> item,
                                           std::shared_ptr<OLNode> selected) {
   if (!tree_) return;
-  auto parent = selected ? selected->parent() : nullptr;
+  const auto parent = selected ? selected->parent() : nullptr;
   const int64_t index = tree_->indexForItemWithParent(selected, parent);
   if (index < 0) return;
-  tree_->insertChildToItemAtIndex(std::move(item), std::move(parent), index);
+  tree_->insertChildToItemAtIndex(std::move(item), parent, index);
 }
 
 bool OLTreeController::insertItemsSelected(OLItems items, std::shared_ptr<OLNode> selected) {
   if (!tree_) return false;
-  auto parent = selected ? selected->parent() : nullptr;
+  const auto parent = selected ? selected->parent() : nullptr;
   const int64_t index = tree_->indexForItemWithParent(selected, parent);
   if (index < 0) return false;
-  tree_->insertChildrenToItemAtIndex(items, std::move(parent), index);
+  tree_->insertChildrenToItemAtIndex(items, parent, index);
   return true;
 }
 
 void OLTreeController::moveItemToParentAtIndex(std::shared_ptr<OLNode> item,
                                                std::shared_ptr<OLNode> parent, int64_t index) {
-  if (tree_) tree_->insertChildToItemAtIndex(std::move(item), std::move(parent), index);
+  if (tree_) tree_->insertChildToItemAtIndex(std::move(item), parent, index);
 }
 
 void OLTreeController::insertItemToParentAtIndex(std::shared_ptr<OLNode> item,
                                                  std::shared_ptr<OLNode> parent, int64_t index) {
-  if (tree_) tree_->insertChildToItemAtIndex(std::move(item), std::move(parent), index);
+  if (tree_) tree_->insertChildToItemAtIndex(std::move(item), parent, index);
 }
 
 void OLTreeController::insertItemsToParentAtIndexes(OLItems items, std::shared_ptr<OLNode> parent,
                                                     const ns::IndexSet& indexes) {
-  if (tree_) tree_->insertChildrenToItemAtIndexes(items, std::move(parent), indexes);
+  if (tree_) tree_->insertChildrenToItemAtIndexes(items, parent, indexes);
 }
 
 void OLTreeController::setExpandedByItem(bool expanded, std::shared_ptr<OLNode> item) {
@@ -96,5 +100,7 @@ bool OLTreeController::setObjectValueForKeyByItem(const ns::Value& value, const 
                                                   std::shared_ptr<OLNode> item) {
   return tree_ && tree_->setObjectValueForKeyByItem(value, key, item);
 }
+
+// NOLINTEND(performance-unnecessary-value-param)
 
 }  // namespace tavlin

@@ -28,15 +28,15 @@ std::shared_ptr<OLNode> OLTree::insertChildToItemAtIndex(const std::shared_ptr<O
   return child;
 }
 
-void OLTree::insertChildToItemAtIndex(std::shared_ptr<OLNode> child, std::shared_ptr<OLNode> item,
-                                      int64_t index) {
+void OLTree::insertChildToItemAtIndex(std::shared_ptr<OLNode> child,
+                                      const std::shared_ptr<OLNode>& item, int64_t index) {
   const auto parent = itemOrRoot(item);
   if (!parent) return;
   deleteItem(child);
   parent->insertChildAtIndex(std::move(child), static_cast<uint64_t>(index));
 }
 
-void OLTree::insertChildrenToItemAtIndex(OLItems children, std::shared_ptr<OLNode> item,
+void OLTree::insertChildrenToItemAtIndex(OLItems children, const std::shared_ptr<OLNode>& item,
                                          int64_t index) {
   const auto parent = itemOrRoot(item);
   if (!parent || children.isNone()) return;
@@ -45,7 +45,7 @@ void OLTree::insertChildrenToItemAtIndex(OLItems children, std::shared_ptr<OLNod
   parent->insertChildrenAtIndex(items, static_cast<uint64_t>(index));
 }
 
-void OLTree::insertChildrenToItemAtIndexes(OLItems children, std::shared_ptr<OLNode> item,
+void OLTree::insertChildrenToItemAtIndexes(OLItems children, const std::shared_ptr<OLNode>& item,
                                            const ns::IndexSet& indexes) {
   const auto parent = itemOrRoot(item);
   if (!parent || children.isNone()) return;
@@ -70,7 +70,7 @@ std::shared_ptr<OLNode> OLTree::insertSiblingToItem(const std::shared_ptr<OLNode
   return sibling;
 }
 
-bool OLTree::deleteItem(std::shared_ptr<OLNode> item) {
+bool OLTree::deleteItem(const std::shared_ptr<OLNode>& item) {
   if (!item || isRoot(item)) return false;
   item->removeFromParent();
   return true;

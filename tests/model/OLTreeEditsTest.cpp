@@ -202,6 +202,14 @@ TEST_F(OLTreeEdits, DeleteItemTakesTheSubtreeOut) {
   EXPECT_EQ(posts.take(), "R:2");
 }
 
+TEST_F(OLTreeEdits, DeleteItemTakesAnElementOfTheListThatChanges) {
+  EXPECT_TRUE(tree->deleteItem(a->children()[0]));
+  EXPECT_EQ(outline(), "A(A2 A3) B C");
+  root->addChild(OLNode::create());
+  EXPECT_TRUE(tree->deleteItem(root->children()[3])) << "which nobody else owns";
+  EXPECT_EQ(outline(), "A(A2 A3) B C");
+}
+
 TEST_F(OLTreeEdits, DeleteItemRefusesTheRootAndNone) {
   EXPECT_FALSE(tree->deleteItem(root));
   EXPECT_FALSE(tree->deleteItem(nullptr));
