@@ -3,16 +3,11 @@
 #include <functional>
 #include <memory>
 
+#include "platform/archive/ArchivedValue.h"
 #include "platform/archive/KeyedArchive.h"
 #include "platform/foundation/Coder.h"
 
 namespace ns {
-
-/// Where an object's field lies in an archive, still to be decoded.
-struct ArchivedValue {
-  std::shared_ptr<const KeyedArchive> archive;
-  uint32_t number = 0;
-};
 
 /// Rebuilds the objects of an archive that have an identity.
 ///

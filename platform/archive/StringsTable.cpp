@@ -290,7 +290,7 @@ StringsTable StringsTable::parse(const Data& data) {
   return table;
 }
 
-const String* StringsTable::stringForKey(const String& key) const {
+const String* StringsTable::stringForKey(const String& key) const& {
   const auto found = strings_.find(key);
   return found == strings_.end() ? nullptr : &found->second;
 }

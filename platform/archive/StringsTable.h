@@ -40,9 +40,12 @@ class StringsTable {
   static StringsTable parse(const Data& data);
 
   /// The text of a key, or none when the table lacks it; valid while the table lives.
-  [[nodiscard]] const String* stringForKey(const String& key) const;
+  [[nodiscard]] const String* stringForKey(const String& key) const&;
+  const String* stringForKey(const String& key) && = delete;
   [[nodiscard]] size_t count() const { return strings_.size(); }
-  [[nodiscard]] const std::unordered_map<String, String>& strings() const { return strings_; }
+  /// All texts by key, in no order; valid while the table lives.
+  [[nodiscard]] const std::unordered_map<String, String>& strings() const& { return strings_; }
+  const std::unordered_map<String, String>& strings() && = delete;
 
  private:
   std::unordered_map<String, String> strings_;

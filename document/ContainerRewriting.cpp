@@ -1,0 +1,86 @@
+#include "document/ContainerRewriting.h"
+
+#include <unordered_map>
+#include <utility>
+#include <vector>
+
+#include "platform/foundation/Array.h"
+#include "platform/foundation/Dictionary.h"
+
+namespace tavlin {
+
+namespace {
+
+bool isContainer(const ns::Value& value) { return value.isArray() || value.isDictionary(); }
+
+bool isSame(const ns::Value& a, const ns::Value& b) { return a.body() == b.body(); }
+
+/// A container whose elements are being rewritten one after the other.
+struct Frame {
+  ns::Value container;
+  std::vector<ns::Value> elements;  // old ones, then new ones from the front
+  size_t position = 0;
+  bool isChanged = false;
+};
+
+Frame frameOf(const ns::Value& container) {
+  Frame frame{container, {}, 0, false};
+  if (container.isArray()) {
+    frame.elements = container.array().values();
+  } else {
+    for (const auto& [key, value] : container.dictionary().entries()) {
+      frame.elements.push_back(value);
+    }
+  }
+  return frame;
+}
+
+ns::Value finished(Frame& frame) {
+  if (!frame.isChanged) return frame.container;
+  if (frame.container.isArray()) {
+    ns::Array array(std::move(frame.elements));
+    array.setArchivedClass(frame.container.archivedClass());
+    return ns::Value(array);
+  }
+  std::vector<ns::Dictionary::Entry> entries = frame.container.dictionary().entries();
+  for (size_t i = 0; i < entries.size(); ++i) entries[i].second = std::move(frame.elements[i]);
+  ns::Dictionary dictionary(std::move(entries));
+  dictionary.setArchivedClass(frame.container.archivedClass());
+  return ns::Value(dictionary);
+}
+
+}  // namespace
+
+ns::Value rewritingLeaves(const ns::Value& value,
+                          const std::function<ns::Value(const ns::Value&)>& rewrite) {
+  if (!isContainer(value)) return rewrite(value);
+  std::unordered_map<const ns::ValueBody*, ns::Value> done;
+  std::vector<Frame> frames;
+  frames.push_back(frameOf(value));
+  for (;;) {
+    Frame& frame = frames.back();
+    if (frame.position < frame.elements.size()) {
+      ns::Value& element = frame.elements[frame.position];
+      ns::Value replacement;
+      if (!isContainer(element)) {
+        replacement = rewrite(element);
+      } else if (const auto known = done.find(element.body().get()); known != done.end()) {
+        replacement = known->second;
+      } else {
+        frames.push_back(frameOf(element));
+        continue;
+      }
+      frame.isChanged = frame.isChanged || !isSame(element, replacement);
+      element = std::move(replacement);
+      ++frame.position;
+      continue;
+    }
+    // a container just finished is found in `done` when its holder goes on
+    ns::Value result = finished(frame);
+    if (frames.size() == 1) return result;
+    done.emplace(frame.container.body().get(), std::move(result));
+    frames.pop_back();
+  }
+}
+
+}  // namespace tavlin

@@ -1,0 +1,91 @@
+#include "document/NodeDataTransform.h"
+
+#include "platform/archive/KeyedArchive.h"
+#include "platform/text/Font.h"
+#include "platform/text/MutableAttributedString.h"
+#include "text/AttributedStringFonts.h"
+
+namespace tavlin {
+
+namespace {
+
+/// Whether text holds "$null".
+bool holdsMarker(const ns::StoredText& text) {
+  constexpr std::string_view kNarrow = "$null";
+  constexpr std::string_view kWide("\0$\0n\0u\0l\0l", 10);
+  const std::string_view marker = text.isWide ? kWide : kNarrow;
+  if (text.bytes.size() < marker.size()) return false;
+  for (size_t at = text.bytes.find(marker); at != std::string_view::npos;
+       at = text.bytes.find(marker, at + 1)) {
+    if (!text.isWide || at % 2 == 0) return true;
+  }
+  return false;
+}
+
+class NodeDataTransform final : public ns::ValueTransform {
+ public:
+  NodeDataTransform(bool unescapes, bool escapes) : unescapes_(unescapes), escapes_(escapes) {}
+
+  [[nodiscard]] bool changesText(const ns::StoredText& text) const override {
+    if (!(unescapes_ || escapes_) || !holdsMarker(text)) return false;
+    const ns::String stored = text.isWide ? ns::String::fromUtf16BigEndian(text.bytes)
+                                          : ns::String::fromAscii(text.bytes);
+    return !(string(stored) == stored);
+  }
+
+  [[nodiscard]] ns::String string(const ns::String& string) const override {
+    const ns::String marker = ns::String::fromAscii("$null");
+    const ns::String escaped = ns::String::fromAscii("\\$null");
+    ns::String result = string;
+    if (unescapes_) result = result.replacing(escaped, marker);
+    if (escapes_) result = result.replacing(marker, escaped);
+    return result;
+  }
+
+  [[nodiscard]] bool mayChangeAttributedStrings(const ns::KeyedArchive& archive) const override {
+    for (uint32_t number = 1; number < archive.objectCount(); ++number) {
+      if (!archive.isReached(number)) continue;
+      const ns::KeyedArchive::Entry entry = archive.entry(number);
+      if (entry.kind != ns::KeyedArchive::EntryKind::instance) continue;
+      if (archive.record(number, entry.object).archivedClass->kind() != ns::Kind::font) continue;
+      const auto font = ns::Font::fromValue(archive.value(number));
+      if (font && ns::isInterfaceFontName(font->fontName())) return true;
+    }
+    return false;
+  }
+
+  [[nodiscard]] ns::Value attributedString(const ns::Value& value) const override {
+    const ns::AttributedString text(value);
+    bool hasInterfaceFont = false;
+    for (size_t run = 0; run < text.runCount() && !hasInterfaceFont; ++run) {
+      const auto font =
+          ns::Font::fromValue(text.runAttributes(run).objectForKey(ns::kFontAttributeName));
+      hasInterfaceFont = font && ns::isInterfaceFontName(font->fontName());
+    }
+    if (!hasInterfaceFont) return value;
+    ns::MutableAttributedString fixed(text);
+    fixFontAttributes_suitableForDocumentInRange(fixed, {0, text.length()});
+    const ns::Value result = fixed.copy().asValue();
+    return result == value ? value : result;
+  }
+
+ private:
+  const bool unescapes_;
+  const bool escapes_;
+};
+
+}  // namespace
+
+const ns::ValueTransform& dataAfterLoading(bool isEscaped) {
+  static const NodeDataTransform plain(false, false);
+  static const NodeDataTransform unescaping(true, false);
+  return isEscaped ? unescaping : plain;
+}
+
+const ns::ValueTransform& dataForSaving(bool isEscaped) {
+  static const NodeDataTransform escaping(false, true);
+  static const NodeDataTransform both(true, true);
+  return isEscaped ? both : escaping;
+}
+
+}  // namespace tavlin

@@ -1,0 +1,65 @@
+#include "document/OLDataManager.h"
+
+#include "document/DocumentClasses.h"
+#include "document/ItemCircles.h"
+#include "model/OLExceptionController.h"
+#include "model/OLTree.h"
+#include "platform/archive/KeyedArchiver.h"
+#include "platform/archive/KeyedUnarchiver.h"
+#include "platform/foundation/Log.h"
+
+namespace tavlin {
+
+OLDataManager::OLDataManager() : treeController_(OLTreeController::create()) {}
+
+std::shared_ptr<OLDataManager> OLDataManager::create() {
+  return std::make_shared<OLDataManager>();
+}
+
+void OLDataManager::setTreeController(const std::shared_ptr<ns::Object>& controller) {
+  auto accepted = std::dynamic_pointer_cast<OLTreeController>(controller);
+  if (controller && !accepted) OLExceptionController::raiseWithString("Unexpected class");
+  treeController_ = std::move(accepted);
+}
+
+std::optional<ns::Data> OLDataManager::dataRepresentation() const {
+  if (!treeController_) return std::nullopt;
+  return ns::KeyedArchiver::archivedDataWithRootObject(ns::Value(treeController_));
+}
+
+bool OLDataManager::loadDataRepresentationOfType(const std::optional<ns::Data>& data,
+                                                 const ns::Value& /*type*/) {
+  if (!data || data->empty()) {
+    ns::log("Document contains no data");
+    return false;
+  }
+  const ns::Value root = ns::KeyedUnarchiver::unarchiveObject(*data, documentClasses());
+  if (root.isNone()) {
+    ns::log("Document has something corrupted");
+    return false;
+  }
+  const auto controller = root.objectAs<OLTreeController>();
+  if (!controller) {
+    ns::log("Document contains unacceptable data");
+    return false;
+  }
+  if (controller->tree()) refuseItemCircles(controller->tree()->rootNode());
+  if (treeController_) setTreeController(nullptr);
+  setTreeController(controller);
+  if (!treeController_) {
+    OLExceptionController::raiseWithString("unarchiver put not nil but nil");
+  }
+  return true;
+}
+
+ns::Value OLDataManager::objectValueForKey(const ns::Value& key) const {
+  if (!treeController_ || !treeController_->tree()) return {};
+  return treeController_->tree()->objectValueForKey(key);
+}
+
+void OLDataManager::setObjectValueForKey(const ns::Value& value, const ns::Value& key) {
+  if (!treeController_ || !treeController_->tree()) return;
+  treeController_->tree()->setObjectValueForKey(value, key);
+}
+
+}  // namespace tavlin

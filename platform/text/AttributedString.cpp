@@ -1,0 +1,174 @@
+#include "platform/text/AttributedString.h"
+
+#include <algorithm>
+
+#include "platform/foundation/Exception.h"
+#include "platform/text/AttributedStringBody.h"
+
+namespace ns {
+
+namespace {
+
+void checkIndex(size_t index, size_t length) {
+  if (index < length) return;
+  throw RangeException("index " + std::to_string(index) + " in an attributed string of " +
+                       std::to_string(length) + " units");
+}
+
+}  // namespace
+
+size_t AttributedStringBody::runAt(size_t index) const {
+  const auto after = std::upper_bound(runs.begin(), runs.end(), index,
+                                      [](size_t at, const Run& run) { return at < run.start; });
+  return static_cast<size_t>(after - runs.begin()) - 1;
+}
+
+Dictionary AttributedStringBody::attributesOf(size_t run) const {
+  const uint32_t index = runs[run].attributes;
+  if (archivedAttributes.empty()) return attributes[index];
+  const uint32_t number = archivedAttributes[index];
+  return number == 0 ? Dictionary() : from->archive()->value(number).dictionary();
+}
+
+bool AttributedStringBody::isEqual(const ValueBody& other) const {
+  const auto& that = static_cast<const AttributedStringBody&>(other);
+  if (this == &that) return true;
+  if (from && that.from && from->archive() == that.from->archive() &&
+      from->number() == that.from->number()) {
+    return true;
+  }
+  if (!(text == that.text)) return false;
+  // attributes that hold text that holds the attributes: equal only if the same
+  constexpr int kDeepest = 100;
+  static thread_local int depth = 0;
+  if (depth >= kDeepest) return false;
+  ++depth;
+  bool equal = true;
+  for (size_t i = 0, j = 0; equal && i < runs.size() && j < that.runs.size();) {
+    equal = attributesOf(i) == that.attributesOf(j);
+    const size_t end = std::min(runEnd(i), that.runEnd(j));
+    if (runEnd(i) == end) ++i;
+    if (that.runEnd(j) == end) ++j;
+  }
+  --depth;
+  return equal;
+}
+
+AttributedString::AttributedString() : AttributedString(String()) {}
+
+AttributedString::AttributedString(const String& text) : AttributedString(text, Dictionary()) {}
+
+AttributedString::AttributedString(const String& text, const Dictionary& attributes) {
+  auto* body = new AttributedStringBody();
+  body_ = Ref<const AttributedStringBody>(body);
+  body->text = text;
+  if (!text.empty()) {
+    body->runs.push_back({0, 0});
+    body->attributes.push_back(attributes);
+  }
+}
+
+AttributedString::AttributedString(const Value& value) {
+  if (value.kind() == Kind::attributedString) {
+    body_ = Ref<const AttributedStringBody>(
+        static_cast<const AttributedStringBody*>(value.body().get()));
+  } else {
+    *this = AttributedString();
+  }
+}
+
+AttributedString::AttributedString(Ref<const AttributedStringBody> body) : body_(std::move(body)) {}
+
+Value AttributedString::asValue() const { return Value(Ref<const ValueBody>(body_)); }
+String AttributedString::string() const { return body_->text.withArchivedClass(nullptr); }
+size_t AttributedString::length() const { return body_->text.length(); }
+ClassRef AttributedString::archivedClass() const { return body_->archivedClass; }
+size_t AttributedString::runCount() const { return body_->runs.size(); }
+
+Range AttributedString::runRange(size_t run) const {
+  checkIndex(run, runCount());
+  const size_t start = body_->runs[run].start;
+  return {start, body_->runEnd(run) - start};
+}
+
+Dictionary AttributedString::runAttributes(size_t run) const {
+  checkIndex(run, runCount());
+  return body_->attributesOf(run);
+}
+
+Dictionary AttributedString::attributesAtIndex(size_t index, Range* effectiveRange) const {
+  checkIndex(index, length());
+  const size_t run = body_->runAt(index);
+  if (effectiveRange) *effectiveRange = runRange(run);
+  return body_->attributesOf(run);
+}
+
+namespace {
+
+/// Widens a run to its neighbours while `same` says so of the next run, within a range.
+template <class Same>
+Range widened(const AttributedStringBody& body, size_t run, Range in, Same same) {
+  size_t first = run;
+  size_t last = run;
+  while (first > 0 && body.runs[first].start > in.location && same(first - 1)) --first;
+  while (last + 1 < body.runs.size() && body.runEnd(last) < in.end() && same(last + 1)) ++last;
+  const size_t from = std::max(body.runs[first].start, in.location);
+  const size_t to = std::min(body.runEnd(last), in.end());
+  return {from, to > from ? to - from : 0};
+}
+
+}  // namespace
+
+Dictionary AttributedString::attributesAtIndexLongestEffectiveRangeInRange(size_t index,
+                                                                           Range* longest,
+                                                                           Range in) const {
+  checkIndex(index, length());
+  const size_t run = body_->runAt(index);
+  Dictionary attributes = body_->attributesOf(run);
+  if (longest) {
+    *longest = widened(*body_, run, in, [&](size_t other) {
+      return body_->runs[other].attributes == body_->runs[run].attributes ||
+             body_->attributesOf(other) == attributes;
+    });
+  }
+  return attributes;
+}
+
+Value AttributedString::attributeAtIndexLongestEffectiveRangeInRange(const char* name, size_t index,
+                                                                     Range* longest,
+                                                                     Range in) const {
+  checkIndex(index, length());
+  const size_t run = body_->runAt(index);
+  Value value = body_->attributesOf(run).objectForKey(name);
+  if (longest) {
+    *longest = widened(*body_, run, in, [&](size_t other) {
+      return body_->runs[other].attributes == body_->runs[run].attributes ||
+             body_->attributesOf(other).objectForKey(name) == value;
+    });
+  }
+  return value;
+}
+
+Value AttributedString::attributeAtIndex(const char* name, size_t index) const {
+  return attributesAtIndex(index).objectForKey(name);
+}
+
+AttributedString AttributedString::attributedSubstringFromRange(Range range) const {
+  auto* body = new AttributedStringBody();
+  AttributedString part{Ref<const AttributedStringBody>(body)};
+  body->text = string().substring(range);
+  if (range.length == 0) return part;
+  for (size_t run = body_->runAt(range.location);
+       run < runCount() && body_->runs[run].start < range.end(); ++run) {
+    const size_t start = std::max(body_->runs[run].start, range.location) - range.location;
+    body->runs.push_back({start, static_cast<uint32_t>(body->attributes.size())});
+    body->attributes.push_back(body_->attributesOf(run));
+  }
+  return part;
+}
+
+bool AttributedString::isEqualToAttributedString(const AttributedString& other) const {
+  return body_ == other.body_ || body_->isEqual(*other.body_);
+}
+
+}  // namespace ns

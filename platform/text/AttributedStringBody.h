@@ -1,0 +1,52 @@
+#pragma once
+
+#include <utility>
+#include <vector>
+
+#include "platform/archive/KeyedArchive.h"
+#include "platform/archive/Record.h"
+#include "platform/foundation/Dictionary.h"
+
+namespace ns {
+
+/// The content of an attributed string: its text and a list of runs, each the start of a stretch
+/// and the number of its attributes.
+///
+/// The attributes are dictionaries, or the archive numbers of dictionaries that nobody decoded.
+class AttributedStringBody final : public ArchivableBody {
+ public:
+  struct Run {
+    size_t start;
+    uint32_t attributes;
+  };
+
+  AttributedStringBody() : ArchivableBody(Kind::attributedString) {}
+
+  [[nodiscard]] size_t runEnd(size_t run) const {
+    return run + 1 < runs.size() ? runs[run + 1].start : text.length();
+  }
+  /// The run that holds an index below the length.
+  [[nodiscard]] size_t runAt(size_t index) const;
+  [[nodiscard]] Dictionary attributesOf(size_t run) const;
+
+  [[nodiscard]] bool isEqual(const ValueBody& other) const override;
+  [[nodiscard]] size_t hash() const override { return text.hash(); }
+  [[nodiscard]] const ArchiveOrigin* origin() const override { return from.get(); }
+  [[nodiscard]] ClassRef classForArchiver() const override;
+  void encode(KeyedArchiver& archiver) const override;
+
+  /// Raises ArchiveException when a record is no attributed string.
+  static void check(const KeyedArchive& archive, uint32_t number);
+  static Value decode(const std::shared_ptr<const KeyedArchive>& archive, uint32_t number);
+
+  String text;
+  std::vector<Run> runs;  // ascending from 0; empty for empty text
+  std::vector<Dictionary> attributes;
+  std::vector<uint32_t> archivedAttributes;  // in place of `attributes`; 0 stands for none
+  ClassRef archivedClass;
+  /// Fields of the record beside those of every attributed string.
+  std::vector<std::pair<String, Field>> otherFields;
+  Ref<const ArchiveOrigin> from;
+};
+
+}  // namespace ns

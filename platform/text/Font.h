@@ -1,0 +1,42 @@
+#pragma once
+
+#include <optional>
+#include <string>
+
+#include "platform/archive/Record.h"
+
+namespace ns {
+
+/// A font as documents hold it: a name and a size, read through the archived record.  The font
+/// need not be installed here; what the record says besides stays as it is.
+class Font {
+ public:
+  /// The font of a value of kind font; none of a record that has no name.
+  static std::optional<Font> fromValue(const Value& value);
+  /// A font by PostScript name and size in points, whether installed or not.
+  static Font named(const String& postScriptName, double pointSize);
+
+  /// The PostScript name, "Helvetica-Bold".
+  [[nodiscard]] String fontName() const { return name_; }
+  /// In points.
+  [[nodiscard]] double pointSize() const;
+  /// The family: that of the installed font of this name; else, of an interface font, the one
+  /// known to belong to the name; else the name up to its first hyphen.
+  [[nodiscard]] String familyName() const;
+
+  /// The same record with another name: the size keeps its stored form, and everything that
+  /// belonged to the role of the former font is gone.
+  [[nodiscard]] Font withName(const String& postScriptName) const;
+  [[nodiscard]] Value asValue() const { return record_.asValue(Kind::font); }
+
+ private:
+  Font(Record record, String name) : record_(std::move(record)), name_(std::move(name)) {}
+  Record record_;
+  String name_;
+};
+
+/// Whether a font name is that of a private interface font of the desktop platform: one that
+/// begins with a full stop, or a face of the interface's kana font.
+bool isInterfaceFontName(const String& postScriptName);
+
+}  // namespace ns

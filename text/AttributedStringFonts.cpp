@@ -1,0 +1,89 @@
+#include "text/AttributedStringFonts.h"
+
+#include <optional>
+
+#include "platform/text/Font.h"
+#include "platform/text/FontSource.h"
+
+namespace tavlin {
+
+namespace {
+
+struct DocumentFont {
+  const char* familyName;
+  const char* fontName;
+  const char* documentFontName;
+};
+
+// The private fonts that have a twin for documents.  The kana faces have no leading full stop.
+constexpr DocumentFont kDocumentFonts[] = {
+    {".Helvetica Neue Desk UI", ".HelveticaNeueDeskUI", "HelveticaNeue"},
+    {".Helvetica Neue Desk UI", ".HelveticaNeueDeskUI-Bold", "HelveticaNeue-Bold"},
+    {".Helvetica Neue Desk UI", ".HelveticaNeueDeskUI-BoldItalic", "HelveticaNeue-BoldItalic"},
+    {".Helvetica Neue Desk UI", ".HelveticaNeueDeskUI-Italic", "HelveticaNeue-Italic"},
+    {".Lucida Grande UI", ".LucidaGrandeUI", "LucidaGrande"},
+    {".Lucida Grande UI", ".LucidaGrandeUI-Bold", "LucidaGrande-Bold"},
+    {".Aqua Kana", "AquaKana", "HiraKakuProN-W3"},
+    {".Aqua Kana", "AquaKana-Bold", "HiraKakuProN-W6"},
+};
+
+const char* documentFontFor(const ns::String& familyName, const ns::String& fontName) {
+  for (const DocumentFont& known : kDocumentFonts) {
+    if (familyName == known.familyName && fontName == known.fontName) {
+      return known.documentFontName;
+    }
+  }
+  return nullptr;
+}
+
+/// The name of the font to put in place of a private one under a text; none to leave it.
+std::optional<ns::String> replacementFor(const ns::Font& font, const ns::String& run) {
+  const ns::FontSource& source = ns::FontSource::shared();
+  const ns::CharacterSet characters = ns::CharacterSet::inString(run);
+  if (const char* name = documentFontFor(font.familyName(), font.fontName())) {
+    const ns::FontFace* face = source.faceNamed(name);
+    if (face && face->coverage.isSupersetOf(characters)) return face->postScriptName;
+  }
+  const ns::FontFace* installed = source.faceNamed(font.fontName());
+  const ns::CharacterSet& wanted = installed ? installed->coverage : characters;
+  for (const ns::FontFace& face : source.faces()) {
+    if (isFamilyNameSuitableForUserDocuments(face.familyName) &&
+        face.coverage.isSupersetOf(wanted)) {
+      return face.postScriptName;
+    }
+  }
+  return std::nullopt;
+}
+
+}  // namespace
+
+bool isFamilyNameSuitableForUserDocuments(const ns::String& familyName) {
+  return familyName.empty() || familyName.at(0) != u'.';
+}
+
+bool isFamilyNameSuitableForUserDocuments(std::nullptr_t /*familyName*/) { return false; }
+
+void fixFontAttributes_suitableForDocumentInRange(ns::MutableAttributedString& text,
+                                                  ns::Range range) {
+  if (range.length == 0 || range.location > text.length() ||
+      range.length > text.length() - range.location) {
+    return;
+  }
+  for (ns::Range rest = range; rest.length > 0;) {
+    ns::Range run;
+    const ns::Value value = text.attributedString().attributeAtIndexLongestEffectiveRangeInRange(
+        ns::kFontAttributeName, rest.location, &run, rest);
+    const std::optional<ns::Font> font = ns::Font::fromValue(value);
+    // only an interface font's family can be unsuitable, so others are not looked up
+    if (font && ns::isInterfaceFontName(font->fontName()) &&
+        !isFamilyNameSuitableForUserDocuments(font->familyName())) {
+      const auto name = replacementFor(*font, text.string().substring(run));
+      if (name) {
+        text.addAttributeValueRange(ns::kFontAttributeName, font->withName(*name).asValue(), run);
+      }
+    }
+    rest = {run.end(), rest.end() - run.end()};
+  }
+}
+
+}  // namespace tavlin
