@@ -64,14 +64,19 @@ void OLNode::dismantle(OLNodeList nodes) noexcept {
   }
 }
 
-std::shared_ptr<OLNode> OLNode::create() { return std::make_shared<OLNode>(); }
+std::shared_ptr<OLNode> OLNode::create() {
+  auto node = std::make_shared<OLNode>();
+  node->isDataEmpty_ = true;
+  return node;
+}
 
 std::shared_ptr<OLNode> OLNode::copy() const {
   auto copy = create();
   copy->children_ = children_;
   copy->childrenForm_ = hasChildrenArray() ? ChildrenForm::immutableArray : ChildrenForm::none;
-  if (const ns::Dictionary* data = loadedData()) copy->data_ = *data;
-  copy->dataIsNone_ = dataIsNone_;
+  if (archivedData_.archive) loadArchivedData();
+  copy->data_ = data_;
+  copy->isDataEmpty_ = isDataEmpty_;
   copy->isExpanded_ = isExpanded_;
   copy->isOutlineStyle_ = isOutlineStyle_;
   return copy;
@@ -107,25 +112,26 @@ bool OLNode::isContainedBy(const OLNode* node) const {
 }
 
 const ns::Dictionary* OLNode::loadedData() const {
+  static thread_local const ns::Dictionary empty;
   if (archivedData_.archive) loadArchivedData();
-  return data_ ? &*data_ : nullptr;
+  if (data_) return &*data_;
+  return isDataEmpty_ ? &empty : nullptr;
 }
 
 ns::Dictionary* OLNode::editData() {
   if (archivedData_.archive) loadArchivedData();
-  dataIsNone_ = false;
   if (!data_) data_.emplace();
   return &*data_;
 }
 
 std::optional<ns::Dictionary> OLNode::data() const {
-  if (dataIsNone_) return std::nullopt;
   const ns::Dictionary* data = loadedData();
-  return data ? *data : ns::Dictionary();
+  return data ? std::optional(*data) : std::nullopt;
 }
 
 void OLNode::setData(std::optional<ns::Dictionary> data) {
-  dataIsNone_ = !data.has_value();
+  archivedData_ = {};
+  isDataEmpty_ = false;
   data_ = std::move(data);
 }
 

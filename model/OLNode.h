@@ -43,7 +43,7 @@ class OLNode : public ns::Object {
   /// -init  A node without parent, children, data and runtime attributes, both flags off.
   static std::shared_ptr<OLNode> create();
 
-  /// For create() and for archives, which fill a node with initWithCoder().
+  /// For archives: a node without a data dictionary, which initWithCoder() fills.
   OLNode() = default;
 
   /// -dealloc  A node that still has a parent link, because it was removed and not placed again,
@@ -242,8 +242,7 @@ class OLNode : public ns::Object {
   [[nodiscard]] ns::Value storedValueForKey(const ns::Value& key) const;
   /// Decodes data that still lies in an archive.  Defined in document/.
   void loadArchivedData() const;
-  /// The data for reading, or none when there is no dictionary or nothing in it.  Valid until the
-  /// data changes.
+  /// The data for reading, or none when there is no dictionary.  Valid until the data changes.
   [[nodiscard]] const ns::Dictionary* loadedData() const;
   /// The data for a change; made when there is none.
   [[nodiscard]] ns::Dictionary* editData();
@@ -252,15 +251,16 @@ class OLNode : public ns::Object {
   /// Null or empty while there are no children.  Nodes may share one list: a copy with its source,
   /// nodes whose archive had them share it.
   std::shared_ptr<OLNodeList> children_;
-  /// Made for the first value.  Until then the data is an empty dictionary, or none if so marked.
-  /// While `archivedData_` has an archive, the data lies there and `data_` is empty.
+  /// The dictionary.  Without one the data is none, or empty if `isDataEmpty_` says so: a new node
+  /// gets its dictionary with the first value.  While `archivedData_` has an archive, the data
+  /// lies there and `data_` is empty.
   mutable std::optional<ns::Dictionary> data_;
   mutable ns::ArchivedValue archivedData_;
   /// Null while empty.
   std::unique_ptr<ns::Dictionary> runtimeAttributes_;
   mutable ns::Value hashNumber_;
   mutable int64_t cacheIndexOfChild_ = 0;
-  bool dataIsNone_ = false;
+  bool isDataEmpty_ = false;
   bool isExpanded_ = false;
   bool isOutlineStyle_ = false;
   bool isArchivedDataEscaped_ = false;
