@@ -6,9 +6,6 @@ namespace ns {
 
 namespace {
 
-// Up to this many entries a search is as fast as an index.
-constexpr size_t kSearched = 8;
-
 const DictionaryBody& bodyOf(const Ref<const ValueBody>& body) {
   return static_cast<const DictionaryBody&>(*body);
 }
@@ -18,7 +15,7 @@ DictionaryBody& editable(Ref<const ValueBody>& body) {
   if (body->isShared()) {
     auto* copy = new DictionaryBody();
     Ref<const ValueBody> holder(copy);
-    copy->entries = bodyOf(body).entries;
+    copy->assign(bodyOf(body).entries());
     copy->archivedClass = bodyOf(body).archivedClass;
     body = std::move(holder);
   }
@@ -30,30 +27,11 @@ DictionaryBody& editable(Ref<const ValueBody>& body) {
 
 }  // namespace
 
-size_t DictionaryBody::find(const Value& key) const {
-  if (entries.size() <= kSearched) {
-    for (size_t i = 0; i < entries.size(); ++i) {
-      if (entries[i].first == key) return i;
-    }
-    return entries.size();
-  }
-  if (index.empty()) {
-    index.reserve(entries.size());
-    for (size_t i = 0; i < entries.size(); ++i) index.emplace(entries[i].first.hash(), i);
-  }
-  size_t first = entries.size();
-  const auto [from, to] = index.equal_range(key.hash());
-  for (auto it = from; it != to; ++it) {
-    if (it->second < first && entries[it->second].first == key) first = it->second;
-  }
-  return first;
-}
-
 Dictionary::Dictionary() : body_(new DictionaryBody()) {}
 Dictionary::Dictionary(std::initializer_list<Entry> entries)
     : Dictionary(std::vector<Entry>(entries)) {}
 Dictionary::Dictionary(std::vector<Entry> entries) : Dictionary() {
-  editable(body_).entries = std::move(entries);
+  editable(body_).assign(std::move(entries));
 }
 
 Dictionary DictionaryAccess::make(std::vector<Dictionary::Entry> entries, ClassRef archivedClass,
@@ -69,16 +47,19 @@ const Origin* DictionaryAccess::origin(const Dictionary& dictionary) {
   return bodyOf(dictionary.body_).origin.get();
 }
 
+size_t Dictionary::count() const { return bodyOf(body_).count(); }
+
 const std::vector<Dictionary::Entry>& Dictionary::entries() const {
-  return bodyOf(body_).entries;
+  return bodyOf(body_).entries();
 }
 
 Value Dictionary::objectForKey(const Value& key) const {
-  const size_t at = bodyOf(body_).find(key);
-  return at < count() ? entries()[at].second : Value();
+  const Value* const value = bodyOf(body_).find(key);
+  return value != nullptr ? *value : Value();
 }
 
 Value Dictionary::objectForKey(std::string_view utf8Key) const {
+  constexpr size_t kSearched = 8;  // few enough to do without making a string
   if (count() > kSearched) return objectForKey(Value(String(utf8Key)));
   for (const Entry& entry : entries()) {
     if (entry.first.isString() && entry.first.string() == utf8Key) return entry.second;
@@ -86,35 +67,20 @@ Value Dictionary::objectForKey(std::string_view utf8Key) const {
   return {};
 }
 
-bool Dictionary::contains(const Value& key) const { return bodyOf(body_).find(key) < count(); }
+bool Dictionary::contains(const Value& key) const { return bodyOf(body_).find(key) != nullptr; }
 
 void Dictionary::setObjectForKey(Value value, const Value& key) {
   if (value.isNone()) return removeObjectForKey(key);
-  const size_t at = bodyOf(body_).find(key);
-  DictionaryBody& body = editable(body_);
-  if (at < body.entries.size()) {
-    body.entries[at].second = std::move(value);
-    return;
-  }
-  body.entries.emplace_back(key, std::move(value));
-  if (!body.index.empty()) body.index.emplace(key.hash(), body.entries.size() - 1);
+  editable(body_).set(key, std::move(value));
 }
 
 void Dictionary::removeObjectForKey(const Value& key) {
-  const size_t at = bodyOf(body_).find(key);
-  if (at == count()) return;
-  DictionaryBody& body = editable(body_);
-  body.entries.erase(body.entries.begin() + static_cast<std::ptrdiff_t>(at));
-  body.index.clear();
-  // a dictionary read from an archive may hold a key twice
-  if (contains(key)) removeObjectForKey(key);
+  if (!contains(key)) return;
+  const Value kept = key;  // it may be the entry's own
+  editable(body_).remove(kept);
 }
 
-void Dictionary::removeAll() {
-  DictionaryBody& body = editable(body_);
-  body.entries.clear();
-  body.index.clear();
-}
+void Dictionary::removeAll() { editable(body_).assign({}); }
 
 const ClassRef& Dictionary::archivedClass() const { return bodyOf(body_).archivedClass; }
 void Dictionary::setArchivedClass(ClassRef archivedClass) {

@@ -3,7 +3,6 @@
 #include <bit>
 #include <cmath>
 #include <limits>
-#include <set>
 
 #include "platform/foundation/ContainerBodies.h"
 #include "platform/foundation/StringBody.h"
@@ -300,47 +299,6 @@ bool Value::isEqual(const Value& other) const {
 size_t Value::hash() const {
   if (!body_) return 0;
   return isNumber() ? hashOf(numberOf(*body_)) : body_->hash();
-}
-
-bool equalContainers(const ValueBody& a, const ValueBody& b) {
-  using Pair = std::pair<const ValueBody*, const ValueBody*>;
-  std::vector<Pair> pending{{&a, &b}};
-  std::set<Pair> met;
-  const auto compare = [&](const Value& x, const Value& y) {
-    if (x.body() == y.body()) return true;
-    const bool areContainers =
-        x.kind() == y.kind() && (x.isArray() || x.isDictionary());
-    if (!areContainers) return x == y;
-    const Pair pair{x.body().get(), y.body().get()};
-    if (met.insert(pair).second) pending.push_back(pair);
-    return true;
-  };
-  while (!pending.empty()) {
-    const auto [left, right] = pending.back();
-    pending.pop_back();
-    if (left->kind() == Kind::array) {
-      const auto& x = static_cast<const ArrayBody&>(*left).values;
-      const auto& y = static_cast<const ArrayBody&>(*right).values;
-      if (x.size() != y.size()) return false;
-      for (size_t i = 0; i < x.size(); ++i) {
-        if (!compare(x[i], y[i])) return false;
-      }
-    } else {
-      const auto& x = static_cast<const DictionaryBody&>(*left);
-      const auto& y = static_cast<const DictionaryBody&>(*right);
-      if (x.entries.size() != y.entries.size()) return false;
-      for (const auto& [key, value] : x.entries) {
-        const size_t at = y.find(key);
-        if (at == y.entries.size() || !compare(value, y.entries[at].second)) return false;
-      }
-    }
-  }
-  return true;
-}
-
-bool ArrayBody::isEqual(const ValueBody& other) const { return equalContainers(*this, other); }
-bool DictionaryBody::isEqual(const ValueBody& other) const {
-  return equalContainers(*this, other);
 }
 
 }  // namespace ns
