@@ -127,6 +127,7 @@ void OLNode::initWithCoder(ns::Coder& coder) {
         std::static_pointer_cast<OLNodeList>(unarchiver->decodeListForKey("children", makeChildren));
     archivedData_ = unarchiver->archivedValueForKey("data");
     data_.reset();
+    isDataEmpty_ = false;
     if (archivedData_.archive && unarchiver->kindForKey("data") != ns::Kind::dictionary) {
       unarchiver->fail(std::string("\"data\" is ") +
                        ns::describe(unarchiver->kindForKey("data")) + " and not a dictionary");
@@ -138,7 +139,7 @@ void OLNode::initWithCoder(ns::Coder& coder) {
     children_ = std::static_pointer_cast<OLNodeList>(
         makeChildren(values.count(), [&](size_t i) { return values[i].object(); }));
     const ns::Value data = coder.decodeObjectForKey("data");
-    data_ = data.isDictionary() ? std::optional(data.dictionary()) : std::nullopt;
+    setData(data.isDictionary() ? std::optional(data.dictionary()) : std::nullopt);
   }
   isExpanded_ = coder.decodeBoolForKey("expanded");
   isOutlineStyle_ = coder.decodeBoolForKey("outlineStyle");

@@ -59,19 +59,18 @@ AttributedString::AttributedString() : AttributedString(String()) {}
 AttributedString::AttributedString(const String& text) : AttributedString(text, Dictionary()) {}
 
 AttributedString::AttributedString(const String& text, const Dictionary& attributes) {
-  auto* body = new AttributedStringBody();
-  body_ = Ref<const AttributedStringBody>(body);
-  body->text = text;
+  auto* made = new AttributedStringBody();
+  body_ = Ref<const ValueBody>(made);
+  made->text = text;
   if (!text.empty()) {
-    body->runs.push_back({0, 0});
-    body->attributes.push_back(attributes);
+    made->runs.push_back({0, 0});
+    made->attributes.push_back(attributes);
   }
 }
 
 AttributedString::AttributedString(const Value& value) {
   if (value.kind() == Kind::attributedString) {
-    body_ = Ref<const AttributedStringBody>(
-        static_cast<const AttributedStringBody*>(value.body().get()));
+    body_ = value.body();
   } else {
     *this = AttributedString();
   }
@@ -79,28 +78,28 @@ AttributedString::AttributedString(const Value& value) {
 
 AttributedString::AttributedString(Ref<const AttributedStringBody> body) : body_(std::move(body)) {}
 
-Value AttributedString::asValue() const { return Value(Ref<const ValueBody>(body_)); }
-String AttributedString::string() const { return body_->text.withArchivedClass(nullptr); }
-size_t AttributedString::length() const { return body_->text.length(); }
-ClassRef AttributedString::archivedClass() const { return body_->archivedClass; }
-size_t AttributedString::runCount() const { return body_->runs.size(); }
+Value AttributedString::asValue() const { return Value(body_); }
+String AttributedString::string() const { return body().text.withArchivedClass(nullptr); }
+size_t AttributedString::length() const { return body().text.length(); }
+ClassRef AttributedString::archivedClass() const { return body().archivedClass; }
+size_t AttributedString::runCount() const { return body().runs.size(); }
 
 Range AttributedString::runRange(size_t run) const {
   checkIndex(run, runCount());
-  const size_t start = body_->runs[run].start;
-  return {start, body_->runEnd(run) - start};
+  const size_t start = body().runs[run].start;
+  return {start, body().runEnd(run) - start};
 }
 
 Dictionary AttributedString::runAttributes(size_t run) const {
   checkIndex(run, runCount());
-  return body_->attributesOf(run);
+  return body().attributesOf(run);
 }
 
 Dictionary AttributedString::attributesAtIndex(size_t index, Range* effectiveRange) const {
   checkIndex(index, length());
-  const size_t run = body_->runAt(index);
+  const size_t run = body().runAt(index);
   if (effectiveRange) *effectiveRange = runRange(run);
-  return body_->attributesOf(run);
+  return body().attributesOf(run);
 }
 
 namespace {
@@ -123,12 +122,12 @@ Dictionary AttributedString::attributesAtIndexLongestEffectiveRangeInRange(size_
                                                                            Range* longest,
                                                                            Range in) const {
   checkIndex(index, length());
-  const size_t run = body_->runAt(index);
-  Dictionary attributes = body_->attributesOf(run);
+  const size_t run = body().runAt(index);
+  Dictionary attributes = body().attributesOf(run);
   if (longest) {
-    *longest = widened(*body_, run, in, [&](size_t other) {
-      return body_->runs[other].attributes == body_->runs[run].attributes ||
-             body_->attributesOf(other) == attributes;
+    *longest = widened(body(), run, in, [&](size_t other) {
+      return body().runs[other].attributes == body().runs[run].attributes ||
+             body().attributesOf(other) == attributes;
     });
   }
   return attributes;
@@ -138,12 +137,12 @@ Value AttributedString::attributeAtIndexLongestEffectiveRangeInRange(const char*
                                                                      Range* longest,
                                                                      Range in) const {
   checkIndex(index, length());
-  const size_t run = body_->runAt(index);
-  Value value = body_->attributesOf(run).objectForKey(name);
+  const size_t run = body().runAt(index);
+  Value value = body().attributesOf(run).objectForKey(name);
   if (longest) {
-    *longest = widened(*body_, run, in, [&](size_t other) {
-      return body_->runs[other].attributes == body_->runs[run].attributes ||
-             body_->attributesOf(other).objectForKey(name) == value;
+    *longest = widened(body(), run, in, [&](size_t other) {
+      return body().runs[other].attributes == body().runs[run].attributes ||
+             body().attributesOf(other).objectForKey(name) == value;
     });
   }
   return value;
@@ -154,15 +153,15 @@ Value AttributedString::attributeAtIndex(const char* name, size_t index) const {
 }
 
 AttributedString AttributedString::attributedSubstringFromRange(Range range) const {
-  auto* body = new AttributedStringBody();
-  AttributedString part{Ref<const AttributedStringBody>(body)};
-  body->text = string().substring(range);
+  auto* made = new AttributedStringBody();
+  AttributedString part{Ref<const ValueBody>(made)};
+  made->text = string().substring(range);
   if (range.length == 0) return part;
-  for (size_t run = body_->runAt(range.location);
-       run < runCount() && body_->runs[run].start < range.end(); ++run) {
-    const size_t start = std::max(body_->runs[run].start, range.location) - range.location;
-    body->runs.push_back({start, static_cast<uint32_t>(body->attributes.size())});
-    body->attributes.push_back(body_->attributesOf(run));
+  for (size_t run = body().runAt(range.location);
+       run < runCount() && body().runs[run].start < range.end(); ++run) {
+    const size_t start = std::max(body().runs[run].start, range.location) - range.location;
+    made->runs.push_back({start, static_cast<uint32_t>(made->attributes.size())});
+    made->attributes.push_back(body().attributesOf(run));
   }
   return part;
 }

@@ -69,8 +69,9 @@ class AttributedString {
 
  private:
   friend class MutableAttributedString;
-  explicit AttributedString(Ref<const AttributedStringBody> body);
-  Ref<const AttributedStringBody> body_;
+  explicit AttributedString(Ref<const ValueBody> body);
+  [[nodiscard]] const AttributedStringBody& body() const;
+  Ref<const ValueBody> body_;
 };
 
 }  // namespace ns

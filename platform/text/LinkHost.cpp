@@ -7,6 +7,7 @@
 #include <string>
 #include <string_view>
 
+#include "platform/text/LinkAscii.h"
 #include "platform/text/LinkTables.h"
 
 namespace ns {
@@ -20,19 +21,9 @@ constexpr std::string_view kFileExtensions[] = {
     "pub", "py", "rs",  "sas", "sc", "sh",  "so",   "target", "tf",  "zip",
 };
 
-// A short text in small ASCII letters; empty when it is not short or not ASCII.
-std::string smallAscii(const LinkText& text, size_t begin, size_t end, size_t longest) {
-  std::string result;
-  if (end - begin > longest) {
-    return result;
-  }
-  for (const char16_t unit : text.slice(begin, end)) {
-    if (unit > 0x7F) {
-      return {};
-    }
-    result.push_back(static_cast<char>(unit >= u'A' && unit <= u'Z' ? unit + 32 : unit));
-  }
-  return result;
+// A short part of the text in small letters; empty when it is not short.
+std::string shortAscii(const LinkText& text, size_t begin, size_t end, size_t longest) {
+  return end - begin > longest ? std::string() : smallAscii(text.slice(begin, end));
 }
 
 // Four numbers from 0 to 255 without leading zeros, which some readers take for octal.
@@ -46,8 +37,8 @@ bool isZone(std::string_view zone) {
   constexpr std::string_view kPrefix = "%25";
   return zone.size() > kPrefix.size() && zone.substr(0, kPrefix.size()) == kPrefix &&
          std::all_of(zone.begin() + kPrefix.size(), zone.end(), [](char byte) {
-           return (byte >= 'a' && byte <= 'z') || (byte >= '0' && byte <= '9') || byte == '-' ||
-                  byte == '.' || byte == '_' || byte == '~';
+           return isAsciiWord(static_cast<char32_t>(byte)) ||
+                  isOneOf(static_cast<char32_t>(byte), U"-._~");
          });
 }
 
@@ -98,7 +89,7 @@ LinkHost scanLinkHost(const LinkText& text, size_t begin) {
 bool isNetworkHost(const LinkText& text, const LinkHost& host) {
   constexpr size_t kLongestIPv4 = 15;
   return host.isWellFormed &&
-         (!host.isNumeric || isIPv4(smallAscii(text, host.begin, host.end, kLongestIPv4)));
+         (!host.isNumeric || isIPv4(shortAscii(text, host.begin, host.end, kLongestIPv4)));
 }
 
 bool hasTopLevelDomain(const LinkText& text, const LinkHost& host) {
@@ -110,10 +101,10 @@ bool hasTopLevelDomain(const LinkText& text, const LinkHost& host) {
 
 bool looksLikeFileName(const LinkText& text, const LinkHost& host) {
   constexpr size_t kLongestExtension = 6;
-  if (host.labels != 2 || smallAscii(text, host.begin, host.lastLabel - 1, 3) == "www") {
+  if (host.labels != 2 || shortAscii(text, host.begin, host.lastLabel - 1, 3) == "www") {
     return false;
   }
-  const std::string extension = smallAscii(text, host.lastLabel, host.end, kLongestExtension);
+  const std::string extension = shortAscii(text, host.lastLabel, host.end, kLongestExtension);
   return std::binary_search(std::begin(kFileExtensions), std::end(kFileExtensions), extension);
 }
 
@@ -129,7 +120,7 @@ size_t endOfIPv6Host(const LinkText& text, size_t begin) {
   if (text.unit(end) != u']') {
     return begin;
   }
-  const std::string content = smallAscii(text, begin + 1, end, kLongest);
+  const std::string content = shortAscii(text, begin + 1, end, kLongest);
   const size_t percent = content.find('%');
   in6_addr parsed{};
   if ((percent != std::string::npos && !isZone(std::string_view(content).substr(percent))) ||

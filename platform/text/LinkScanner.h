@@ -12,6 +12,11 @@
 
 namespace ns {
 
+/// Whether a character behind a host begins its path, query or fragment.
+constexpr bool startsLinkPart(char16_t unit) {
+  return unit == u'/' || unit == u'?' || unit == u'#';
+}
+
 /// One pass over a text that finds its links: the work behind the shared LinkDetector, whose
 /// comment says what counts as a link.
 ///

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "platform/text/LinkAscii.h"
 #include "platform/text/LinkHost.h"
 #include "platform/text/LinkUtf16.h"
 
@@ -10,27 +11,15 @@ namespace {
 
 constexpr std::string_view kHexDigits = "0123456789ABCDEF";
 // What may stand for itself everywhere behind the scheme, apart from letters and digits.
-constexpr std::string_view kPlain = "-._~!$&'()*+,;=:@/";
+constexpr std::u32string_view kPlain = U"-._~!$&'()*+,;=:@/";
+// And behind the authority.
+constexpr std::u32string_view kPlainWithQuery = U"-._~!$&'()*+,;=:@/?";
 // And in the local part of an address, where the delimiters of a "mailto" URL may not.
-constexpr std::string_view kPlainInLocalPart = "-._~!$'*+";
-
-bool isAlphanumeric(char32_t codePoint) {
-  return (codePoint >= U'0' && codePoint <= U'9') || (codePoint >= U'A' && codePoint <= U'Z') ||
-         (codePoint >= U'a' && codePoint <= U'z');
-}
-
-bool isHexDigit(char16_t unit) {
-  return (unit >= u'0' && unit <= u'9') || (unit >= u'A' && unit <= u'F') ||
-         (unit >= u'a' && unit <= u'f');
-}
+constexpr std::u32string_view kPlainInLocalPart = U"-._~!$'*+";
 
 bool isEscape(std::u16string_view text, size_t index) {
   return text[index] == u'%' && index + 2 < text.size() && isHexDigit(text[index + 1]) &&
          isHexDigit(text[index + 2]);
-}
-
-bool contains(std::string_view characters, char32_t codePoint) {
-  return codePoint < 0x80 && characters.find(static_cast<char>(codePoint)) != characters.npos;
 }
 
 void appendEscaped(std::string& out, char32_t codePoint) {
@@ -46,11 +35,11 @@ void appendEscaped(std::string& out, char32_t codePoint) {
 
 // Appends text in which letters, digits and `plain` stand for themselves, and escapes too if
 // `keepsEscapes`; inside a host the ideographic full stop is a dot.
-void appendEncoded(std::string& out, std::u16string_view text, std::string_view plain,
+void appendEncoded(std::string& out, std::u16string_view text, std::u32string_view plain,
                    bool keepsEscapes, bool isHost) {
   for (size_t index = 0; index < text.size();) {
     const Utf16Character character = utf16At(text, index);
-    if (isAlphanumeric(character.value) || contains(plain, character.value) ||
+    if (isAsciiWord(character.value) || isOneOf(character.value, plain) ||
         (keepsEscapes && isEscape(text, index))) {
       out.push_back(static_cast<char>(character.value));
     } else if (isHost && character.value == U'。') {
@@ -68,16 +57,15 @@ void appendHierarchy(std::string& out, std::u16string_view text) {
   const std::u16string_view authority = text.substr(0, authorityEnd);
   // Only an IPv6 address may have brackets.
   const size_t addressEnd = endOfIPv6Host(LinkText(authority), 0);
-  appendEncoded(out, authority.substr(0, addressEnd), "-._~:[]", true, true);
+  appendEncoded(out, authority.substr(0, addressEnd), U"-._~:[]", true, true);
   appendEncoded(out, authority.substr(addressEnd), kPlain, true, true);
 
   const std::u16string_view rest = text.substr(authorityEnd);
   const size_t fragment = std::min(rest.find(u'#'), rest.size());
-  const std::string plain = std::string(kPlain) + '?';
-  appendEncoded(out, rest.substr(0, fragment), plain, true, false);
+  appendEncoded(out, rest.substr(0, fragment), kPlainWithQuery, true, false);
   if (fragment < rest.size()) {
     out.push_back('#');
-    appendEncoded(out, rest.substr(fragment + 1), plain, true, false);
+    appendEncoded(out, rest.substr(fragment + 1), kPlainWithQuery, true, false);
   }
 }
 
@@ -85,7 +73,7 @@ void appendAddress(std::string& out, std::u16string_view address, bool keepsEsca
   const size_t at = address.find(u'@');
   appendEncoded(out, address.substr(0, at), kPlainInLocalPart, keepsEscapes, false);
   out.push_back('@');
-  appendEncoded(out, address.substr(at + 1), "-.", false, true);
+  appendEncoded(out, address.substr(at + 1), U"-.", false, true);
 }
 
 }  // namespace
@@ -113,7 +101,7 @@ std::string linkURL(std::u16string_view text, LinkForm form) {
       appendAddress(url, rest, true);
       break;
     case LinkForm::number:
-      appendEncoded(url, rest, std::string(kPlain) + '?', true, false);
+      appendEncoded(url, rest, kPlainWithQuery, true, false);
       break;
     default:
       url += "//";

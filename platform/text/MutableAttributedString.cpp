@@ -16,10 +16,10 @@ AttributedString MutableAttributedString::copy() const { return current_; }
 
 /// The body for changes: one that nobody shares, with its attributes decoded.
 AttributedStringBody& MutableAttributedString::body() {
-  if (current_.body_->isShared() || current_.body_->from) {
-    const AttributedStringBody& old = *current_.body_;
+  if (current_.body_->isShared() || current_.body().from) {
+    const AttributedStringBody& old = current_.body();
     auto* fresh = new AttributedStringBody();
-    const Ref<const AttributedStringBody> holder(fresh);
+    const Ref<const ValueBody> holder(fresh);
     fresh->text = old.text;
     fresh->archivedClass = old.archivedClass;
     fresh->otherFields = old.otherFields;
@@ -33,7 +33,7 @@ AttributedStringBody& MutableAttributedString::body() {
     current_ = AttributedString(holder);
   }
   // bodies are made as mutable objects; handles only see them as constants
-  return const_cast<AttributedStringBody&>(*current_.body_);
+  return const_cast<AttributedStringBody&>(current_.body());
 }
 
 /// The run that begins at an index, divided off now if need be.
