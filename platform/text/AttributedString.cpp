@@ -76,7 +76,11 @@ AttributedString::AttributedString(const Value& value) {
   }
 }
 
-AttributedString::AttributedString(Ref<const AttributedStringBody> body) : body_(std::move(body)) {}
+AttributedString::AttributedString(Ref<const ValueBody> body) : body_(std::move(body)) {}
+
+const AttributedStringBody& AttributedString::body() const {
+  return static_cast<const AttributedStringBody&>(*body_);
+}
 
 Value AttributedString::asValue() const { return Value(body_); }
 String AttributedString::string() const { return body().text.withArchivedClass(nullptr); }
