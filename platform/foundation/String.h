@@ -9,7 +9,7 @@
 #include <string_view>
 
 #include "platform/foundation/ClassInfo.h"
-#include "platform/foundation/Ref.h"
+#include "platform/foundation/ValueBody.h"
 
 namespace ns {
 
@@ -24,8 +24,6 @@ struct Range {
 
 /// "Not found": the largest signed 64-bit integer.
 inline constexpr size_t kNotFound = 9223372036854775807U;
-
-class ValueBody;
 
 /// An immutable sequence of UTF-16 code units; a small handle that shares its text when copied.
 ///

@@ -15,32 +15,12 @@
 #include "platform/foundation/Object.h"
 #include "platform/foundation/Ref.h"
 #include "platform/foundation/String.h"
+#include "platform/foundation/ValueBody.h"
 
 namespace ns {
 
 class Array;
 class Dictionary;
-
-enum class Kind : uint8_t {
-  none,
-  boolean,
-  integer,
-  real,
-  string,
-  data,
-  date,
-  array,
-  dictionary,
-  attributedString,  ///< see platform/text/AttributedString.h
-  font,              ///< see platform/text/Font.h
-  color,             ///< see platform/text/Color.h
-  paragraphStyle,    ///< see platform/text/ParagraphStyle.h
-  record,            ///< an object of a class that nobody here interprets; archive/Record.h
-  object,            ///< an object with an identity: a node, a tree, a controller
-};
-
-/// The name of a kind for messages: "a string", "an array", "none".
-const char* describe(Kind kind);
 
 /// An integer as archives hold it.  `sixteenBytes` marks the 16-byte form, whose high half is
 /// `high`; otherwise the number is the 64 bits of `low`, negative when `isNegative`.
@@ -59,19 +39,6 @@ struct Integer {
 struct Date {
   double seconds = 0;
   bool operator==(const Date&) const = default;
-};
-
-/// The shared content of a value; private to the values of this layer and the ones above.
-class ValueBody : public Body {
- public:
-  explicit ValueBody(Kind kind) : kind_(kind) {}
-  [[nodiscard]] Kind kind() const { return kind_; }
-  /// Equality with a body of the same kind.
-  [[nodiscard]] virtual bool isEqual(const ValueBody& other) const = 0;
-  [[nodiscard]] virtual size_t hash() const = 0;
-
- private:
-  const Kind kind_;
 };
 
 /// A small copyable handle to an immutable value, or none.  Copying shares.
