@@ -9,6 +9,7 @@
 #include <cstdint>
 #include <cstdlib>
 #include <system_error>
+#include <utility>
 
 #include "platform/foundation/Exception.h"
 #include "platform/foundation/File.h"
@@ -42,8 +43,7 @@ std::string mainResourcePath() {
   const std::string program = realPath("/proc/self/exe");
   const std::string buildTree = realPath(TAVLIN_BUILD_TREE);
   if (!buildTree.empty() && program.starts_with(buildTree + '/')) return TAVLIN_SOURCE_RESOURCES;
-  const std::string beside =
-      program.substr(0, program.rfind('/') + 1) + TAVLIN_RESOURCES_FROM_PROGRAM;
+  std::string beside = program.substr(0, program.rfind('/') + 1) + TAVLIN_RESOURCES_FROM_PROGRAM;
   if (!program.empty() && isDirectory(beside)) return beside;
   return TAVLIN_INSTALLED_RESOURCES;
 }
@@ -100,11 +100,11 @@ Bundle::ScopedMain::~ScopedMain() { replacedMain = previous_; }
 
 String Bundle::localizedStringForKeyValueTable(const String& key, const String& value,
                                                const String& table) {
-  const std::string file =
-      ".lproj/" + (table.empty() ? std::string("Localizable") : table.utf8()) + ".strings";
   for (const std::string& language : preferredLanguages()) {
-    const StringsTable& strings = stringsAt(resourcePath_ + '/' + language + file);
-    if (const String* text = strings.stringForKey(key)) return *text;
+    std::string path = resourcePath_;
+    path.append("/").append(language).append(".lproj/");
+    path.append(table.empty() ? "Localizable" : table.utf8()).append(".strings");
+    if (const String* text = stringsAt(path).stringForKey(key)) return *text;
   }
   return value.empty() ? key : value;
 }

@@ -260,11 +260,9 @@ void UndoManager::performNext() {
   current_ = std::move(running_.actions.back());
   running_.actions.pop_back();
   currentIsRemoved_ = false;
-  const size_t innerLevel = innerLevel_;
   try {
     if (const std::shared_ptr<Object> target = current_->target()) current_->perform(*target);
   } catch (...) {
-    innerLevel_ = innerLevel;
     disposal_.dispose(std::move(fresh_));
     fresh_.clear();
     if (!currentIsRemoved_) running_.actions.push_back(std::move(current_));
