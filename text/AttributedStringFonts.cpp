@@ -1,7 +1,9 @@
 #include "text/AttributedStringFonts.h"
 
+#include <algorithm>
 #include <optional>
 
+#include "platform/archive/KeyedArchive.h"
 #include "platform/text/Font.h"
 #include "platform/text/FontSource.h"
 
@@ -55,6 +57,28 @@ std::optional<ns::String> replacementFor(const ns::Font& font, const ns::String&
   return std::nullopt;
 }
 
+/// Gives a stretch of one font another one.  Runs that share their attributes, in this text or in
+/// another one of the same archive, share the new ones too.
+void setFont(ns::MutableAttributedString& text, const ns::Font& font, const ns::String& name,
+             ns::Range stretch) {
+  for (size_t at = stretch.location; at < stretch.end();) {
+    ns::Range run;
+    const ns::Dictionary old = text.attributedString().attributesAtIndex(at, &run);
+    const size_t end = std::min(run.end(), stretch.end());
+    const auto withFont = [&] {
+      ns::Dictionary attributes = old;
+      attributes.setObjectForKey(font.withName(name).asValue(), ns::Value(ns::kFontAttributeName));
+      return attributes;
+    };
+    const auto* origin = dynamic_cast<const ns::ArchiveOrigin*>(ns::DictionaryAccess::origin(old));
+    text.setAttributesRange(origin ? origin->archive()->derivedDictionary(
+                                         origin->number(), "NSFont " + name.utf8(), withFont)
+                                   : withFont(),
+                            {at, end - at});
+    at = end;
+  }
+}
+
 }  // namespace
 
 bool isFamilyNameSuitableForUserDocuments(const ns::String& familyName) {
@@ -78,9 +102,7 @@ void fixFontAttributes_suitableForDocumentInRange(ns::MutableAttributedString& t
     if (font && ns::isInterfaceFontName(font->fontName()) &&
         !isFamilyNameSuitableForUserDocuments(font->familyName())) {
       const auto name = replacementFor(*font, text.string().substring(run));
-      if (name) {
-        text.addAttributeValueRange(ns::kFontAttributeName, font->withName(*name).asValue(), run);
-      }
+      if (name) setFont(text, *font, *name, run);
     }
     rest = {run.end(), rest.end() - run.end()};
   }

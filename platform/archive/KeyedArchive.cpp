@@ -4,6 +4,7 @@
 #include <bit>
 #include <unordered_set>
 
+#include "platform/archive/AsciiCheck.h"
 #include "platform/archive/XmlPropertyList.h"
 
 namespace ns {
@@ -292,8 +293,9 @@ Kind KeyedArchive::kind(uint32_t number) const {
 }
 
 String KeyedArchive::string(const Object& object) {
-  return object.type == Type::ascii ? String::fromAscii(object.text())
-                                    : String::fromUtf16BigEndian(object.text());
+  if (object.type != Type::ascii) return String::fromUtf16BigEndian(object.text());
+  if (!isAllAscii(object.text())) refuse("an ASCII string holds bytes above 127");
+  return String::fromAscii(object.text());
 }
 
 Value KeyedArchive::scalar(const Object& object) {
@@ -345,6 +347,31 @@ void KeyedArchive::fail(uint32_t number, const std::string& what) const {
 ArchiveOrigin::~ArchiveOrigin() {
   archive_->cache_.erase({number_, transform_});
   if (alias_) archive_->cache_.erase({number_, alias_});
+}
+
+/// Takes a derived dictionary out of its archive's cache when it goes or changes.
+class DerivedOrigin final : public Origin {
+ public:
+  DerivedOrigin(std::shared_ptr<const KeyedArchive> archive, std::pair<uint32_t, std::string> key)
+      : archive_(std::move(archive)), key_(std::move(key)) {}
+  ~DerivedOrigin() override { archive_->derived_.erase(key_); }
+
+ private:
+  const std::shared_ptr<const KeyedArchive> archive_;
+  const std::pair<uint32_t, std::string> key_;
+};
+
+Dictionary KeyedArchive::derivedDictionary(uint32_t number, const std::string& name,
+                                           const std::function<Dictionary()>& make) const {
+  const auto key = std::pair(number, name);
+  const auto known = derived_.find(key);
+  if (known != derived_.end()) return Value(Ref<const ValueBody>(known->second)).dictionary();
+  const Dictionary plain = make();
+  Dictionary made =
+      DictionaryAccess::make(plain.entries(), plain.archivedClass(),
+                             Ref<const Origin>(new DerivedOrigin(shared_from_this(), key)));
+  derived_[key] = Value(made).body().get();
+  return made;
 }
 
 const KeyedArchive::Changes& KeyedArchive::changesOf(const ValueTransform& transform) const {

@@ -1,6 +1,8 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
+#include <map>
 #include <memory>
 #include <optional>
 #include <string>
@@ -128,7 +130,19 @@ class KeyedArchive : public std::enable_shared_from_this<KeyedArchive> {
   [[nodiscard]] Value value(uint32_t number, const ValueTransform* transform = nullptr) const;
   /// The value of a bare scalar, or of a primitive in a record.
   static Value scalar(const Object& object);
+  /// Raises ArchiveException for an ASCII string with bytes above 127.
   static String string(const Object& object);
+
+  /// The numbers of the elements of an array or, in turn, keys or values of a dictionary: those
+  /// of the list under `key`, or of the numbered keys ("NS.object.0", ...) that very old archives
+  /// have in its place.
+  [[nodiscard]] std::vector<uint32_t> elementNumbers(const Record& record, const char* key,
+                                                     const std::string& numbered) const;
+
+  /// A dictionary made from one of the archive's, under a name for what was done to it; the same
+  /// object for the same number and name as long as somebody holds it.
+  [[nodiscard]] Dictionary derivedDictionary(uint32_t number, const std::string& name,
+                                             const std::function<Dictionary()>& make) const;
 
   /// Whether a transform changes anything in what a number stands for.
   [[nodiscard]] bool isChangedBy(const ValueTransform& transform, uint32_t number) const;
@@ -148,6 +162,7 @@ class KeyedArchive : public std::enable_shared_from_this<KeyedArchive> {
  private:
   KeyedArchive(const Data& data, const ClassRegistry& registry);
   friend class ArchiveOrigin;
+  friend class DerivedOrigin;
   friend class ArchiveChecker;
   friend class ArchiveDecoder;
 
@@ -189,6 +204,7 @@ class KeyedArchive : public std::enable_shared_from_this<KeyedArchive> {
   mutable uint32_t recentClass_ = 0;
   mutable const Class* recentClassFound_ = nullptr;
   mutable std::unordered_map<CacheKey, const ValueBody*, CacheHash> cache_;
+  mutable std::map<std::pair<uint32_t, std::string>, const ValueBody*> derived_;
   mutable std::unordered_map<const ValueTransform*, Changes> changes_;
   mutable std::unordered_map<uint32_t, std::weak_ptr<ns::Object>> live_;
 };

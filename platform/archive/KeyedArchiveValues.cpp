@@ -138,7 +138,7 @@ class ArchiveDecoder {
   static const ValueTransform* originTransform(const Value& value) {
     const Origin* origin = value.isArray() ? ArrayAccess::origin(value.array())
                                            : DictionaryAccess::origin(value.dictionary());
-    return origin ? static_cast<const ArchiveOrigin*>(origin)->transform() : nullptr;
+    return static_cast<const ArchiveOrigin*>(origin)->transform();
   }
 
   void rewrite(const Object& text, const ValueTransform* transform, Value& value) {
@@ -154,12 +154,14 @@ class ArchiveDecoder {
   void begin(uint32_t number, const KeyedArchive::Record& record, bool isDictionary) {
     Frame frame(number, isDictionary);
     frame.archivedClass = record.archivedClass->info;
-    append(record, isDictionary ? "NS.keys" : "NS.objects", isDictionary ? "NS.key." : "NS.object.",
-           frame.numbers);
     if (isDictionary) {
+      frame.numbers = archive_.elementNumbers(record, "NS.keys", "NS.key.");
+      const auto objects = archive_.elementNumbers(record, "NS.objects", "NS.object.");
       const size_t keys = frame.numbers.size();
-      append(record, "NS.objects", "NS.object.", frame.numbers);
+      frame.numbers.insert(frame.numbers.end(), objects.begin(), objects.end());
       frame.numbers.resize(2 * keys);
+    } else {
+      frame.numbers = archive_.elementNumbers(record, "NS.objects", "NS.object.");
     }
     if (frame.numbers.size() > budget_) {
       throw ArchiveException(
@@ -169,30 +171,6 @@ class ArchiveDecoder {
     frame.values.reserve(frame.numbers.size());
     inProgress_.insert(number);
     frames_.push_back(std::move(frame));
-  }
-
-  /// The numbers of a list, or of the numbered keys that very old archives have in its place.
-  void append(const KeyedArchive::Record& record, const char* key, const std::string& numbered,
-              std::vector<uint32_t>& numbers) {
-    const auto list = archive_.fieldForKey(record, key);
-    if (list) {
-      numbers.reserve(numbers.size() + list->count);
-      for (uint64_t i = 0; i < list->count; ++i) {
-        numbers.push_back(archive_.target(archive_.element(*list, i)));
-      }
-      return;
-    }
-    for (size_t i = 0;; ++i) {
-      const std::string name = numbered + std::to_string(i);
-      uint32_t position = 0;
-      while (position < record.shape->count() && !(record.shape->key(position) == name)) {
-        ++position;
-      }
-      if (position == record.shape->count()) return;
-      const Object field = archive_.field(record, position);
-      if (field.type != Type::uid) return;
-      numbers.push_back(archive_.target(field));
-    }
   }
 
   Value finish(Frame& frame) {
@@ -226,6 +204,25 @@ class ArchiveDecoder {
   std::vector<Frame> frames_;
   std::unordered_set<uint32_t> inProgress_;
 };
+
+std::vector<uint32_t> KeyedArchive::elementNumbers(const Record& record, const char* key,
+                                                   const std::string& numbered) const {
+  std::vector<uint32_t> numbers;
+  if (const auto list = fieldForKey(record, key)) {
+    numbers.reserve(list->count);
+    for (uint64_t i = 0; i < list->count; ++i) numbers.push_back(target(element(*list, i)));
+    return numbers;
+  }
+  for (size_t i = 0;; ++i) {
+    const std::string name = numbered + std::to_string(i);
+    uint32_t position = 0;
+    while (position < record.shape->count() && !(record.shape->key(position) == name)) ++position;
+    if (position == record.shape->count()) return numbers;
+    const Object found = field(record, position);
+    if (found.type != Type::uid) return numbers;
+    numbers.push_back(target(found));
+  }
+}
 
 Value KeyedArchive::value(uint32_t number, const ValueTransform* transform) const {
   return ArchiveDecoder(*this, transform).decode(number);

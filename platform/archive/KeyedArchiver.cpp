@@ -37,9 +37,9 @@ const ClassRef& dateClass() {
 const ArchiveOrigin* originOf(const Value& value) {
   switch (value.kind()) {
     case Kind::array:
-      return static_cast<const ArchiveOrigin*>(ArrayAccess::origin(value.array()));
+      return dynamic_cast<const ArchiveOrigin*>(ArrayAccess::origin(value.array()));
     case Kind::dictionary:
-      return static_cast<const ArchiveOrigin*>(DictionaryAccess::origin(value.dictionary()));
+      return dynamic_cast<const ArchiveOrigin*>(DictionaryAccess::origin(value.dictionary()));
     case Kind::attributedString:
     case Kind::font:
     case Kind::color:

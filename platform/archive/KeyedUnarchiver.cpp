@@ -72,7 +72,13 @@ Value KeyedUnarchiver::primitive(const char* key) const {
   const auto found = field(key);
   if (!found) return {};
   if (found->type != KeyedArchive::Type::uid) return KeyedArchive::scalar(*found);
-  return archive_->value(archive_->target(*found));
+  const uint32_t number = archive_->target(*found);
+  const Kind kind = archive_->kind(number);
+  const bool isNumber = kind == Kind::boolean || kind == Kind::integer || kind == Kind::real;
+  if (!isNumber && kind != Kind::none) {
+    fail("\"" + std::string(key) + "\" is " + describe(kind) + " and not a number");
+  }
+  return archive_->value(number);
 }
 
 bool KeyedUnarchiver::decodeBoolForKey(const char* key) {
@@ -128,30 +134,23 @@ std::shared_ptr<void> KeyedUnarchiver::decodeListForKey(const char* key, MakeLis
   if (listKindForKey(key) == ListKind::none) return nullptr;
   const uint32_t number = archivedValueForKey(key).number;
   const KeyedArchive::Record record = archive_->record(number);
-  const uint32_t position = record.shape->find("NS.objects");
-  if (position == record.shape->count()) {
-    const Array values = archive_->value(number).array();
-    if (values.empty()) return nullptr;
-    return make(values.count(), [&](size_t i) {
-      std::shared_ptr<ns::Object> object = values.at(i).object();
-      if (!object) fail("an element of \"" + std::string(key) + "\" is not an object");
-      return object;
-    });
-  }
-  const KeyedArchive::Object list = archive_->field(record, position);
-  if (list.count == 0) return nullptr;
+  const std::vector<uint32_t> elements =
+      archive_->elementNumbers(record, "NS.objects", "NS.object.");
+  if (elements.empty()) return nullptr;
   const auto at = [&](size_t i) {
-    const uint32_t element = archive_->target(archive_->element(list, i));
-    std::shared_ptr<ns::Object> object = made(element);
+    std::shared_ptr<ns::Object> object = made(elements[i]);
     if (!object) {
       fail("element " + std::to_string(i) + " of \"" + std::string(key) + "\" is " +
-           describe(archive_->kind(element)) + " and not an object of the document");
+           describe(archive_->kind(elements[i])) + " and not an object of the document");
     }
     return object;
   };
-  if (list.count < kShortList) return make(list.count, at);
+  const uint32_t position = record.shape->find("NS.objects");
+  if (elements.size() < kShortList || position == record.shape->count()) {
+    return make(elements.size(), at);
+  }
   std::shared_ptr<void>& shared = lists_[archive_->fieldIndex(record, position)];
-  if (!shared) shared = make(list.count, at);
+  if (!shared) shared = make(elements.size(), at);
   return shared;
 }
 
