@@ -1,0 +1,32 @@
+#include "model/runtime/ChildPlaces.h"
+
+#include <memory>
+
+#include "model/OLNode.h"
+
+namespace tavlin {
+
+ChildPlaces::ChildPlaces(OLItems items) {
+  std::unordered_map<const OLNode*, size_t> itemsOfParents;
+  for (const auto& item : items) {
+    const auto parent = item ? item->parent() : nullptr;
+    if (parent && indexes_.try_emplace(item.get(), -1).second) ++itemsOfParents[parent.get()];
+  }
+  for (auto [parent, itemsLeft] : itemsOfParents) {
+    const OLNodeList& children = parent->children();
+    for (size_t i = 0; i < children.size() && itemsLeft > 0; ++i) {
+      const auto found = indexes_.find(children[i].get());
+      const bool isFirstPlace = found != indexes_.end() && found->second < 0;
+      if (!isFirstPlace || children[i]->parent().get() != parent) continue;
+      found->second = static_cast<int64_t>(i);
+      --itemsLeft;
+    }
+  }
+}
+
+int64_t ChildPlaces::indexOf(const OLNode* item) const {
+  const auto found = indexes_.find(item);
+  return found == indexes_.end() ? -1 : found->second;
+}
+
+}  // namespace tavlin

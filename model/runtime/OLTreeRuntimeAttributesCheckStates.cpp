@@ -1,0 +1,226 @@
+#include <algorithm>
+
+#include "model/CircleGuard.h"
+#include "model/runtime/OLTreeRuntimeAttributesController.h"
+#include "model/runtime/PointerScope.h"
+#include "model/runtime/UpwardRefresh.h"
+
+namespace tavlin {
+namespace {
+
+// The keys as values, made once: a build reads and writes them several times for every item.
+struct Keys {
+  ns::Value checkStatus = "checkStatus";
+  ns::Value showCheckState = "showCheckState";
+  ns::Value descendant = SNRuntimeAttributeCheckedDescendant;
+  ns::Value allChildren = SNRuntimeAttributeCheckedAllChildren;
+  ns::Value ancestor = SNRuntimeAttributeCheckedAncestor;
+};
+
+const Keys& keys() {
+  static const Keys made;
+  return made;
+}
+
+bool isChecked(const OLNode& item) { return item.dataForKey(keys().checkStatus).boolValue(); }
+
+bool flag(const OLNode& item, const ns::Value& key) {
+  return item.runtimeAttributeValueForKey(key).boolValue();
+}
+
+void setFlag(bool state, const ns::Value& key, const std::shared_ptr<OLNode>& item) {
+  if (item) item->setRuntimeAttributeValueForKey(state, key);
+}
+
+}  // namespace
+
+bool OLTreeRuntimeAttributesController::showCheckStateByItem(
+    const std::shared_ptr<OLNode>& item) const {
+  if (!item) return true;
+  const ns::Value shows = item->dataForKey(keys().showCheckState);
+  return shows.isNone() || shows.boolValue();
+}
+
+OLRuntimeCheckState OLTreeRuntimeAttributesController::runtimeCheckStateByItem(
+    const std::shared_ptr<OLNode>& item) const {
+  if (!item) return OLRuntimeCheckStateUnchecked;
+  if (!showCheckStateByItem(item)) return OLRuntimeCheckStateHidden;
+  if (isChecked(*item)) return OLRuntimeCheckStateChecked;
+  if (flag(*item, keys().allChildren)) return OLRuntimeCheckStateAllChildrenChecked;
+  const bool isPartly = flag(*item, keys().descendant) || flag(*item, keys().ancestor);
+  return isPartly ? OLRuntimeCheckStatePartlyChecked : OLRuntimeCheckStateUnchecked;
+}
+
+bool OLTreeRuntimeAttributesController::checkStateOfDescendantsByItem(
+    const std::shared_ptr<OLNode>& item) const {
+  if (!item) return false;
+  return std::ranges::any_of(item->children(), [&](const auto& child) {
+    return flag(*child, keys().descendant) || (isChecked(*child) && showCheckStateByItem(child));
+  });
+}
+
+bool OLTreeRuntimeAttributesController::checkStateOfAllChildrenByItem(
+    const std::shared_ptr<OLNode>& item) const {
+  if (!item || item->countChildren() == 0) return false;
+  bool isAnyCounted = false;
+  for (const auto& child : item->children()) {
+    const bool isShown = showCheckStateByItem(child);
+    if (!isShown && child->countChildren() == 0) continue;
+    isAnyCounted = true;
+    if (!(isShown && isChecked(*child)) && !flag(*child, keys().allChildren)) return false;
+  }
+  return isAnyCounted || !showCheckStateByItem(item);
+}
+
+bool OLTreeRuntimeAttributesController::checkStateOfAncestorsByItem(
+    const std::shared_ptr<OLNode>& item) const {
+  const auto parent = item ? item->parent() : nullptr;
+  if (!parent) return false;
+  return (isChecked(*parent) && showCheckStateByItem(parent)) || flag(*parent, keys().ancestor);
+}
+
+void OLTreeRuntimeAttributesController::setCheckStateOfDescendantsByItem(
+    bool state, const std::shared_ptr<OLNode>& item) {
+  setFlag(state, keys().descendant, item);
+}
+
+void OLTreeRuntimeAttributesController::setCheckStateOfAllChildrenByItem(
+    bool state, const std::shared_ptr<OLNode>& item) {
+  setFlag(state, keys().allChildren, item);
+}
+
+void OLTreeRuntimeAttributesController::setCheckStateOfAncestorsByItem(
+    bool state, const std::shared_ptr<OLNode>& item) {
+  setFlag(state, keys().ancestor, item);
+}
+
+void OLTreeRuntimeAttributesController::updateCheckStateOfDescendantsByItem(
+    const std::shared_ptr<OLNode>& item) {
+  setCheckStateOfDescendantsByItem(checkStateOfDescendantsByItem(item), item);
+}
+
+void OLTreeRuntimeAttributesController::updateCheckStateOfAllChildrenByItem(
+    const std::shared_ptr<OLNode>& item) {
+  setCheckStateOfAllChildrenByItem(checkStateOfAllChildrenByItem(item), item);
+}
+
+void OLTreeRuntimeAttributesController::updateCheckStateOfAncestorsByItem(
+    const std::shared_ptr<OLNode>& item) {
+  setCheckStateOfAncestorsByItem(checkStateOfAncestorsByItem(item), item);
+}
+
+// Backward in document order, so that children come before their parents.  The walk to the root
+// ends before it, at the first item.
+void OLTreeRuntimeAttributesController::updateSubtreeUpward(const std::shared_ptr<OLNode>& item,
+                                                            Update update) {
+  if (!item) return;
+  const OLTree& tree = treeOrNone();
+  CircleGuard guard;
+  auto at = tree.lastItemByItem(item);
+  while (at && at != item && !guard.closes(at.get())) {
+    (this->*update)(at);
+    at = tree.prevItemByItem(at);
+  }
+  if (at == item) (this->*update)(item);
+}
+
+void OLTreeRuntimeAttributesController::buildCheckStateOfDescendantsByItem(
+    const std::shared_ptr<OLNode>& item) {
+  updateSubtreeUpward(item,
+                      &OLTreeRuntimeAttributesController::updateCheckStateOfDescendantsByItem);
+}
+
+void OLTreeRuntimeAttributesController::buildCheckStateOfAllChildrenByItem(
+    const std::shared_ptr<OLNode>& item) {
+  updateSubtreeUpward(item,
+                      &OLTreeRuntimeAttributesController::updateCheckStateOfAllChildrenByItem);
+}
+
+void OLTreeRuntimeAttributesController::buildCheckStateOfAncestorsByItem(
+    const std::shared_ptr<OLNode>& item) {
+  if (!item) return;
+  const OLTree& tree = treeOrNone();
+  const auto last = tree.lastItemByItem(item);
+  CircleGuard guard;
+  auto at = item;
+  while (at && at != last && !guard.closes(at.get())) {
+    updateCheckStateOfAncestorsByItem(at);
+    at = tree.nextItemByItem(at);
+  }
+  if (last && at == last) updateCheckStateOfAncestorsByItem(last);
+}
+
+void OLTreeRuntimeAttributesController::buildCheckStateDescendantsAndAllChildrenFromItem(
+    const std::shared_ptr<OLNode>& item) {
+  const OLTree& tree = treeOrNone();
+  if (upwardRefresh_) {
+    upwardRefresh_->add(item, tree);
+    return;
+  }
+  CircleGuard guard;
+  for (auto at = item; at && !tree.isRoot(at) && !guard.closes(at.get()); at = at->parent()) {
+    updateCheckStateOfDescendantsByItem(at);
+    updateCheckStateOfAllChildrenByItem(at);
+  }
+}
+
+template <class Calls>
+void OLTreeRuntimeAttributesController::refreshUpwardTogether(Calls calls) {
+  UpwardRefresh collected;
+  {
+    const PointerScope collecting(upwardRefresh_, &collected);
+    calls();
+  }
+  for (const auto& item : collected.itemsBottomUp()) {
+    updateCheckStateOfDescendantsByItem(item);
+    updateCheckStateOfAllChildrenByItem(item);
+  }
+}
+
+void OLTreeRuntimeAttributesController::refreshUpwardFromItems(const OLNodeList& items) {
+  refreshUpwardTogether([&] {
+    for (const auto& item : items) buildCheckStateDescendantsAndAllChildrenFromItem(item);
+  });
+}
+
+void OLTreeRuntimeAttributesController::buildRuntimeCheckStateByItem(
+    const std::shared_ptr<OLNode>& item) {
+  buildCheckStateOfDescendantsByItem(item);
+  buildCheckStateOfAllChildrenByItem(item);
+  buildCheckStateOfAncestorsByItem(item);
+}
+
+void OLTreeRuntimeAttributesController::buildRuntimeCheckState() {
+  const OLTree& tree = treeOrNone();
+  for (uint64_t index = 0; const auto item = tree.childAtIndexOfItem(index, nullptr); ++index) {
+    buildRuntimeCheckStateByItem(item);
+  }
+}
+
+void OLTreeRuntimeAttributesController::buildRuntimeCheckStateCausedByItem(
+    const std::shared_ptr<OLNode>& item) {
+  if (!item) return;
+  const OLTree& tree = treeOrNone();
+  CircleGuard ancestors;
+  auto shown = item->parent();
+  while (shown && !showCheckStateByItem(shown)) {
+    shown = ancestors.closes(shown.get()) ? nullptr : shown->parent();
+  }
+  if (shown && !tree.isRoot(shown)) {
+    // Whether a hidden leaf is passed over depends on what is around it.
+    const auto end = tree.nextItemByItem(tree.lastItemByItem(shown));
+    refreshUpwardTogether([&] {
+      CircleGuard guard;
+      for (auto at = tree.nextItemByItem(shown); at && at != end && !guard.closes(at.get());
+           at = tree.nextItemByItem(at)) {
+        if (at->countChildren() > 0 || showCheckStateByItem(at)) continue;
+        buildCheckStateDescendantsAndAllChildrenFromItem(at);
+        buildCheckStateOfAncestorsByItem(at);
+      }
+    });
+  }
+  buildCheckStateDescendantsAndAllChildrenFromItem(item);
+  buildCheckStateOfAncestorsByItem(item);
+}
+
+}  // namespace tavlin
