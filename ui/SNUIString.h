@@ -1,7 +1,7 @@
 #pragma once
 
 #include "platform/foundation/Object.h"
-#include "platform/foundation/Value.h"
+#include "platform/foundation/String.h"
 
 namespace tavlin {
 

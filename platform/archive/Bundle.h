@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "platform/archive/StringsTable.h"
-#include "platform/foundation/Value.h"
+#include "platform/foundation/String.h"
 
 namespace ns {
 

@@ -9,6 +9,7 @@
 #include "platform/archive/PropertyList.h"
 #include "platform/foundation/Dictionary.h"
 #include "platform/foundation/Exception.h"
+#include "platform/foundation/Value.h"
 
 namespace ns {
 

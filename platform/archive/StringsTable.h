@@ -4,7 +4,7 @@
 #include <unordered_map>
 
 #include "platform/foundation/Data.h"
-#include "platform/foundation/Value.h"
+#include "platform/foundation/String.h"
 
 namespace ns {
 

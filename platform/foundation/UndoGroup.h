@@ -5,8 +5,8 @@
 #include <string>
 #include <vector>
 
+#include "platform/foundation/String.h"
 #include "platform/foundation/UndoAction.h"
-#include "platform/foundation/Value.h"
 
 namespace ns {
 

@@ -11,9 +11,9 @@
 
 #include "platform/foundation/Exception.h"
 #include "platform/foundation/Object.h"
+#include "platform/foundation/String.h"
 #include "platform/foundation/UndoAction.h"
 #include "platform/foundation/UndoGroup.h"
-#include "platform/foundation/Value.h"
 
 namespace ns {
 
