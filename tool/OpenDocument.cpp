@@ -15,7 +15,13 @@ std::optional<std::string> fileForPath(const std::string& path) {
 std::shared_ptr<OLDataManager> openDocument(const std::string& file) {
   std::shared_ptr<OLDataManager> document = OLDataManager::create();
   try {
-    if (document->loadDataRepresentationOfType(ns::readFile(file))) return document;
+    if (document->loadDataRepresentationOfType(ns::readFile(file))) {
+      // The process ends with the document: taking apart a hundred thousand items first would
+      // only cost time.
+      static auto* const kept = new std::vector<std::shared_ptr<OLDataManager>>();
+      kept->push_back(document);
+      return document;
+    }
   } catch (const ns::FileException& exception) {
     ns::log(exception.what());
   } catch (const ns::ArchiveException& exception) {

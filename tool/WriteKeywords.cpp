@@ -14,8 +14,7 @@ int failToWrite() {
 
 }  // namespace
 
-int writeKeywords(const std::string& path,
-                  const std::optional<std::vector<ns::String>>& keywords) {
+int writeKeywords(const std::string& path, const std::optional<std::vector<ns::String>>& keywords) {
   if (!keywords) return kFailure;
   const std::optional<std::string> file = fileForPath(path);
   if (!file) return kFailure;

@@ -72,6 +72,10 @@ class BinaryPropertyList {
     if (found >= count_) failReference(references + i * referenceSize_, found);
     return static_cast<uint32_t>(found);
   }
+  void prefetchOffset(uint32_t index) const {
+    __builtin_prefetch(table_ + size_t{index} * offsetSize_);
+  }
+  void prefetchObject(uint32_t index) const { __builtin_prefetch(base_ + offsetOf(index)); }
   [[nodiscard]] uint8_t referenceSize() const { return referenceSize_; }
 
   /// An unsigned big-endian number of 1 to 8 bytes.  Up to 8 bytes are read from `bytes`: inside

@@ -119,25 +119,25 @@ void KeyedArchive::readTop() {
 
 const KeyedArchive::Shape& KeyedArchive::shapeOf(uint32_t number, const Object& dictionary) const {
   const size_t length = dictionary.count * list_.referenceSize();
-  for (size_t i = 0; i < std::size(recentShapes_); ++i) {
-    const Shape* recent = recentShapes_[i];
-    if (recent && recent->count() == dictionary.count &&
-        std::memcmp(recent->references_, dictionary.bytes, length) == 0) {
-      if (i > 0) std::swap(recentShapes_[i], recentShapes_[i - 1]);
-      return *recent;
-    }
-  }
+  // keys are numbered as they are met, so the last byte of the first and last key tells a lot
+  const size_t width = list_.referenceSize();
+  const size_t slot = length == 0 ? 0
+                                  : (dictionary.bytes[width - 1] * 5U +
+                                     dictionary.bytes[length - 1] * 3U + dictionary.count) %
+                                        std::size(recentShapes_);
+  const auto hasKeys = [&](const Shape* shape) {
+    return shape->count() == dictionary.count &&
+           std::memcmp(shape->references_, dictionary.bytes, length) == 0;
+  };
+  const Shape*& recent = recentShapes_[slot];
+  if (recent && hasKeys(recent)) return *recent;
   const uint64_t hash = hashOf(dictionary.bytes, length);
   const auto [from, to] = shapesByHash_.equal_range(hash);
   for (auto it = from; it != to; ++it) {
-    const Shape* known = it->second;
-    if (known->count() == dictionary.count &&
-        std::memcmp(known->references_, dictionary.bytes, length) == 0) {
-      recentShapes_[std::size(recentShapes_) - 1] = known;
-      return *known;
-    }
+    if (hasKeys(it->second)) return *(recent = it->second);
   }
-  return addShape(number, dictionary, hash);
+  recent = &addShape(number, dictionary, hash);
+  return *recent;
 }
 
 const KeyedArchive::Shape& KeyedArchive::addShape(uint32_t number, const Object& dictionary,
@@ -161,7 +161,6 @@ const KeyedArchive::Shape& KeyedArchive::addShape(uint32_t number, const Object&
   shapes_.push_back(std::move(shape));
   const Shape* added = shapes_.back().get();
   shapesByHash_.emplace(hash, added);
-  recentShapes_[std::size(recentShapes_) - 1] = added;
   return *added;
 }
 
@@ -223,11 +222,15 @@ KeyedArchive::Record KeyedArchive::record(uint32_t number, const Object& object)
   if (reference.type != Type::uid) {
     fail(number, std::string("\"$class\" is ") + nameOf(reference.type) + " and not a reference");
   }
-  return {&shape, &classAt(target(reference), number), values};
+  const uint32_t classNumber = target(reference);
+  if (classNumber != shape.recentClassNumber_ || !shape.recentClass_) {
+    shape.recentClass_ = &classAt(classNumber, number);
+    shape.recentClassNumber_ = classNumber;
+  }
+  return {&shape, shape.recentClass_, values};
 }
 
 const KeyedArchive::Class& KeyedArchive::classAt(uint32_t number, uint32_t ofInstance) const {
-  if (number == recentClass_ && recentClassFound_) return *recentClassFound_;
   auto found = classes_.find(number);
   if (found == classes_.end()) {
     const Object object = list_.object(list_.reference(numbers_, number));
@@ -269,8 +272,6 @@ const KeyedArchive::Class& KeyedArchive::classAt(uint32_t number, uint32_t ofIns
     const ClassCoding* coding = registry_.find(shared->name);
     found = classes_.emplace(number, Class{shared, coding}).first;
   }
-  recentClass_ = number;
-  recentClassFound_ = &found->second;
   return found->second;
 }
 

@@ -34,6 +34,13 @@ class KeyedArchive : public std::enable_shared_from_this<KeyedArchive> {
   using Object = BinaryPropertyList::Object;
   using Type = BinaryPropertyList::Type;
 
+  /// A class of the archive.
+  struct Class {
+    ClassRef info;
+    const ClassCoding* coding;  ///< none for a class that the registry does not know
+    [[nodiscard]] Kind kind() const { return coding ? coding->kind : Kind::record; }
+  };
+
   /// The keys that a number of records have in common, in the same order.
   class Shape {
    public:
@@ -51,15 +58,11 @@ class KeyedArchive : public std::enable_shared_from_this<KeyedArchive> {
       mutable const char* literal;
     };
     std::vector<Key> keys_;
-    const uint8_t* references_ = nullptr;  // of the keys, in the file
-    uint32_t class_ = 0;                   // position of "$class", or count()
-    uint32_t className_ = 0;               // position of "$classname", or count()
-  };
-
-  struct Class {
-    ClassRef info;
-    const ClassCoding* coding;  ///< none for a class that the registry does not know
-    [[nodiscard]] Kind kind() const { return coding ? coding->kind : Kind::record; }
+    const uint8_t* references_ = nullptr;     // of the keys, in the file
+    mutable uint32_t recentClassNumber_ = 0;  // the class of the record looked at last
+    mutable const Class* recentClass_ = nullptr;
+    uint32_t class_ = 0;      // position of "$class", or count()
+    uint32_t className_ = 0;  // position of "$classname", or count()
   };
 
   /// An instance: its class, its keys, and the references of its fields' values.
@@ -119,6 +122,14 @@ class KeyedArchive : public std::enable_shared_from_this<KeyedArchive> {
   [[nodiscard]] Kind kind(uint32_t number) const;
   [[nodiscard]] bool isNull(uint32_t number) const {
     return number == 0 || entry(number).kind == EntryKind::null;
+  }
+
+  /// Fetches the place of an object, or its first bytes, into the processor's cache.
+  void prefetchOffset(uint32_t number) const {
+    list_.prefetchOffset(list_.reference(numbers_, number));
+  }
+  void prefetchObject(uint32_t number) const {
+    list_.prefetchObject(list_.reference(numbers_, number));
   }
 
   // Values.
@@ -199,10 +210,9 @@ class KeyedArchive : public std::enable_shared_from_this<KeyedArchive> {
 
   mutable std::vector<std::unique_ptr<Shape>> shapes_;
   mutable std::unordered_multimap<uint64_t, const Shape*> shapesByHash_;
-  mutable const Shape* recentShapes_[4] = {};
+  /// Recent shapes by a few bits of their keys.
+  mutable const Shape* recentShapes_[64] = {};
   mutable std::unordered_map<uint32_t, Class> classes_;
-  mutable uint32_t recentClass_ = 0;
-  mutable const Class* recentClassFound_ = nullptr;
   mutable std::unordered_map<CacheKey, const ValueBody*, CacheHash> cache_;
   mutable std::map<std::pair<uint32_t, std::string>, const ValueBody*> derived_;
   mutable std::unordered_map<const ValueTransform*, Changes> changes_;

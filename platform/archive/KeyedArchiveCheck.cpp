@@ -30,6 +30,9 @@ class ArchiveChecker {
     while (!pending_.empty()) {
       const uint32_t number = pending_.back();
       pending_.pop_back();
+      // the file is larger than any cache: fetch what comes up while this one is looked at
+      if (pending_.size() >= 3) archive_.prefetchOffset(pending_[pending_.size() - 3]);
+      if (pending_.size() >= 2) archive_.prefetchObject(pending_[pending_.size() - 2]);
       checkEntry(number);
     }
   }
@@ -81,6 +84,7 @@ class ArchiveChecker {
     }
     const uint32_t count = record.shape->count();
     spend(count);
+    isPlain_ = true;
     for (uint32_t i = 0; i < count; ++i) {
       const Object field = archive_.field(record, i);
       if (field.type == Type::uid) {
@@ -112,6 +116,7 @@ class ArchiveChecker {
       }
       if (i == container.count) return;
     }
+    isPlain_ = false;
     nested(number, container, index, byValue, 1);
   }
 
@@ -204,8 +209,7 @@ class ArchiveChecker {
     if (list->type != Type::array) {
       archive_.fail(number, "\"" + std::string(key) + "\" is no array");
     }
-    spend(list->count);
-    for (uint64_t i = 0; i < list->count; ++i) {
+    for (uint64_t i = 0; !isPlain_ && i < list->count; ++i) {
       if (archive_.element(*list, i).type != Type::uid) {
         archive_.fail(number, "\"" + std::string(key) + "\" holds something else than references");
       }
@@ -216,6 +220,7 @@ class ArchiveChecker {
   KeyedArchive& archive_;
   const BinaryPropertyList& list_;
   uint64_t budget_ = 0;
+  bool isPlain_ = true;  // every container in the record looked at holds only references
   std::vector<uint32_t> pending_;
   std::vector<bool> isListed_;
   std::unordered_map<uint32_t, int> heights_;  // of containers inside records; 0: being looked at
