@@ -273,25 +273,16 @@ TEST_F(BundleTest, KeepsTheMainBundleUntilItIsReplaced) {
   EXPECT_EQ(&ns::Bundle::mainBundle(), &main);
 }
 
-/// What the main bundle of a fresh process is, told through its exit status.
-TEST_F(BundleTest, TakesTheFolderOfTheEnvironmentFirst) {
-  const auto mainBundleIs = [](const std::string& path) {
-    if (ns::Bundle::mainBundle().resourcePath() == path) std::_Exit(0);
-    std::_Exit(1);
+// The choice is made once in a process, so that this asks fresh ones, by their exit status.
+TEST(MainBundleTest, TakesTheFolderOfTheEnvironmentFirst) {
+  const auto exitTellingWhether = [](const char* variable, const std::string& path) {
+    setenv("TAVLIN_RESOURCES", variable, 1);
+    std::_Exit(ns::Bundle::mainBundle().resourcePath() == path ? 0 : 1);
   };
   testing::GTEST_FLAG(death_test_style) = "threadsafe";
-  EXPECT_EXIT(
-      {
-        prefer("TAVLIN_RESOURCES", "/somewhere");
-        mainBundleIs("/somewhere");
-      },
-      testing::ExitedWithCode(0), "");
-  EXPECT_EXIT(
-      {
-        prefer("TAVLIN_RESOURCES", "");
-        mainBundleIs(TAVLIN_SOURCE_DIR "/resources");
-      },
-      testing::ExitedWithCode(0), "");
+  EXPECT_EXIT(exitTellingWhether("/somewhere", "/somewhere"), testing::ExitedWithCode(0), "");
+  EXPECT_EXIT(exitTellingWhether("", TAVLIN_SOURCE_DIR "/resources"), testing::ExitedWithCode(0),
+              "");
 }
 
 }  // namespace
