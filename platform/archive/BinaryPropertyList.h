@@ -75,7 +75,10 @@ class BinaryPropertyList {
   void prefetchOffset(uint32_t index) const {
     __builtin_prefetch(table_ + size_t{index} * offsetSize_);
   }
-  void prefetchObject(uint32_t index) const { __builtin_prefetch(base_ + offsetOf(index)); }
+  void prefetchObject(uint32_t index) const {
+    const uint64_t offset = offsetOf(index);
+    if (offset < tableOffset_) __builtin_prefetch(base_ + offset);
+  }
   [[nodiscard]] uint8_t referenceSize() const { return referenceSize_; }
 
   /// An unsigned big-endian number of 1 to 8 bytes.  Up to 8 bytes are read from `bytes`: inside
