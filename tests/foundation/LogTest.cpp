@@ -1,0 +1,149 @@
+#include "platform/foundation/Log.h"
+
+#include <gmock/gmock.h>
+#include <sys/socket.h>
+#include <time.h>
+#include <unistd.h>
+
+#include <csignal>
+#include <cstdlib>
+#include <regex>
+
+#include "tests/foundation/FoundationTesting.h"
+
+namespace ns {
+namespace {
+
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+
+/// Puts a socket in the place of standard error; each write arrives as a packet of its own.
+class CapturedStandardError {
+ public:
+  CapturedStandardError() {
+    int ends[2];
+    if (socketpair(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0, ends) != 0) std::abort();
+    usual_ = dup(STDERR_FILENO);
+    dup2(ends[0], STDERR_FILENO);
+    close(ends[0]);
+    reader_ = ends[1];
+  }
+  ~CapturedStandardError() {
+    restore();
+    closeReader();
+  }
+  void closeReader() {
+    if (reader_ >= 0) close(std::exchange(reader_, -1));
+  }
+  std::vector<std::string> packets() {
+    std::vector<std::string> all;
+    std::string buffer(100000, '\0');
+    for (;;) {
+      const ssize_t got = recv(reader_, buffer.data(), buffer.size(), MSG_DONTWAIT);
+      if (got <= 0) return all;
+      all.push_back(buffer.substr(0, static_cast<size_t>(got)));
+    }
+  }
+
+ private:
+  void restore() {
+    dup2(usual_, STDERR_FILENO);
+    close(usual_);
+  }
+  int usual_ = -1;
+  int reader_ = -1;
+};
+
+/// Sets a message handler for a time.
+class ScopedLogHandler {
+ public:
+  explicit ScopedLogHandler(LogHandler handler) : previous_(setLogHandler(std::move(handler))) {}
+  ~ScopedLogHandler() { setLogHandler(std::move(previous_)); }
+
+ private:
+  LogHandler previous_;
+};
+
+TEST(Log, WritesDateProcessNameAndId) {
+  CapturedStandardError captured;
+  const time_t before = time(nullptr);
+  log("fail: open document");
+  const time_t after = time(nullptr);
+  const auto packets = captured.packets();
+  ASSERT_EQ(packets.size(), 1U);
+  std::smatch parts;
+  const std::regex form(
+      "(\\d{4})-(\\d\\d)-(\\d\\d) (\\d\\d):(\\d\\d):(\\d\\d)\\.\\d{3} "
+      "([^ ]+)\\[(\\d+)\\] fail: open document\n");
+  ASSERT_TRUE(std::regex_match(packets[0], parts, form)) << packets[0];
+  EXPECT_EQ(parts[7], program_invocation_short_name);
+  EXPECT_EQ(parts[8], std::to_string(getpid()));
+  tm date{};
+  date.tm_year = std::stoi(parts[1]) - 1900;
+  date.tm_mon = std::stoi(parts[2]) - 1;
+  date.tm_mday = std::stoi(parts[3]);
+  date.tm_hour = std::stoi(parts[4]);
+  date.tm_min = std::stoi(parts[5]);
+  date.tm_sec = std::stoi(parts[6]);
+  date.tm_isdst = -1;
+  const time_t logged = mktime(&date);
+  EXPECT_GE(logged, before);
+  EXPECT_LE(logged, after);
+}
+
+TEST(Log, WritesOneMessageAtOnceWhateverIsInIt) {
+  CapturedStandardError captured;
+  log("");
+  log("one\ntwo\n");
+  log(std::string_view("a\0b", 3));
+  log(std::string(50000, 'x'));
+  const auto packets = captured.packets();
+  ASSERT_EQ(packets.size(), 4U);
+  const auto message = [&](size_t i) { return packets[i].substr(packets[i].find("] ") + 2); };
+  EXPECT_EQ(message(0), "\n");
+  EXPECT_EQ(message(1), "one\ntwo\n\n");
+  EXPECT_EQ(message(2), std::string("a\0b\n", 4));
+  EXPECT_EQ(message(3), std::string(50000, 'x') + "\n");
+}
+
+TEST(Log, ReaderThatIsGoneDoesNotEndTheProcess) {
+  CapturedStandardError captured;
+  captured.closeReader();
+  log("nobody reads this");
+  sigset_t pending;
+  sigpending(&pending);
+  EXPECT_EQ(sigismember(&pending, SIGPIPE), 0);
+}
+
+TEST(Log, HandlerReceivesMessagesInsteadAndIsGivenBack) {
+  CapturedStandardError captured;
+  std::vector<std::string> messages;
+  {
+    const ScopedLogHandler handler(
+        [&](std::string_view message) { messages.emplace_back(message); });
+    log("here");
+    LogHandler previous = setLogHandler(nullptr);
+    log("on standard error");
+    ASSERT_TRUE(previous);
+    previous("by hand");
+    setLogHandler(std::move(previous));
+    log("here again");
+  }
+  EXPECT_THAT(messages, ElementsAre("here", "by hand", "here again"));
+  EXPECT_EQ(captured.packets().size(), 1U);
+}
+
+TEST(Log, HandlerMayReplaceItself) {
+  std::vector<std::string> messages;
+  const std::string label(100, 'l');
+  const ScopedLogHandler handler([&, label](std::string_view) {
+    setLogHandler([&](std::string_view message) { messages.emplace_back(message); });
+    messages.push_back(label);  // still there
+  });
+  log("one");
+  log("two");
+  EXPECT_THAT(messages, ElementsAre(label, "two"));
+}
+
+}  // namespace
+}  // namespace ns
