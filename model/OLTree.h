@@ -2,12 +2,15 @@
 
 #include <cstdint>
 #include <memory>
+#include <optional>
 
 #include "model/OLItems.h"
 #include "model/OLNode.h"
+#include "platform/foundation/Dictionary.h"
 #include "platform/foundation/IndexSet.h"
 #include "platform/foundation/Object.h"
 #include "platform/foundation/Value.h"
+#include "platform/text/AttributedString.h"
 
 namespace tavlin {
 
@@ -131,10 +134,49 @@ class OLTree : public ns::Object {
   /// refuses to hand out, comes back like any value.
   [[nodiscard]] static ns::Value objectValueForKeyByItem(const ns::Value& key,
                                                          const std::shared_ptr<OLNode>& item);
+  // The operations below ask their receiving class for the value and the default attributes.  It
+  // is the template argument, since a static member cannot know through which class it was named:
+  // `OLTree::stringForKeyByItem<MyTree>(key, item)` honours what MyTree declares anew.
+
   /// +stringForKey:byItem:  The text of a string or an attributed string; the empty string for
   /// no value and values of other kinds.
+  template <class Receiver = OLTree>
   [[nodiscard]] static ns::String stringForKeyByItem(const ns::Value& key,
-                                                     const std::shared_ptr<OLNode>& item);
+                                                     const std::shared_ptr<OLNode>& item) {
+    return textOfValue(Receiver::objectValueForKeyByItem(key, item));
+  }
+  /// +attributedStringForKey:byItem:  The next operation without attributes.
+  template <class Receiver = OLTree>
+  [[nodiscard]] static ns::AttributedString attributedStringForKeyByItem(
+      const ns::Value& key, const std::shared_ptr<OLNode>& item) {
+    return attributedStringForKeyAttributesByItem<Receiver>(key, std::nullopt, item);
+  }
+  /// +attributedStringForKey:attributes:byItem:  A stored attributed string as it is; a string
+  /// with the attributes or, for none, with those of a note under the key "note" and those of a
+  /// title under any other; empty text for no value and values of other kinds.
+  template <class Receiver = OLTree>
+  [[nodiscard]] static ns::AttributedString attributedStringForKeyAttributesByItem(
+      const ns::Value& key, const std::optional<ns::Dictionary>& attributes,
+      const std::shared_ptr<OLNode>& item) {
+    const ns::Value value = Receiver::objectValueForKeyByItem(key, item);
+    if (!value.isString()) return ns::AttributedString(value);
+    if (attributes) return {value.string(), *attributes};
+    return {value.string(),
+            isNoteKey(key) ? Receiver::noteStringAttributes() : Receiver::titleStringAttributes()};
+  }
+
+  /// +titleStringAttributes  The attributes with which a plain title is shown and becomes rich
+  /// text: a font, a colour and the default paragraph style, and no others.  Font and colour are
+  /// the user's preferences "values.textFont" and "values.textColor"; each one that is missing or
+  /// unreadable is Helvetica at 13 points or the platform's text colour.
+  [[nodiscard]] static ns::Dictionary titleStringAttributes();
+  /// +titleStringAttributesWithLabelColor:  The same in a given colour, which may be none; if it
+  /// is not, the preferred colour is not even read.
+  [[nodiscard]] static ns::Dictionary titleStringAttributesWithLabelColor(
+      const ns::Value& labelColor);
+  /// +noteStringAttributes  The attributes of a note, from "values.noteFont" and
+  /// "values.noteColor"; without a preferred font 11 points, the platform's small system size.
+  [[nodiscard]] static ns::Dictionary noteStringAttributes();
 
   // Questions about places.
 
@@ -202,6 +244,9 @@ class OLTree : public ns::Object {
       const std::shared_ptr<OLNode>& item) const {
     return item ? item : rootNode_;
   }
+
+  [[nodiscard]] static ns::String textOfValue(const ns::Value& value);
+  [[nodiscard]] static bool isNoteKey(const ns::Value& key);
 
   std::shared_ptr<OLNode> rootNode_;
 };

@@ -55,6 +55,14 @@ Font Font::named(const String& postScriptName, double pointSize) {
           postScriptName};
 }
 
+Font Font::userFontOfSize(double pointSize) {
+  return named("Helvetica", pointSize > 0 ? pointSize : 12.0);
+}
+
+Font Font::systemFontOfSize(double pointSize) {
+  return named("LucidaGrande", pointSize > 0 ? pointSize : systemFontSize());
+}
+
 double Font::pointSize() const { return record_.valueForKey("NSSize").doubleValue(); }
 
 String Font::familyName() const {

@@ -16,6 +16,18 @@ class Font {
   /// A font by PostScript name and size in points, whether installed or not.
   static Font named(const String& postScriptName, double pointSize);
 
+  // Fonts by role.  A size of 0 or below, or one that is no number, stands for 12 or 13 points.
+
+  /// +userFontOfSize:  The font of text that the user writes: Helvetica, 12 points by default.
+  static Font userFontOfSize(double pointSize);
+  /// +systemFontOfSize:  The font of the interface by the name it has in documents, 13 points by
+  /// default.
+  static Font systemFontOfSize(double pointSize);
+  /// +systemFontSize  In points.
+  static constexpr double systemFontSize() { return 13.0; }
+  /// +smallSystemFontSize  The size for small controls, in points.
+  static constexpr double smallSystemFontSize() { return 11.0; }
+
   /// The PostScript name, "Helvetica-Bold".
   [[nodiscard]] String fontName() const { return name_; }
   /// In points.
