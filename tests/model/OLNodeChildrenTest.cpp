@@ -9,7 +9,6 @@ namespace {
 
 using testing::Item;
 using testing::named;
-using testing::nameOf;
 using testing::PostLog;
 using testing::printChildren;
 using testing::raisedAs;

@@ -8,7 +8,6 @@ namespace {
 
 using testing::Item;
 using testing::named;
-using testing::nameOf;
 
 // root R with A(A1 A2) B.
 class OLTreeNavigation : public ::testing::Test {
