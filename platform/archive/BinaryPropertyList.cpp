@@ -16,6 +16,8 @@ constexpr uint64_t kMostObjects = 0xFFFFFF00U;
   throw ArchiveException("binary property list: " + what);
 }
 
+bool fits(uint64_t number, unsigned width) { return width >= 8 || number >> (8 * width) == 0; }
+
 }  // namespace
 
 BinaryPropertyList::BinaryPropertyList(Data data) : data_(std::move(data)), base_(data_.bytes()) {
@@ -51,6 +53,15 @@ BinaryPropertyList::BinaryPropertyList(Data data) : data_(std::move(data)), base
   if (top >= count) {
     refuse("the top object " + std::to_string(top) + " is not among the " + std::to_string(count) +
            " objects" + where);
+  }
+  // as the platform has it, a reference can hold the count itself, not just the last index
+  if (!fits(count, referenceSize_)) {
+    refuse("references of " + std::to_string(referenceSize_) + " bytes for " +
+           std::to_string(count) + " objects" + where);
+  }
+  if (!fits(tableOffset_, offsetSize_)) {
+    refuse("offsets of " + std::to_string(offsetSize_) + " bytes for an offset table at " +
+           std::to_string(tableOffset_) + where);
   }
   count_ = static_cast<uint32_t>(count);
   top_ = static_cast<uint32_t>(top);

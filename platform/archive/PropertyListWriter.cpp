@@ -135,9 +135,9 @@ PropertyListWriter::Reference PropertyListWriter::find(uint64_t hash, std::strin
     if (slot.hash != shortHash) continue;
     // an object's marker tells its length, so equal leading bytes are the same object
     const uint64_t offset = offsetOf(slot.reference - 1);
-    if (buffer_.size() - offset >= length &&
-        std::memcmp(buffer_.data() + offset, head.data(), head.size()) == 0 &&
-        std::memcmp(buffer_.data() + offset + head.size(), content.data(), content.size()) == 0) {
+    const std::string_view known = std::string_view(buffer_).substr(offset);
+    if (known.size() >= length && known.starts_with(head) &&
+        known.substr(head.size()).starts_with(content)) {
       word_ = &slot.word;
       return slot.reference - 1;
     }

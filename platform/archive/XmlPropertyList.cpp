@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <bit>
 #include <charconv>
+#include <exception>
 #include <memory>
 #include <optional>
 #include <string>
@@ -38,6 +39,7 @@ class XmlReader {
     XML_SetElementHandler(parser_.get(), startHandler, endHandler);
     XML_SetCharacterDataHandler(parser_.get(), textHandler);
     XML_SetEntityDeclHandler(parser_.get(), entityHandler);
+    XML_SetSkippedEntityHandler(parser_.get(), skippedHandler);
   }
 
   Data read() {
@@ -48,6 +50,7 @@ class XmlReader {
       const bool isLast = at + length == xml_.length();
       const XML_Status status =
           XML_Parse(parser_.get(), bytes + at, static_cast<int>(length), isLast);
+      if (exception_) std::rethrow_exception(exception_);
       if (!error_.empty()) refuse(error_);
       if (status != XML_STATUS_OK) refuse(XML_ErrorString(XML_GetErrorCode(parser_.get())));
       if (isLast) break;
@@ -83,14 +86,20 @@ class XmlReader {
     static_cast<XmlReader*>(self)->stop("entity declarations are not taken");
   }
 
+  /// A name that the parser cannot look up, for the type declaration names a file nobody reads.
+  static void skippedHandler(void* self, const char* /*name*/, int /*isParameter*/) {
+    static_cast<XmlReader*>(self)->stop("an entity is not declared");
+  }
+
   /// No exception may pass through the parser, which is C.
   template <class Action>
   void guarded(Action action) {
     if (!error_.empty()) return;
     try {
       action(*this);
-    } catch (const Exception& exception) {
-      stop(exception.what());
+    } catch (...) {
+      exception_ = std::current_exception();
+      stop("the list cannot be read");
     }
   }
 
@@ -226,7 +235,7 @@ class XmlReader {
   }
 
   std::optional<uint32_t> real(std::string_view text) {
-    if (text.starts_with('+')) text.remove_prefix(1);
+    if (text.starts_with('+') && !text.starts_with("+-")) text.remove_prefix(1);
     double value = 0;
     const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
     if (error != std::errc() || end != text.data() + text.size()) {
@@ -323,6 +332,7 @@ class XmlReader {
   std::optional<int64_t> number_;  // the integer read last
   std::string scalar_;
   std::string error_;
+  std::exception_ptr exception_;
   bool isOpen_ = false;
   bool isInScalar_ = false;
 };
