@@ -1,6 +1,8 @@
 #include "platform/text/MutableAttributedString.h"
 
 #include <algorithm>
+#include <map>
+#include <optional>
 #include <unordered_map>
 
 #include "platform/foundation/Exception.h"
@@ -8,11 +10,39 @@
 
 namespace ns {
 
-MutableAttributedString::MutableAttributedString() = default;
+namespace {
 
-MutableAttributedString::MutableAttributedString(const AttributedString& text) : current_(text) {}
+std::string describe(Range range) {
+  return "range {" + std::to_string(range.location) + ", " + std::to_string(range.length) + "}";
+}
 
-AttributedString MutableAttributedString::copy() const { return current_; }
+bool isSame(const Dictionary& a, const Dictionary& b) { return Value(a).body() == Value(b).body(); }
+
+/// Runs for a text, put together from left to right; equal neighbours become one.
+class RunList {
+ public:
+  void add(size_t start, uint32_t attributes) {
+    if (!runs.empty() && runs.back().attributes == attributes) return;
+    runs.push_back({start, attributes});
+  }
+  std::vector<AttributedStringBody::Run> runs;
+};
+
+}  // namespace
+
+void MutableAttributedString::edited(Range /*range*/, std::ptrdiff_t /*changeInLength*/) {}
+
+void MutableAttributedString::checkRange(Range range) const {
+  if (range.location <= length() && range.length <= length() - range.location) return;
+  throw RangeException(describe(range) + " in an attributed string of " + std::to_string(length()) +
+                       " units");
+}
+
+void MutableAttributedString::checkOrder(Range range, size_t before) const {
+  checkRange(range);
+  if (range.location >= before) return;
+  throw InvalidArgumentException(describe(range) + " begins before the end of the one before it");
+}
 
 /// The body for changes: one that nobody shares, with its attributes decoded.
 AttributedStringBody& MutableAttributedString::body() {
@@ -23,6 +53,7 @@ AttributedStringBody& MutableAttributedString::body() {
     fresh->text = old.text;
     fresh->archivedClass = old.archivedClass;
     fresh->otherFields = old.otherFields;
+    fresh->runs.reserve(old.runs.size());
     std::unordered_map<uint32_t, uint32_t> places;
     for (size_t run = 0; run < old.runs.size(); ++run) {
       const auto [place, isNew] = places.try_emplace(
@@ -47,26 +78,64 @@ size_t MutableAttributedString::splitAt(size_t index) {
   return run + 1;
 }
 
-template <class Change>
-void MutableAttributedString::changeRuns(Range range, Change change) {
-  if (range.location > length() || range.length > length() - range.location) {
-    throw RangeException("range {" + std::to_string(range.location) + ", " +
-                         std::to_string(range.length) + "} in an attributed string of " +
-                         std::to_string(length()) + " units");
+/// Forgets attributes that no run has any more, once they outnumber the others.
+void MutableAttributedString::dropUnused() {
+  constexpr size_t kFew = 64;
+  AttributedStringBody& mine = body();
+  if (mine.attributes.size() <= kFew + 2 * mine.runs.size()) return;
+  std::vector<Dictionary> kept;
+  std::unordered_map<uint32_t, uint32_t> places;
+  for (AttributedStringBody::Run& run : mine.runs) {
+    const auto [place, isNew] =
+        places.try_emplace(run.attributes, static_cast<uint32_t>(kept.size()));
+    if (isNew) kept.push_back(mine.attributes[run.attributes]);
+    run.attributes = place->second;
   }
+  mine.attributes = std::move(kept);
+}
+
+void MutableAttributedString::changeRuns(
+    Range range, const std::function<Dictionary(const Dictionary&)>& change) {
+  checkRange(range);
   if (range.length == 0) return;
+  // text that nothing changes in keeps its body and with it its place in an archive
+  const AttributedStringBody& old = current_.body();
+  std::unordered_map<uint32_t, std::optional<Dictionary>> changed;
+  std::vector<const std::optional<Dictionary>*> results;
+  bool changesAny = false;
+  for (size_t run = old.runAt(range.location);
+       run < old.runs.size() && old.runs[run].start < range.end(); ++run) {
+    const auto [result, isNew] = changed.try_emplace(old.runs[run].attributes);
+    if (isNew) {
+      const Dictionary before = old.attributesOf(run);
+      Dictionary after = change(before);
+      if (!isSame(before, after)) {
+        result->second = std::move(after);
+        changesAny = true;
+      }
+    }
+    results.push_back(&result->second);
+  }
+  if (!changesAny) return;
   const size_t first = splitAt(range.location);
   const size_t last = splitAt(range.end());
   AttributedStringBody& mine = body();
-  // runs that shared attributes go on sharing them
-  std::unordered_map<uint32_t, uint32_t> changed;
+  std::unordered_map<const std::optional<Dictionary>*, uint32_t> places;
   for (size_t run = first; run < last; ++run) {
-    uint32_t& attributes = mine.runs[run].attributes;
+    const std::optional<Dictionary>* result = results[run - first];
+    if (!*result) continue;
     const auto [place, isNew] =
-        changed.try_emplace(attributes, static_cast<uint32_t>(mine.attributes.size()));
-    if (isNew) mine.attributes.push_back(change(mine.attributes[attributes]));
-    attributes = place->second;
+        places.try_emplace(result, static_cast<uint32_t>(mine.attributes.size()));
+    if (isNew) mine.attributes.push_back(**result);
+    mine.runs[run].attributes = place->second;
   }
+  dropUnused();
+  edited(range, 0);
+}
+
+void MutableAttributedString::changeAttributesInRange(
+    Range range, const std::function<Dictionary(const Dictionary&)>& change) {
+  changeRuns(range, change);
 }
 
 void MutableAttributedString::setAttributesRange(const Dictionary& attributes, Range range) {
@@ -75,7 +144,11 @@ void MutableAttributedString::setAttributesRange(const Dictionary& attributes, R
 
 void MutableAttributedString::addAttributeValueRange(const char* name, const Value& value,
                                                      Range range) {
+  if (value.isNone()) {
+    throw InvalidArgumentException(std::string("no value for the attribute ") + name);
+  }
   changeRuns(range, [&](Dictionary attributes) {
+    if (attributes.objectForKey(name).body() == value.body()) return attributes;
     attributes.setObjectForKey(value, Value(name));
     return attributes;
   });
@@ -90,44 +163,120 @@ void MutableAttributedString::addAttributesRange(const Dictionary& added, Range 
 
 void MutableAttributedString::removeAttributeRange(const char* name, Range range) {
   changeRuns(range, [&](Dictionary attributes) {
-    attributes.removeObjectForKey(Value(name));
+    if (attributes.contains(Value(name))) attributes.removeObjectForKey(Value(name));
     return attributes;
   });
 }
 
+void MutableAttributedString::addAttributesInRanges(
+    const std::vector<std::pair<Range, Dictionary>>& added) {
+  changeRanges(added, true);
+}
+
+void MutableAttributedString::setAttributesInRanges(
+    const std::vector<std::pair<Range, Dictionary>>& replacements) {
+  changeRanges(replacements, false);
+}
+
+void MutableAttributedString::changeRanges(const RangedAttributes& given, bool keepsOthers) {
+  size_t before = 0;
+  for (const auto& each : given) {
+    checkOrder(each.first, before);
+    before = each.first.end();
+  }
+  if (length() == 0 || given.empty()) return;
+  AttributedStringBody& mine = body();
+  // what is done to the same attributes with the same ones has one result
+  std::map<std::pair<uint32_t, const ValueBody*>, uint32_t> places;
+  const auto placeOf = [&](uint32_t old, const Dictionary& attributes) {
+    const auto [place, isNew] =
+        places.try_emplace({keepsOthers ? old : 0, Value(attributes).body().get()},
+                           static_cast<uint32_t>(mine.attributes.size()));
+    if (isNew) {
+      Dictionary result = keepsOthers ? mine.attributes[old] : attributes;
+      if (keepsOthers) {
+        for (const auto& [name, value] : attributes) result.setObjectForKey(value, name);
+      }
+      mine.attributes.push_back(std::move(result));
+    }
+    return place->second;
+  };
+  RunList list;
+  size_t run = 0;
+  size_t at = 0;
+  const auto goTo = [&](size_t end, const Dictionary* attributes) {
+    while (at < end) {
+      const uint32_t old = mine.runs[run].attributes;
+      list.add(at, attributes ? placeOf(old, *attributes) : old);
+      const size_t runEnd = mine.runEnd(run);
+      at = std::min(runEnd, end);
+      if (at == runEnd) ++run;
+    }
+  };
+  for (const auto& [range, attributes] : given) {
+    goTo(range.location, nullptr);
+    goTo(range.end(), &attributes);
+  }
+  goTo(mine.text.length(), nullptr);
+  mine.runs = std::move(list.runs);
+  dropUnused();
+  const size_t start = given.front().first.location;
+  edited({start, given.back().first.end() - start}, 0);
+}
+
 void MutableAttributedString::replaceCharactersInRangeWithString(Range range,
                                                                  const String& string) {
-  const String old = this->string();
-  if (range.location > old.length() || range.length > old.length() - range.location) {
-    throw RangeException("range {" + std::to_string(range.location) + ", " +
-                         std::to_string(range.length) + "} in an attributed string of " +
-                         std::to_string(old.length()) + " units");
+  replaceCharactersInRangesWithString({range}, string);
+}
+
+void MutableAttributedString::replaceCharactersInRangesWithString(const std::vector<Range>& ranges,
+                                                                  const String& string) {
+  size_t before = 0;
+  for (const Range& range : ranges) {
+    checkOrder(range, before);
+    before = range.end();
   }
+  if (ranges.empty()) return;
   AttributedStringBody& mine = body();
+  const size_t oldLength = mine.text.length();
+  if (mine.runs.empty() && mine.attributes.empty()) mine.attributes.emplace_back();
+  const std::u16string old = mine.text.units();
+  const std::u16string inserted = string.units();
   std::u16string units;
-  old.substring({0, range.location}).appendUnitsTo(units);
-  string.appendUnitsTo(units);
-  old.substring({range.end(), old.length() - range.end()}).appendUnitsTo(units);
-  uint32_t taken = 0;
-  if (mine.runs.empty()) {
-    mine.attributes.emplace_back();
-  } else if (range.length > 0) {
-    taken = mine.runs[mine.runAt(range.location)].attributes;
-  } else {
-    taken = mine.runs[mine.runAt(range.location == 0 ? 0 : range.location - 1)].attributes;
+  RunList list;
+  size_t run = 0;
+  size_t at = 0;
+  const auto keepUpTo = [&](size_t end) {
+    while (at < end) {
+      while (mine.runEnd(run) <= at) ++run;
+      const size_t stop = std::min(mine.runEnd(run), end);
+      list.add(units.size(), mine.runs[run].attributes);
+      units.append(old, at, stop - at);
+      at = stop;
+    }
+  };
+  for (const Range& range : ranges) {
+    keepUpTo(range.location);
+    if (!inserted.empty()) {
+      uint32_t taken = 0;
+      if (!mine.runs.empty()) {
+        const bool isEmpty = range.length == 0;
+        const size_t model = isEmpty && range.location > 0 ? range.location - 1 : range.location;
+        taken = mine.runs[mine.runAt(model)].attributes;
+      }
+      list.add(units.size(), taken);
+      units += inserted;
+    }
+    at = range.end();
   }
-  std::vector<AttributedStringBody::Run> runs;
-  for (const auto& run : mine.runs) {
-    if (run.start < range.location) runs.push_back(run);
-  }
-  if (!string.empty()) runs.push_back({range.location, taken});
-  for (size_t run = 0; run < mine.runs.size(); ++run) {
-    if (mine.runEnd(run) <= range.end()) continue;
-    const size_t start = std::max(mine.runs[run].start, range.end());
-    runs.push_back({start - range.length + string.length(), mine.runs[run].attributes});
-  }
-  mine.runs = std::move(runs);
+  keepUpTo(oldLength);
+  mine.runs = std::move(list.runs);
   mine.text = String(std::u16string_view(units)).withArchivedClass(mine.text.archivedClass());
+  dropUnused();
+  const size_t start = ranges.front().location;
+  const size_t behind = oldLength - ranges.back().end();
+  edited({start, units.size() - behind - start},
+         static_cast<std::ptrdiff_t>(units.size()) - static_cast<std::ptrdiff_t>(oldLength));
 }
 
 }  // namespace ns
