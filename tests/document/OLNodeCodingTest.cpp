@@ -127,7 +127,7 @@ TEST(Coding, OldRecordsHoldTextAsItIs) {
 TEST(Coding, AttributedTextIsNotEscaped) {
   const auto document = OLDataManager::create();
   const auto item = document->treeController()->addItemWithSelected(nullptr);
-  const ns::Value title = ns::AttributedString("a $null b").asValue();
+  const ns::Value title = ns::AttributedString(ns::String("a $null b")).asValue();
   item->setDataForKey(title, "title");
   const auto read = firstItem(*reloaded(*document));
   EXPECT_EQ(ns::AttributedString(read->dataForKey("title")).string(), "a $null b");
@@ -250,7 +250,7 @@ TEST(Coding, CopiedAndRewrittenDataAreTheSame) {
       item->setDataForKey(texts[pick(5)], "title");
       if (pick(2) == 0) item->setDataForKey(ns::Array{texts[pick(5)], 1, 2.5, true}, "list");
       if (pick(3) == 0) {
-        item->setDataForKey(ns::AttributedString(texts[pick(5)]).asValue(), "note");
+        item->setDataForKey(ns::AttributedString(ns::String(texts[pick(5)])).asValue(), "note");
       }
       items[pick(static_cast<unsigned>(items.size()))]->addChild(item);
       items.push_back(item);

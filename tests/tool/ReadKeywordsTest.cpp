@@ -37,8 +37,9 @@ TEST_F(ReadKeywordsOutput, NothingToPrint) {
 }
 
 TEST_F(ReadKeywordsOutput, AttributedKeywordsReadLikeStrings) {
-  EXPECT_EQ(printed(documentWith(propertiesWith({ns::AttributedString("rich,x").asValue()}))),
-            "rich\\,x");
+  EXPECT_EQ(
+      printed(documentWith(propertiesWith({ns::AttributedString(ns::String("rich,x")).asValue()}))),
+      "rich\\,x");
 }
 
 TEST_F(ReadKeywords, CollectorIsEmptiedAndFilled) {
