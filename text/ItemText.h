@@ -1,0 +1,59 @@
+#pragma once
+
+#include <cstdint>
+
+#include "platform/text/MutableAttributedString.h"
+
+/// Brings rich text into the form that suits an item.  Operations on a mutable text change it;
+/// those on an immutable one answer a new text.  All cost time in proportion to the runs, and none
+/// divides a text into characters.  Text in which nothing changes keeps its place in its archive.
+
+namespace tavlin {
+
+/// -cleanAttributesAsItemText  Gives every run a paragraph style with the default's first-line
+/// head indent, head indent, tail indent, line-break mode and text blocks; the rest of the run's
+/// style stays.  A run without a style gets the default one.  One editing batch; attributes are
+/// then fixed, which text storage does itself.
+void cleanAttributesAsItemText(ns::MutableAttributedString& text);
+/// -cleanedAttributedStringAsItemText
+ns::AttributedString cleanedAttributedStringAsItemText(const ns::AttributedString& text);
+
+/// -removeInterferingAttributes  Removes what the text system notes when it substitutes a font:
+/// "NSOriginalFont".
+void removeInterferingAttributes(ns::MutableAttributedString& text);
+/// -attributedStringByRemovingInterferingAttributes
+ns::AttributedString attributedStringByRemovingInterferingAttributes(
+    const ns::AttributedString& text);
+
+/// -appendColor:fontForMe:  Adds a foreground colour and a font throughout.  None as the colour
+/// adds nothing at all, none as the font only the colour.
+void appendColorFontForMe(ns::MutableAttributedString& text, const ns::Value& color,
+                          const ns::Value& font);
+
+/// -coloredAttributedString:  The text in one colour throughout: without shadow and background,
+/// stroke, underline and strikethrough colours, and with the default style's text blocks.  Raises
+/// InvalidArgumentException for none.
+ns::AttributedString coloredAttributedString(const ns::AttributedString& text,
+                                             const ns::Value& color);
+
+/// Options of comparing strings; may be combined with |.
+enum StringCompareOptions : uint64_t {
+  kCaseInsensitiveSearch = 1,  ///< by the simple case mapping of each character
+  kLiteralSearch = 2,          ///< unit by unit: also right before a combining mark
+  kBackwardsSearch = 4,
+  kAnchoredSearch = 8,  ///< only at the end of what is left to search
+};
+
+/// -attributedStringByReplacingOccurrencesOfString:withString:options:range:  Searches for the
+/// target backwards, whatever the options say, in the unchanged text of the range; what replaces
+/// an occurrence takes the attributes of its first character.  Without kLiteralSearch an
+/// occurrence does not end before a combining mark, which belongs to its last character.  An empty
+/// target occurs nowhere.
+///
+/// Raises RangeException when the range reaches past the end, InvalidArgumentException for other
+/// options.  Linear in the text.
+ns::AttributedString attributedStringByReplacingOccurrencesOfStringWithStringOptionsRange(
+    const ns::AttributedString& text, const ns::String& target, const ns::String& replacement,
+    uint64_t options, ns::Range range);
+
+}  // namespace tavlin
