@@ -9,8 +9,10 @@ namespace ns {
 
 namespace {
 
+/// A handle without a body is empty.  The body that stands for it is only read, never counted.
 const ArrayBody& bodyOf(const Ref<const ValueBody>& body) {
-  return static_cast<const ArrayBody&>(*body);
+  static const ArrayBody* const empty = new ArrayBody();
+  return body ? static_cast<const ArrayBody&>(*body) : *empty;
 }
 
 void checkIndex(size_t index, size_t limit, size_t count) {
@@ -21,7 +23,9 @@ void checkIndex(size_t index, size_t limit, size_t count) {
 
 /// The body for changes: its own, without the origin that it no longer matches.
 ArrayBody& editable(Ref<const ValueBody>& body) {
-  if (body->isShared()) {
+  if (!body) {
+    body = Ref<const ValueBody>(new ArrayBody());
+  } else if (body->isShared()) {
     auto* copy = new ArrayBody();
     Ref<const ValueBody> holder(copy);
     copy->values = bodyOf(body).values;
@@ -36,7 +40,7 @@ ArrayBody& editable(Ref<const ValueBody>& body) {
 
 }  // namespace
 
-Array::Array() : body_(new ArrayBody()) {}
+Array::Array() = default;
 Array::Array(std::initializer_list<Value> values) : Array(std::vector<Value>(values)) {}
 Array::Array(std::vector<Value> values) : Array() { edit() = std::move(values); }
 
@@ -59,9 +63,7 @@ const Value& Array::at(size_t index) const {
   return values()[index];
 }
 
-bool Array::contains(const Value& value) const {
-  return std::find(begin(), end(), value) != end();
-}
+bool Array::contains(const Value& value) const { return std::find(begin(), end(), value) != end(); }
 
 void Array::append(Value value) { edit().push_back(std::move(value)); }
 
@@ -90,7 +92,7 @@ void Array::setArchivedClass(ClassRef archivedClass) {
 }
 
 bool Array::operator==(const Array& other) const {
-  return body_ == other.body_ || body_->isEqual(*other.body_);
+  return body_ == other.body_ || bodyOf(body_).isEqual(bodyOf(other.body_));
 }
 
 }  // namespace ns

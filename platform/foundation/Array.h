@@ -42,7 +42,7 @@ class Array {
   friend class ArrayAccess;
   explicit Array(Ref<const ValueBody> body) : body_(std::move(body)) {}
   std::vector<Value>& edit();
-  Ref<const ValueBody> body_;
+  Ref<const ValueBody> body_;  ///< none in a fresh one
 };
 
 }  // namespace ns

@@ -146,11 +146,23 @@ bool DictionaryBody::isLong() const {
 }
 
 void DictionaryBody::makeIndex() const {
-  index_.reserve(entries_.size());
+  auto index = std::make_unique<Index>();
+  index->positions.reserve(entries_.size());
   for (size_t i = 0; i < entries_.size(); ++i) {
     const Value& key = entries_[i].first;
-    if (index_.empty() || position(key) == entries_.size()) index_.emplace(key.hash(), i);
+    const size_t hash = key.hash();
+    const bool isFirst = indexedPosition(*index, key, hash) == entries_.size();
+    if (isFirst) index->positions.emplace(hash, i);
   }
+  index_ = std::move(index);
+}
+
+size_t DictionaryBody::indexedPosition(const Index& index, const Value& key, size_t hash) const {
+  const auto [from, to] = index.positions.equal_range(hash);
+  for (auto at = from; at != to; ++at) {
+    if (areSameKey(entries_[at->second].first, key)) return at->second;
+  }
+  return entries_.size();
 }
 
 size_t DictionaryBody::position(const Value& key) const {
@@ -160,12 +172,8 @@ size_t DictionaryBody::position(const Value& key) const {
     });
     return static_cast<size_t>(at - entries_.begin());
   }
-  if (index_.empty()) makeIndex();
-  const auto [from, to] = index_.equal_range(key.hash());
-  for (auto at = from; at != to; ++at) {
-    if (areSameKey(entries_[at->second].first, key)) return at->second;
-  }
-  return entries_.size();
+  if (!index_) makeIndex();
+  return indexedPosition(*index_, key, key.hash());
 }
 
 const Value* DictionaryBody::find(const Value& key) const {
@@ -174,23 +182,23 @@ const Value* DictionaryBody::find(const Value& key) const {
 }
 
 size_t DictionaryBody::keyCount() const {
+  if (entries_.empty()) return 0;
   if (isLong()) {
-    if (index_.empty()) makeIndex();
-    return index_.size();
+    if (!index_) makeIndex();
+    return index_->positions.size();
   }
-  if (!keyCount_) {
+  if (keyCount_ == kNotCounted) {
     size_t keys = 0;
     for (size_t i = 0; i < entries_.size(); ++i) keys += position(entries_[i].first) == i ? 1 : 0;
-    keyCount_ = keys;
+    keyCount_ = static_cast<uint8_t>(keys);
   }
-  return *keyCount_;
+  return keyCount_;
 }
 
 void DictionaryBody::assign(std::vector<Entry> entries) {
   entries_ = std::move(entries);
-  holes_.clear();
-  index_.clear();
-  keyCount_.reset();
+  index_.reset();
+  keyCount_ = kNotCounted;
 }
 
 void DictionaryBody::set(const Value& key, Value value) {
@@ -199,33 +207,35 @@ void DictionaryBody::set(const Value& key, Value value) {
     entries_[at].second = std::move(value);
     return;
   }
-  keyCount_.reset();
+  keyCount_ = kNotCounted;
   entries_.emplace_back(key, std::move(value));
-  if (!index_.empty()) index_.emplace(entries_.back().first.hash(), entries_.size() - 1);
+  if (index_) index_->positions.emplace(entries_.back().first.hash(), entries_.size() - 1);
 }
 
 void DictionaryBody::remove(const Value& key) {
   if (isLong() && keyCount() != count()) dropRepeatedKeys();
-  keyCount_.reset();
+  keyCount_ = kNotCounted;
   if (!isLong()) {
     std::erase_if(entries_, [&key](const Entry& entry) { return areSameKey(entry.first, key); });
     return;
   }
   const size_t at = position(key);
   if (at == entries_.size()) return;
-  const auto [from, to] = index_.equal_range(key.hash());
-  index_.erase(std::find_if(from, to, [at](const auto& each) { return each.second == at; }));
-  holes_.push_back(at);
+  const auto [from, to] = index_->positions.equal_range(key.hash());
+  index_->positions.erase(
+      std::find_if(from, to, [at](const auto& each) { return each.second == at; }));
+  index_->holes.push_back(at);
   entries_[at] = {};
-  if (holes_.size() > entries_.size() / 2) closeHoles();
+  if (index_->holes.size() > entries_.size() / 2) closeHoles();
 }
 
 void DictionaryBody::closeHoles() const {
-  std::sort(holes_.begin(), holes_.end());
-  auto hole = holes_.begin();
+  std::vector<size_t>& holes = index_->holes;
+  std::sort(holes.begin(), holes.end());
+  auto hole = holes.begin();
   size_t end = 0;
   for (size_t i = 0; i < entries_.size(); ++i) {
-    if (hole != holes_.end() && *hole == i) {
+    if (hole != holes.end() && *hole == i) {
       ++hole;
     } else {
       if (end != i) entries_[end] = std::move(entries_[i]);
@@ -233,8 +243,7 @@ void DictionaryBody::closeHoles() const {
     }
   }
   entries_.resize(end);
-  holes_.clear();
-  index_.clear();
+  index_.reset();
 }
 
 /// Leaves the entries that look-ups find.

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <optional>
+#include <memory>
 #include <unordered_map>
 #include <vector>
 
@@ -30,9 +30,11 @@ class DictionaryBody final : public ValueBody {
   [[nodiscard]] bool isEqual(const ValueBody& other) const override;
   [[nodiscard]] size_t hash() const override;
 
-  [[nodiscard]] size_t count() const { return entries_.size() - holes_.size(); }
+  [[nodiscard]] size_t count() const {
+    return entries_.size() - (index_ ? index_->holes.size() : 0);
+  }
   [[nodiscard]] const std::vector<Entry>& entries() const {
-    if (!holes_.empty()) closeHoles();
+    if (index_ && !index_->holes.empty()) closeHoles();
     return entries_;
   }
   /// The value of the first entry with a key, or null; valid until the next edit.
@@ -49,20 +51,27 @@ class DictionaryBody final : public ValueBody {
   Ref<const Origin> origin;
 
  private:
+  /// What only a long dictionary has; apart, because most are short.
+  struct Index {
+    /// The position of the first entry with each key, by hash.
+    std::unordered_multimap<size_t, size_t> positions;
+    std::vector<size_t> holes;  ///< positions of removed entries
+  };
+
   /// Whether there are too many entries to search them one by one.
   [[nodiscard]] bool isLong() const;
   /// The position of the first entry with a key, or the number of entries.
   [[nodiscard]] size_t position(const Value& key) const;
+  [[nodiscard]] size_t indexedPosition(const Index& index, const Value& key, size_t hash) const;
   void makeIndex() const;
   void closeHoles() const;
   void dropRepeatedKeys();
 
   // Closing holes and making the index change nothing that anybody can see.
+  static constexpr uint8_t kNotCounted = 255;
+  mutable uint8_t keyCount_ = kNotCounted;  ///< kept only without an index
   mutable std::vector<Entry> entries_;
-  mutable std::vector<size_t> holes_;  ///< positions; only with an index
-  /// The position of the first entry with each key, by hash; empty where there is no index.
-  mutable std::unordered_multimap<size_t, size_t> index_;
-  mutable std::optional<size_t> keyCount_;  ///< kept only without an index
+  mutable std::unique_ptr<Index> index_;  ///< only of a long one, and once it was needed
 };
 
 /// Whether two values are one key.  As equality, except that containers inside a key, and

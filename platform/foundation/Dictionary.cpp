@@ -6,13 +6,17 @@ namespace ns {
 
 namespace {
 
+/// A handle without a body is empty.  The body that stands for it is only read, never counted.
 const DictionaryBody& bodyOf(const Ref<const ValueBody>& body) {
-  return static_cast<const DictionaryBody&>(*body);
+  static const DictionaryBody* const empty = new DictionaryBody();
+  return body ? static_cast<const DictionaryBody&>(*body) : *empty;
 }
 
 /// The body for changes: its own, without the origin that it no longer matches.
 DictionaryBody& editable(Ref<const ValueBody>& body) {
-  if (body->isShared()) {
+  if (!body) {
+    body = Ref<const ValueBody>(new DictionaryBody());
+  } else if (body->isShared()) {
     auto* copy = new DictionaryBody();
     Ref<const ValueBody> holder(copy);
     copy->assign(bodyOf(body).entries());
@@ -27,7 +31,7 @@ DictionaryBody& editable(Ref<const ValueBody>& body) {
 
 }  // namespace
 
-Dictionary::Dictionary() : body_(new DictionaryBody()) {}
+Dictionary::Dictionary() = default;
 Dictionary::Dictionary(std::initializer_list<Entry> entries)
     : Dictionary(std::vector<Entry>(entries)) {}
 Dictionary::Dictionary(std::vector<Entry> entries) : Dictionary() {
@@ -88,7 +92,7 @@ void Dictionary::setArchivedClass(ClassRef archivedClass) {
 }
 
 bool Dictionary::operator==(const Dictionary& other) const {
-  return body_ == other.body_ || body_->isEqual(*other.body_);
+  return body_ == other.body_ || bodyOf(body_).isEqual(bodyOf(other.body_));
 }
 
 }  // namespace ns

@@ -58,7 +58,7 @@ class Dictionary {
   friend class Value;
   friend class DictionaryAccess;
   explicit Dictionary(Ref<const ValueBody> body) : body_(std::move(body)) {}
-  Ref<const ValueBody> body_;
+  Ref<const ValueBody> body_;  ///< none in a fresh one
 };
 
 }  // namespace ns

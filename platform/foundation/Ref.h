@@ -5,7 +5,8 @@
 
 namespace ns {
 
-/// A counted body of a value handle.  Counts are not atomic: values belong to one thread.
+/// A counted body of a value handle.  Counts are not atomic: values belong to one thread.  No
+/// body is shared behind the scenes, so threads with values of their own do not meet.
 ///
 /// Bodies are destroyed without recursion: releasing a chain of a million nested arrays uses no
 /// more stack than releasing one.

@@ -11,8 +11,15 @@ namespace {
 
 constexpr char32_t kReplacement = 0xFFFD;
 
+/// What empty handles stand for.  No value ever counts it: a body that the values of several
+/// threads counted would need atomic counts.
+const StringBody& emptyText() {
+  static const StringBody* const empty = StringBody::make(0, false);
+  return *empty;
+}
+
 const StringBody& text(const Ref<const ValueBody>& body) {
-  return static_cast<const StringBody&>(*body);
+  return body ? static_cast<const StringBody&>(*body) : emptyText();
 }
 
 Ref<const ValueBody> bodyWith(std::string_view ascii) {
@@ -32,11 +39,6 @@ Ref<const ValueBody> bodyWith(std::u16string_view units) {
                    [](char16_t unit) { return static_cast<char>(unit); });
   }
   return Ref<const ValueBody>(body);
-}
-
-Ref<const ValueBody> emptyBody() {
-  static const auto* const empty = new Ref<const ValueBody>(bodyWith(std::string_view()));
-  return *empty;
 }
 
 bool isAllAscii(std::string_view bytes) {
@@ -66,7 +68,9 @@ CodePoint decodeUtf8(std::string_view utf8, size_t at) {
 }
 
 void appendUtf8(std::string& out, char32_t value) {
-  const auto put = [&](char32_t bits) { out.push_back(static_cast<char>(static_cast<unsigned char>(bits))); };
+  const auto put = [&](char32_t bits) {
+    out.push_back(static_cast<char>(static_cast<unsigned char>(bits)));
+  };
   if (value < 0x80) {
     put(value);
   } else if (value < 0x800) {
@@ -115,7 +119,7 @@ size_t StringBody::hash() const {
       {static_cast<const char*>(text_), isWide_ ? length_ * 2 : length_});
 }
 
-String::String() : body_(emptyBody()) {}
+String::String() = default;
 String::String(const char* utf8) : String(std::string_view(utf8)) {}
 String::String(std::string_view utf8) {
   if (isAllAscii(utf8)) {
@@ -254,17 +258,17 @@ bool String::hasPrefix(const String& prefix) const {
 const ClassRef& String::archivedClass() const { return text(body_).archivedClass(); }
 
 String String::withArchivedClass(ClassRef archivedClass) const {
-  Ref<const StringBody> plain(&text(body_));
+  Ref<const StringBody> plain(body_ ? &text(body_) : StringBody::make(0, false));
   if (const auto* classed = dynamic_cast<const ClassedStringBody*>(plain.get())) {
     plain = classed->plain();
   }
   if (!archivedClass) return String(Ref<const ValueBody>(plain));
-  return String(Ref<const ValueBody>(
-      new ClassedStringBody(std::move(plain), std::move(archivedClass))));
+  return String(
+      Ref<const ValueBody>(new ClassedStringBody(std::move(plain), std::move(archivedClass))));
 }
 
 bool String::operator==(const String& other) const {
-  return body_ == other.body_ || body_->isEqual(*other.body_);
+  return body_ == other.body_ || text(body_).isEqual(text(other.body_));
 }
 
 std::strong_ordering String::operator<=>(const String& other) const {
@@ -279,7 +283,7 @@ bool String::operator==(std::string_view utf8) const {
   return *this == String(utf8);
 }
 
-size_t String::hash() const { return body_->hash(); }
+size_t String::hash() const { return text(body_).hash(); }
 
 void appendCodePoint(std::u16string& out, char32_t codePoint) {
   if (codePoint > 0x10FFFF) codePoint = kReplacement;

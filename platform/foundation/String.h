@@ -93,7 +93,7 @@ class String {
  private:
   friend class Value;
   explicit String(Ref<const ValueBody> body) : body_(std::move(body)) {}
-  Ref<const ValueBody> body_;
+  Ref<const ValueBody> body_;  ///< none for String()
 };
 
 /// Appends one code point as UTF-16; a value that is no code point becomes U+FFFD.

@@ -17,7 +17,9 @@ class StringBody : public ValueBody {
 
   [[nodiscard]] size_t length() const { return length_; }
   [[nodiscard]] bool isWide() const { return isWide_; }
-  [[nodiscard]] std::string_view ascii() const { return {static_cast<const char*>(text_), length_}; }
+  [[nodiscard]] std::string_view ascii() const {
+    return {static_cast<const char*>(text_), length_};
+  }
   [[nodiscard]] std::u16string_view wide() const {
     return {static_cast<const char16_t*>(text_), length_};
   }
@@ -41,14 +43,14 @@ class StringBody : public ValueBody {
 
  protected:
   StringBody(const void* text, size_t length, bool isWide)
-      : ValueBody(Kind::string), text_(text), length_(length), isWide_(isWide) {}
+      : ValueBody(Kind::string), isWide_(isWide), text_(text), length_(length) {}
 
  private:
   StringBody(size_t length, bool isWide) : StringBody(this + 1, length, isWide) {}
 
+  bool isWide_;  // first, where it takes no room of its own
   const void* text_;
   size_t length_;
-  bool isWide_;
 };
 
 /// The text of another body, with a class of its own.

@@ -47,9 +47,7 @@ class DataBody final : public ValueBody {
   [[nodiscard]] bool isEqual(const ValueBody& other) const override {
     return value == static_cast<const DataBody&>(other).value;
   }
-  [[nodiscard]] size_t hash() const override {
-    return std::hash<std::string_view>()(value.view());
-  }
+  [[nodiscard]] size_t hash() const override { return std::hash<std::string_view>()(value.view()); }
   const Data value;
   const ClassRef archivedClass;
 };
@@ -66,8 +64,7 @@ class DateBody final : public ValueBody {
 
 class ObjectBody final : public ValueBody {
  public:
-  explicit ObjectBody(std::shared_ptr<Object> is)
-      : ValueBody(Kind::object), value(std::move(is)) {}
+  explicit ObjectBody(std::shared_ptr<Object> is) : ValueBody(Kind::object), value(std::move(is)) {}
   [[nodiscard]] bool isEqual(const ValueBody& other) const override {
     return value == static_cast<const ObjectBody&>(other).value;
   }
@@ -131,12 +128,6 @@ const T& as(const Ref<const ValueBody>& body) {
   return static_cast<const T&>(*body);
 }
 
-const Ref<const ValueBody>& booleanBody(bool value) {
-  static const auto* const bodies = new Ref<const ValueBody>[2]{
-      Ref<const ValueBody>(new BooleanBody(false)), Ref<const ValueBody>(new BooleanBody(true))};
-  return bodies[value ? 1 : 0];
-}
-
 bool boolValueOfString(const String& string) {
   size_t at = 0;
   const auto unit = [&] { return at < string.length() ? string.at(at) : u'\0'; };
@@ -186,16 +177,22 @@ const char* describe(Kind kind) {
   return "nothing known";
 }
 
-Value::Value(bool value) : body_(booleanBody(value)) {}
+Value::Value(bool value) : body_(new BooleanBody(value)) {}
 Value::Value(double value) : body_(new RealBody(value, false)) {}
 Value::Value(float value) : body_(new RealBody(static_cast<double>(value), true)) {}
 Value::Value(Integer value) : body_(new IntegerBody(value)) {}
 Value::Value(const char* utf8) : Value(String(utf8)) {}
-Value::Value(const String& string) : body_(string.body_) {}
+Value::Value(const String& string) : body_(string.body_) {
+  if (!body_) body_ = Ref<const ValueBody>(StringBody::make(0, false));
+}
 Value::Value(const Data& data) : body_(new DataBody(data, nullptr)) {}
 Value::Value(Date date) : body_(new DateBody(date)) {}
-Value::Value(const Array& array) : body_(array.body_) {}
-Value::Value(const Dictionary& dictionary) : body_(dictionary.body_) {}
+Value::Value(const Array& array) : body_(array.body_) {
+  if (!body_) body_ = Ref<const ValueBody>(new ArrayBody());
+}
+Value::Value(const Dictionary& dictionary) : body_(dictionary.body_) {
+  if (!body_) body_ = Ref<const ValueBody>(new DictionaryBody());
+}
 
 Value Value::fromObject(std::shared_ptr<Object> object) {
   if (!object) return {};
