@@ -153,34 +153,12 @@ void OLTreeRuntimeAttributesController::buildCheckStateOfAncestorsByItem(
 void OLTreeRuntimeAttributesController::buildCheckStateDescendantsAndAllChildrenFromItem(
     const std::shared_ptr<OLNode>& item) {
   const OLTree& tree = treeOrNone();
-  if (upwardRefresh_) {
-    upwardRefresh_->add(item, tree);
-    return;
-  }
   CircleGuard guard;
   for (auto at = item; at && !tree.isRoot(at) && !guard.closes(at.get()); at = at->parent()) {
+    if (upwardRefresh_ && !upwardRefresh_->goesOnAt(at.get())) return;
     updateCheckStateOfDescendantsByItem(at);
     updateCheckStateOfAllChildrenByItem(at);
   }
-}
-
-template <class Calls>
-void OLTreeRuntimeAttributesController::refreshUpwardTogether(Calls calls) {
-  UpwardRefresh collected;
-  {
-    const PointerScope collecting(upwardRefresh_, &collected);
-    calls();
-  }
-  for (const auto& item : collected.itemsBottomUp()) {
-    updateCheckStateOfDescendantsByItem(item);
-    updateCheckStateOfAllChildrenByItem(item);
-  }
-}
-
-void OLTreeRuntimeAttributesController::refreshUpwardFromItems(const OLNodeList& items) {
-  refreshUpwardTogether([&] {
-    for (const auto& item : items) buildCheckStateDescendantsAndAllChildrenFromItem(item);
-  });
 }
 
 void OLTreeRuntimeAttributesController::buildRuntimeCheckStateByItem(
@@ -206,21 +184,34 @@ void OLTreeRuntimeAttributesController::buildRuntimeCheckStateCausedByItem(
   while (shown && !showCheckStateByItem(shown)) {
     shown = ancestors.closes(shown.get()) ? nullptr : shown->parent();
   }
-  if (shown && !tree.isRoot(shown)) {
-    // Whether a hidden leaf is passed over depends on what is around it.
-    const auto end = tree.nextItemByItem(tree.lastItemByItem(shown));
-    refreshUpwardTogether([&] {
-      CircleGuard guard;
-      for (auto at = tree.nextItemByItem(shown); at && at != end && !guard.closes(at.get());
-           at = tree.nextItemByItem(at)) {
-        if (at->countChildren() > 0 || showCheckStateByItem(at)) continue;
-        buildCheckStateDescendantsAndAllChildrenFromItem(at);
-        buildCheckStateOfAncestorsByItem(at);
-      }
-    });
-  }
+  if (shown && !tree.isRoot(shown)) refreshHiddenLeavesBelow(shown);
   buildCheckStateDescendantsAndAllChildrenFromItem(item);
   buildCheckStateOfAncestorsByItem(item);
+}
+
+// Whether a hidden leaf is passed over depends on what is around it.
+void OLTreeRuntimeAttributesController::refreshHiddenLeavesBelow(
+    const std::shared_ptr<OLNode>& item) {
+  const OLTree& tree = treeOrNone();
+  const auto end = tree.nextItemByItem(tree.lastItemByItem(item));
+  OLNodeList leaves;
+  CircleGuard guard;
+  for (auto at = tree.nextItemByItem(item); at && at != end && !guard.closes(at.get());
+       at = tree.nextItemByItem(at)) {
+    if (at->countChildren() == 0 && !showCheckStateByItem(at)) leaves.push_back(at);
+  }
+  UpwardRefresh run(leaves, tree);
+  const PointerScope running(upwardRefresh_, &run);
+  for (const auto& leaf : leaves) {
+    buildCheckStateDescendantsAndAllChildrenFromItem(leaf);
+    buildCheckStateOfAncestorsByItem(leaf);
+  }
+}
+
+void OLTreeRuntimeAttributesController::refreshUpwardFromItems(const OLNodeList& items) {
+  UpwardRefresh run(items, treeOrNone());
+  const PointerScope running(upwardRefresh_, &run);
+  for (const auto& item : items) buildCheckStateDescendantsAndAllChildrenFromItem(item);
 }
 
 }  // namespace tavlin

@@ -118,9 +118,8 @@ class OLTreeRuntimeAttributesController : public OLTreeController {
   /// -buildCheckStateDescendantsAndAllChildrenFromItem:  Updates the first two flags of the item
   /// and of its ancestors below the root, upward.  Linear in the children of all of these.
   ///
-  /// Called for several items of one edit it only takes note of them.  The edit then updates all
-  /// of them and their ancestors, each once and children before parents: the same flags, without
-  /// looking at the children of a common ancestor again for each item.
+  /// Where one edit calls this for several items, an ancestor that they have in common is updated
+  /// with the last of them only.
   virtual void buildCheckStateDescendantsAndAllChildrenFromItem(
       const std::shared_ptr<OLNode>& item);
   /// -buildRuntimeCheckStateByItem:  buildCheckStateOfDescendantsByItem(),
@@ -164,8 +163,8 @@ class OLTreeRuntimeAttributesController : public OLTreeController {
   /// all the children of its parent when that does not list it; all items of the tree when it has
   /// no parent.  Nothing for the root.  Linear in what it labels.
   ///
-  /// Called for several items of one edit it passes over an item that an earlier call has labelled
-  /// already.
+  /// Where one edit calls this for several items, it does nothing for one that an earlier call has
+  /// labelled.
   virtual void buildRuntimeNumberLabelFromItem(const std::shared_ptr<OLNode>& item);
   /// -buildRuntimeNumberLabel  buildRuntimeNumberLabelByItem() for each child of the root.  To be
   /// called when a tree was loaded or replaced and after another format was set; nothing here
@@ -253,16 +252,13 @@ class OLTreeRuntimeAttributesController : public OLTreeController {
   [[nodiscard]] const OLTree& treeOrNone() const;
 
   void updateSubtreeUpward(const std::shared_ptr<OLNode>& item, Update update);
-  /// Has buildCheckStateDescendantsAndAllChildrenFromItem() collect what it is called for in
-  /// `calls`, then updates it.
-  template <class Calls>
-  void refreshUpwardTogether(Calls calls);
-  /// buildCheckStateDescendantsAndAllChildrenFromItem() for each, together.
+  void refreshHiddenLeavesBelow(const std::shared_ptr<OLNode>& item);
+  /// buildCheckStateDescendantsAndAllChildrenFromItem() for each of the items of one edit.
   void refreshUpwardFromItems(const OLNodeList& items);
 
   void refreshNewItem(const std::shared_ptr<OLNode>& item);
   void refreshPlacedItem(const std::shared_ptr<OLNode>& item);
-  /// buildRuntimeNumberLabelFromItem() for each, none of which is labelled twice.
+  /// buildRuntimeNumberLabelFromItem() for each of the items of one edit.
   void relabelFromItems(const OLNodeList& items);
 
   [[nodiscard]] uint64_t levelOf(const std::shared_ptr<OLNode>& item);

@@ -1,9 +1,8 @@
 #pragma once
 
-#include <cstdint>
+#include <cstddef>
 #include <memory>
 #include <unordered_map>
-#include <vector>
 
 #include "model/OLItems.h"
 
@@ -11,28 +10,23 @@ namespace tavlin {
 
 class OLTree;
 
-/// Collects items whose values depend on their children's, with all their ancestors below the
-/// root, so that each can be refreshed once and after its children.
+/// Lets a run of upward refreshes, each of which starts at an item and goes on through its
+/// ancestors below the root, refresh each item once: with the last refresh that comes to it.
 ///
-/// What a run of upward refreshes leaves at an item is what the last of them computed, and by
-/// then all its children have their last values too.  So refreshing each item once in this order
-/// gives the same as refreshing upward from every one of them.
+/// What the run leaves at an item is what the last refresh computed there, and by then its
+/// children have their last values.  So the refreshes before the last can be left out.
 class UpwardRefresh {
  public:
-  /// Adds the item and its ancestors.  Follows each parent link once, however many items lead to
-  /// it; links in a circle end where they close.
-  void add(const std::shared_ptr<OLNode>& item, const OLTree& tree);
+  /// For a run from each of the items, in any order.  Follows each parent link once, however many
+  /// items lead to it.
+  UpwardRefresh(const OLNodeList& items, const OLTree& tree);
 
-  /// All that was added, the deepest first.
-  [[nodiscard]] OLNodeList itemsBottomUp() const;
+  /// Whether the refresh that has come to this item, having started there or come from a child,
+  /// is the last to do so and goes on; true for items that the run was not said to come to.
+  [[nodiscard]] bool goesOnAt(const OLNode* item);
 
  private:
-  struct Entry {
-    std::shared_ptr<OLNode> item;
-    uint64_t level;
-  };
-  std::vector<Entry> entries_;
-  std::unordered_map<const OLNode*, size_t> places_;  // in the entries
+  std::unordered_map<const OLNode*, size_t> comings_;
 };
 
 }  // namespace tavlin
