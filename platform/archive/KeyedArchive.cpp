@@ -49,7 +49,22 @@ const char* nameOf(BinaryPropertyList::Type type) {
 }
 
 bool isNullMarker(const BinaryPropertyList::Object& object) {
-  return object.type == BinaryPropertyList::Type::ascii && object.text() == "$null";
+  // other writers may store ASCII text in the wide form
+  constexpr std::string_view kWide("\0$\0n\0u\0l\0l", 10);
+  return object.text() == (object.type == BinaryPropertyList::Type::ascii ? "$null" : kWide);
+}
+
+/// A class in one piece of text, by which equal ones are found.
+std::string contentOf(const ClassInfo& info) {
+  std::string content = info.hasChain ? "+" : "-";
+  const auto add = [&](const std::string& name) {
+    content.append(std::to_string(name.size())).append(":").append(name);
+  };
+  add(info.name);
+  for (const std::string& name : info.chain) add(name);
+  content.push_back('?');
+  for (const std::string& name : info.hints) add(name);
+  return content;
 }
 
 }  // namespace
@@ -66,6 +81,12 @@ uint32_t KeyedArchive::Shape::find(const char* literal) const {
     }
   }
   return count;
+}
+
+uint32_t KeyedArchive::Shape::find(const String& key) const {
+  uint32_t position = 0;
+  while (position < count() && !(keys_[position].name == key)) ++position;
+  return position;
 }
 
 std::shared_ptr<KeyedArchive> KeyedArchive::open(const Data& data, const ClassRegistry& registry) {
@@ -89,9 +110,11 @@ void KeyedArchive::readTop() {
     }
     return *found;
   };
-  const Object archiver = need("$archiver", Type::ascii);
-  if (archiver.text() != "NSKeyedArchiver") {
-    refuse("written by another archiver: \"" + std::string(archiver.text()) + "\"");
+  const std::optional<Object> stored = fieldForKey(record, "$archiver");
+  const String archiver =
+      stored && stored->isString() ? string(*stored) : string(need("$archiver", Type::ascii));
+  if (!(archiver == "NSKeyedArchiver")) {
+    refuse("written by another archiver: \"" + archiver.utf8() + "\"");
   }
   const Object version = need("$version", Type::integer);
   if (scalar(version).integerValue() != 100000) {
@@ -152,7 +175,8 @@ const KeyedArchive::Shape& KeyedArchive::addShape(uint32_t number, const Object&
     if (!key.isString()) {
       fail(number, std::string("a dictionary key is ") + nameOf(key.type) + " and not a string");
     }
-    const String name = string(key);
+    if (key.text().size() >= kLongText) spendOnNames(key.text().size());
+    const String name = sharedString(key);
     if (!names.insert(name).second) fail(number, "the key " + quoted(name) + " occurs twice");
     if (name == "$class") shape->class_ = i;
     if (name == "$classname") shape->className_ = i;
@@ -165,7 +189,14 @@ const KeyedArchive::Shape& KeyedArchive::addShape(uint32_t number, const Object&
 }
 
 std::optional<KeyedArchive::Object> KeyedArchive::fieldForKey(const Record& record,
-                                                              const char* key) const {
+                                                              const char* literal) const {
+  const uint32_t position = record.shape->find(literal);
+  if (position == record.shape->count()) return std::nullopt;
+  return field(record, position);
+}
+
+std::optional<KeyedArchive::Object> KeyedArchive::fieldForKey(const Record& record,
+                                                              const String& key) const {
   const uint32_t position = record.shape->find(key);
   if (position == record.shape->count()) return std::nullopt;
   return field(record, position);
@@ -186,6 +217,8 @@ KeyedArchive::Entry KeyedArchive::entry(uint32_t number) const {
       if (number == 0 || isNullMarker(object)) return {EntryKind::null, object};
       return {EntryKind::scalar, object};
     case Type::utf16:
+      if (isNullMarker(object)) return {EntryKind::null, object};
+      [[fallthrough]];
     case Type::boolean:
     case Type::integer:
     case Type::real:
@@ -231,9 +264,10 @@ KeyedArchive::Record KeyedArchive::record(uint32_t number, const Object& object)
 }
 
 const KeyedArchive::Class& KeyedArchive::classAt(uint32_t number, uint32_t ofInstance) const {
-  auto found = classes_.find(number);
+  const uint32_t index = list_.reference(numbers_, number);
+  auto found = classes_.find(index);
   if (found == classes_.end()) {
-    const Object object = list_.object(list_.reference(numbers_, number));
+    const Object object = list_.object(index);
     const Shape* shape = object.type == Type::dictionary ? &shapeOf(number, object) : nullptr;
     if (!shape || shape->className_ == shape->count()) {
       fail(ofInstance, "its class, object " + std::to_string(number) + ", is no class record");
@@ -243,6 +277,7 @@ const KeyedArchive::Class& KeyedArchive::classAt(uint32_t number, uint32_t ofIns
     if (!name.isString() || name.count == 0) {
       fail(number, "the class has no name");
     }
+    spendOnNames(name.count);
     ClassInfo info;
     info.name = string(name).utf8();
     const auto names = [&](const char* key, std::vector<std::string>& out) {
@@ -257,6 +292,7 @@ const KeyedArchive::Class& KeyedArchive::classAt(uint32_t number, uint32_t ofIns
         if (!each.isString() || each.count > 1000) {
           fail(number, "\"" + std::string(key) + "\" is no list of class names");
         }
+        spendOnNames(each.count + sizeof(std::string));
         out.push_back(string(each).utf8());
       }
       return true;
@@ -264,13 +300,10 @@ const KeyedArchive::Class& KeyedArchive::classAt(uint32_t number, uint32_t ofIns
     info.hasChain = names("$classes", info.chain);
     names("$classhints", info.hints);
     // the same class described twice is one class
-    ClassRef shared;
-    for (const auto& [other, known] : classes_) {
-      if (*known.info == info) shared = known.info;
-    }
+    ClassRef& shared = classesByContent_[contentOf(info)];
     if (!shared) shared = std::make_shared<const ClassInfo>(std::move(info));
     const ClassCoding* coding = registry_.find(shared->name);
-    found = classes_.emplace(number, Class{shared, coding}).first;
+    found = classes_.emplace(index, Class{shared, coding}).first;
   }
   return found->second;
 }
@@ -332,6 +365,40 @@ Value KeyedArchive::scalar(const Object& object) {
   return {};
 }
 
+Value KeyedArchive::sharedScalar(const Object& object) const {
+  if (object.type == Type::data && object.count >= kLongText) {
+    return Value(Data(shared_from_this(), object.bytes, object.count));
+  }
+  return object.isString() ? Value(sharedString(object)) : scalar(object);
+}
+
+String KeyedArchive::sharedString(const Object& object) const {
+  const uint64_t length = object.text().size();
+  if (length < kLongText) return string(object);
+  const TextKey key{object.bytes, object.count, object.type};
+  const auto known = texts_.find(key);
+  if (known != texts_.end()) return known->second.string();
+  if (textLength_ + length > textLimit_) {
+    // whatever is here must not outlive its last use by much
+    std::erase_if(texts_, [&](const auto& each) {
+      if (each.second.body()->isShared()) return false;
+      textLength_ -= each.first.count * (each.first.type == Type::utf16 ? 2 : 1);
+      return true;
+    });
+    constexpr uint64_t kLeast = uint64_t{1} << 20;
+    textLimit_ = std::max(kLeast, 2 * (textLength_ + length));
+  }
+  const String made = string(object);
+  texts_.emplace(key, Value(made));
+  textLength_ += length;
+  return made;
+}
+
+void KeyedArchive::spendOnNames(uint64_t length) const {
+  if (length > nameBudget_) refuse("names add up to far more than the file holds");
+  nameBudget_ -= length;
+}
+
 std::optional<KeyedArchive::Object> KeyedArchive::storedText(uint32_t number) const {
   const Entry found = entry(number);
   if (found.kind == EntryKind::scalar && found.object.isString()) return found.object;
@@ -343,11 +410,6 @@ std::optional<KeyedArchive::Object> KeyedArchive::storedText(uint32_t number) co
 
 void KeyedArchive::fail(uint32_t number, const std::string& what) const {
   refuse((number == 0 ? "" : "object " + std::to_string(number) + ": ") + what);
-}
-
-ArchiveOrigin::~ArchiveOrigin() {
-  archive_->cache_.erase({number_, transform_});
-  if (alias_) archive_->cache_.erase({number_, alias_});
 }
 
 /// Takes a derived dictionary out of its archive's cache when it goes or changes.
@@ -383,19 +445,27 @@ const KeyedArchive::Changes& KeyedArchive::changesOf(const ValueTransform& trans
   std::vector<uint32_t> pending;
   std::vector<std::pair<uint32_t, uint32_t>> holders;  // element, container
   const bool looksAtText = transform.mayChangeAttributedStrings(*this);
+  std::unordered_map<TextKey, bool, TextHash> longTexts;
+  const auto changesText = [&](const Object& text) {
+    const StoredText stored{text.text(), text.type == Type::utf16};
+    if (stored.bytes.size() < kLongText) return transform.changesText(stored);
+    const auto [known, isNewText] =
+        longTexts.try_emplace({text.bytes, text.count, text.type}, false);
+    if (isNewText) known->second = transform.changesText(stored);
+    return known->second;
+  };
   for (uint32_t number = 1; number < count_; ++number) {
     if (!reached_[number]) continue;
     const Entry it = entry(number);
     if (it.kind == EntryKind::null) continue;
     bool isChanged = false;
     if (it.kind == EntryKind::scalar) {
-      isChanged = it.object.isString() &&
-                  transform.changesText({it.object.text(), it.object.type == Type::utf16});
+      isChanged = it.object.isString() && changesText(it.object);
     } else {
       const Kind kindOfIt = record(number, it.object).archivedClass->kind();
       if (kindOfIt == Kind::string) {
         const std::optional<Object> text = storedText(number);
-        isChanged = text && transform.changesText({text->text(), text->type == Type::utf16});
+        isChanged = text && changesText(*text);
       } else if (kindOfIt == Kind::attributedString && looksAtText) {
         const Value before = value(number);
         isChanged = !(transform.attributedString(before).body() == before.body());
@@ -415,9 +485,8 @@ const KeyedArchive::Changes& KeyedArchive::changesOf(const ValueTransform& trans
     const Record held = record(number, it.object);
     const Kind kindOfIt = held.archivedClass->kind();
     if (kindOfIt != Kind::array && kindOfIt != Kind::dictionary) continue;
-    const std::optional<Object> elements = fieldForKey(held, "NS.objects");
-    for (uint64_t i = 0; elements && i < elements->count; ++i) {
-      holders.emplace_back(target(element(*elements, i)), number);
+    for (const uint32_t each : elementNumbers(held, "NS.objects", "NS.object.")) {
+      holders.emplace_back(each, number);
     }
   }
   std::sort(holders.begin(), holders.end());

@@ -7,6 +7,7 @@
 #include <optional>
 #include <string>
 #include <unordered_map>
+#include <unordered_set>
 #include <vector>
 
 #include "platform/archive/BinaryPropertyList.h"
@@ -48,6 +49,8 @@ class KeyedArchive : public std::enable_shared_from_this<KeyedArchive> {
     [[nodiscard]] const String& key(uint32_t position) const { return keys_[position].name; }
     /// The position of a key, or count().  A literal is found by its address the second time.
     [[nodiscard]] uint32_t find(const char* literal) const;
+    /// The same for any other text, which need not stay.
+    [[nodiscard]] uint32_t find(const String& key) const;
     /// The position of "$class", or count().
     [[nodiscard]] uint32_t classPosition() const { return class_; }
 
@@ -104,8 +107,10 @@ class KeyedArchive : public std::enable_shared_from_this<KeyedArchive> {
   [[nodiscard]] Object field(const Record& record, uint32_t position) const {
     return list_.object(list_.reference(record.values, position));
   }
-  /// The field under a key, or nothing.
-  [[nodiscard]] std::optional<Object> fieldForKey(const Record& record, const char* key) const;
+  /// The field under a key, a literal, or nothing.
+  [[nodiscard]] std::optional<Object> fieldForKey(const Record& record, const char* literal) const;
+  /// The field under any key, or nothing.
+  [[nodiscard]] std::optional<Object> fieldForKey(const Record& record, const String& key) const;
   [[nodiscard]] Object element(const Object& container, uint64_t position) const {
     return list_.object(list_.reference(container.bytes, position));
   }
@@ -115,6 +120,9 @@ class KeyedArchive : public std::enable_shared_from_this<KeyedArchive> {
   }
   [[nodiscard]] uint32_t fieldIndex(const Record& record, uint32_t position) const {
     return list_.reference(record.values, position);
+  }
+  [[nodiscard]] uint32_t entryIndex(uint32_t number) const {
+    return list_.reference(numbers_, number);
   }
   /// The number that a UID object refers to; raises ArchiveException when it is out of range.
   [[nodiscard]] uint32_t target(const Object& uid) const;
@@ -141,6 +149,9 @@ class KeyedArchive : public std::enable_shared_from_this<KeyedArchive> {
   [[nodiscard]] Value value(uint32_t number, const ValueTransform* transform = nullptr) const;
   /// The value of a bare scalar, or of a primitive in a record.
   static Value scalar(const Object& object);
+  /// The same; long data stays in the file and long text is one value as long as somebody holds
+  /// it, so that what the file holds once takes its memory once.
+  [[nodiscard]] Value sharedScalar(const Object& object) const;
   /// Raises ArchiveException for an ASCII string with bytes above 127.
   static String string(const Object& object);
 
@@ -162,7 +173,12 @@ class KeyedArchive : public std::enable_shared_from_this<KeyedArchive> {
   [[nodiscard]] std::optional<Object> storedText(uint32_t number) const;
   /// The object of an identity class that a number stands for: the one that was decoded with
   /// the document while it lives, else one made anew.
-  [[nodiscard]] std::shared_ptr<ns::Object> object(uint32_t number) const;
+  ///
+  /// Making one means making all objects of the archive.  They are added to `company`: while a
+  /// caller keeps them, asking for another of them costs a look-up, and all are of one piece.
+  [[nodiscard]] std::shared_ptr<ns::Object> object(
+      uint32_t number, std::vector<std::shared_ptr<ns::Object>>& company) const;
+  /// Remembers an object for as long as it lives; one that is known and lives stays the one.
   void registerObject(uint32_t number, const std::shared_ptr<ns::Object>& object) const;
 
   [[nodiscard]] const ClassRegistry& registry() const { return registry_; }
@@ -172,10 +188,10 @@ class KeyedArchive : public std::enable_shared_from_this<KeyedArchive> {
 
  private:
   KeyedArchive(const Data& data, const ClassRegistry& registry);
-  friend class ArchiveOrigin;
   friend class DerivedOrigin;
   friend class ArchiveChecker;
   friend class ArchiveDecoder;
+  friend class CachedOrigin;
 
   void readTop();
   [[nodiscard]] const Shape& shapeOf(uint32_t number, const Object& dictionary) const;
@@ -192,6 +208,24 @@ class KeyedArchive : public std::enable_shared_from_this<KeyedArchive> {
       return key.number * 0x9E3779B97F4A7C15U ^ reinterpret_cast<uintptr_t>(key.transform);
     }
   };
+  // Text and data from this length on is not copied for every mention.
+  static constexpr uint64_t kLongText = 256;
+  /// The stored form of a text: objects may begin at any byte, so the address is not enough.
+  struct TextKey {
+    const uint8_t* bytes;
+    uint64_t count;
+    Type type;
+    bool operator==(const TextKey&) const = default;
+  };
+  struct TextHash {
+    size_t operator()(const TextKey& key) const {
+      return (reinterpret_cast<uintptr_t>(key.bytes) + key.count) * 0x9E3779B97F4A7C15U;
+    }
+  };
+  [[nodiscard]] String sharedString(const Object& object) const;
+  /// Raises ArchiveException when names add up to far more than the file holds.
+  void spendOnNames(uint64_t length) const;
+
   /// What a transform changes, by archive number; made when first asked.
   struct Changes {
     bool nothing = false;
@@ -212,20 +246,25 @@ class KeyedArchive : public std::enable_shared_from_this<KeyedArchive> {
   mutable std::unordered_multimap<uint64_t, const Shape*> shapesByHash_;
   /// Recent shapes by a few bits of their keys.
   mutable const Shape* recentShapes_[64] = {};
-  mutable std::unordered_map<uint32_t, Class> classes_;
+  mutable std::unordered_map<uint32_t, Class> classes_;  // by place in the object table
+  mutable std::unordered_map<std::string, ClassRef> classesByContent_;
+  mutable uint64_t nameBudget_ = 0;
+  mutable std::unordered_map<TextKey, Value, TextHash> texts_;  // long ones
+  mutable uint64_t textLength_ = 0;                             // of texts_
+  mutable uint64_t textLimit_ = 0;                              // where to look for unused ones
+  mutable std::unordered_set<uint32_t> decoding_;  // objects that a class's own decoder is reading
   mutable std::unordered_map<CacheKey, const ValueBody*, CacheHash> cache_;
   mutable std::map<std::pair<uint32_t, std::string>, const ValueBody*> derived_;
   mutable std::unordered_map<const ValueTransform*, Changes> changes_;
   mutable std::unordered_map<uint32_t, std::weak_ptr<ns::Object>> live_;
 };
 
-/// Where a container came from.
+/// Where a value came from.
 class ArchiveOrigin : public Origin {
  public:
   ArchiveOrigin(std::shared_ptr<const KeyedArchive> archive, uint32_t number,
-                const ValueTransform* transform, const ValueTransform* alias = nullptr)
-      : archive_(std::move(archive)), number_(number), transform_(transform), alias_(alias) {}
-  ~ArchiveOrigin() override;
+                const ValueTransform* transform)
+      : archive_(std::move(archive)), number_(number), transform_(transform) {}
 
   [[nodiscard]] const std::shared_ptr<const KeyedArchive>& archive() const { return archive_; }
   [[nodiscard]] uint32_t number() const { return number_; }
@@ -235,7 +274,6 @@ class ArchiveOrigin : public Origin {
   const std::shared_ptr<const KeyedArchive> archive_;
   const uint32_t number_;
   const ValueTransform* const transform_;
-  const ValueTransform* const alias_;  // a transform that changes nothing here
 };
 
 }  // namespace ns

@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <unordered_map>
+#include <unordered_set>
 
 #include "platform/archive/AsciiCheck.h"
 #include "platform/archive/KeyedArchive.h"
@@ -23,6 +24,8 @@ class ArchiveChecker {
     // Every field and element takes a byte of the file or more; only containers that are used
     // several times exceed that, and there are hardly any in archives.
     budget_ = 2 * list_.fileLength() + 100000;
+    // Texts lie apart from each other in every file that somebody wrote.
+    textBudget_ = budget_;
   }
 
   void run() {
@@ -99,6 +102,16 @@ class ArchiveChecker {
   }
 
   void checkText(uint32_t number, const Object& object) {
+    const size_t length = object.text().size();
+    if (length >= KeyedArchive::kLongText) {
+      // a long text is looked at once, however many objects share it
+      if (!texts_.insert({object.bytes, object.count, object.type}).second) return;
+      if (length > textBudget_) {
+        throw ArchiveException(
+            "keyed archive: overlapping texts add up to far more than the file holds");
+      }
+      textBudget_ -= length;
+    }
     if (object.type == Type::ascii && !isAllAscii(object.text())) {
       archive_.fail(number, "an ASCII string holds bytes above 127");
     }
@@ -120,18 +133,25 @@ class ArchiveChecker {
     nested(number, container, index, byValue, 1);
   }
 
-  /// The number of levels of a container, which must not hold itself.
-  int nested(uint32_t number, const Object& container, uint32_t index, bool byValue, int depth) {
+  /// What is known about a container inside records.
+  struct Extent {
+    int height = 0;     // levels; 0 while it is being looked at
+    uint64_t size = 0;  // elements, with those of all containers in it, however shared
+  };
+
+  /// The extent of a container, which must not hold itself.
+  Extent nested(uint32_t number, const Object& container, uint32_t index, bool byValue, int depth) {
     if (depth > kDeepestNesting) archive_.fail(number, "containers are nested too deeply");
-    const auto [found, isNew] = heights_.try_emplace(index, 0);
+    const auto [found, isNew] = extents_.try_emplace(index);
     if (!isNew) {
-      if (found->second == 0) archive_.fail(number, "a container contains itself");
-      if (found->second + depth > kDeepestNesting) {
+      if (found->second.height == 0) archive_.fail(number, "a container contains itself");
+      if (found->second.height + depth - 1 > kDeepestNesting) {
         archive_.fail(number, "containers are nested too deeply");
       }
+      spend(found->second.size);  // reading a field expands it
       return found->second;
     }
-    int height = 1;
+    Extent extent{1, container.count};
     uint64_t first = 0;
     uint64_t last = container.count;
     if (container.type == Type::dictionary) {
@@ -146,14 +166,15 @@ class ArchiveChecker {
         // references are marked as a value's, whoever else shares the container
         reach(archive_.target(element), true);
       } else if (element.type == Type::array || element.type == Type::dictionary) {
-        height = std::max(height, 1 + nested(number, element, archive_.elementIndex(container, i),
-                                             byValue, depth + 1));
+        const Extent inner =
+            nested(number, element, archive_.elementIndex(container, i), byValue, depth + 1);
+        extent.height = std::max(extent.height, 1 + inner.height);
+        extent.size += inner.size;
       } else {
         checkText(number, element);
       }
     }
-    heights_[index] = height;
-    return height;
+    return extents_[index] = extent;
   }
 
   /// The forms of the classes that are read as values.
@@ -223,11 +244,13 @@ class ArchiveChecker {
   bool isPlain_ = true;  // every container in the record looked at holds only references
   std::vector<uint32_t> pending_;
   std::vector<bool> isListed_;
-  std::unordered_map<uint32_t, int> heights_;  // of containers inside records; 0: being looked at
+  std::unordered_map<uint32_t, Extent> extents_;  // of containers inside records
+  uint64_t textBudget_ = 0;
+  std::unordered_set<KeyedArchive::TextKey, KeyedArchive::TextHash> texts_;  // long ones seen
 };
 
 KeyedArchive::KeyedArchive(const Data& data, const ClassRegistry& registry)
-    : list_(data), registry_(registry) {
+    : list_(data), registry_(registry), nameBudget_(2 * data.length() + 100000) {
   readTop();
   reached_.resize(count_);
   byValue_.resize(count_);

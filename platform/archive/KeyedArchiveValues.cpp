@@ -1,5 +1,6 @@
 // Decoding: from archive numbers to values.
 
+#include <charconv>
 #include <unordered_set>
 
 #include "platform/archive/KeyedArchive.h"
@@ -7,12 +8,44 @@
 
 namespace ns {
 
+/// Takes a container out of its archive's cache when it goes or changes.
+class CachedOrigin final : public ArchiveOrigin {
+ public:
+  /// `alias`: a transform that changes nothing in the container.
+  CachedOrigin(std::shared_ptr<const KeyedArchive> archive, uint32_t number,
+               const ValueTransform* transform, const ValueTransform* alias)
+      : ArchiveOrigin(std::move(archive), number, transform), alias_(alias) {}
+  ~CachedOrigin() override {
+    forget(transform());
+    if (alias_) forget(alias_);
+  }
+
+  void remember(const ValueBody* body) {
+    body_ = body;
+    archive()->cache_[{number(), transform()}] = body;
+    if (alias_) archive()->cache_[{number(), alias_}] = body;
+  }
+
+ private:
+  void forget(const ValueTransform* transform) {
+    const auto known = archive()->cache_.find({number(), transform});
+    if (known != archive()->cache_.end() && known->second == body_) archive()->cache_.erase(known);
+  }
+
+  const ValueTransform* const alias_;
+  const ValueBody* body_ = nullptr;
+};
+
 /// Decodes one value with a list of containers under construction, never by recursion.
 class ArchiveDecoder {
  public:
   ArchiveDecoder(const KeyedArchive& archive, const ValueTransform* transform)
       : archive_(archive), shared_(archive.shared_from_this()), transform_(transform) {
     budget_ = 2 * archive.fileLength() + 100000;
+  }
+
+  ~ArchiveDecoder() {
+    if (ownDecoding_ != 0) archive_.decoding_.erase(ownDecoding_);
   }
 
   Value decode(uint32_t number) {
@@ -39,12 +72,14 @@ class ArchiveDecoder {
   using Type = KeyedArchive::Type;
 
   struct Frame {
-    Frame(uint32_t number, bool isOfPairs) : self(number), isDictionary(isOfPairs) {}
+    Frame(uint32_t number, bool isOfPairs, const ValueTransform* applied)
+        : self(number), isDictionary(isOfPairs), transform(applied) {}
     [[nodiscard]] bool isAtKey() const { return isDictionary && position < numbers.size() / 2; }
 
     uint32_t self;
     bool isDictionary;
-    bool isChanged = false;  // by the transform, here or further down
+    const ValueTransform* transform;  // none inside a key
+    bool isChanged = false;           // by the transform, here or further down
     size_t position = 0;
     std::vector<uint32_t> numbers;  // of the elements; of a dictionary, keys first
     std::vector<Value> values;
@@ -60,11 +95,13 @@ class ArchiveDecoder {
   /// The value of anything but a container not yet decoded; for that, begins a frame.
   bool leaf(uint32_t number, Value& value) {
     const KeyedArchive::Entry entry = archive_.entry(number);
-    const bool isKey = !frames_.empty() && frames_.back().isAtKey();
-    const ValueTransform* transform = isKey ? nullptr : transform_;
+    const ValueTransform* transform = transform_;
+    if (!frames_.empty()) {
+      transform = frames_.back().isAtKey() ? nullptr : frames_.back().transform;
+    }
     if (entry.kind == KeyedArchive::EntryKind::null) return true;
     if (entry.kind == KeyedArchive::EntryKind::scalar) {
-      value = KeyedArchive::scalar(entry.object);
+      value = archive_.sharedScalar(entry.object);
       if (entry.object.isString()) rewrite(entry.object, transform, value);
       return true;
     }
@@ -73,19 +110,24 @@ class ArchiveDecoder {
     const Kind kind = record.archivedClass->kind();
     const ClassRef& archivedClass = record.archivedClass->info;
     if (coding && coding->decode) {
-      value = coding->decode(shared_, number);
-      if (kind == Kind::attributedString && transform) {
-        Value rewritten = transform->attributedString(value);
-        if (!(rewritten.body() == value.body())) markChanged();
-        value = std::move(rewritten);
+      Made& made = made_[{number, transform}];
+      if (made.value.isNone()) {
+        made.value = decodeByClass(number, coding);
+        if (kind == Kind::attributedString && made.value.kind() == kind && transform) {
+          Value rewritten = transform->attributedString(made.value);
+          made.isChanged = !(rewritten.body() == made.value.body());
+          made.value = std::move(rewritten);
+        }
       }
+      if (made.isChanged) markChanged();
+      value = made.value;
       return true;
     }
     switch (kind) {
       case Kind::string: {
         const auto text = archive_.fieldForKey(record, "NS.string");
         if (text) {
-          value = KeyedArchive::scalar(*text);
+          value = archive_.sharedScalar(*text);
           rewrite(*text, transform, value);
         } else {
           const auto bytes = archive_.fieldForKey(record, "NS.bytes");
@@ -98,7 +140,7 @@ class ArchiveDecoder {
         auto bytes = archive_.fieldForKey(record, "NS.data");
         if (!bytes) bytes = archive_.fieldForKey(record, "NS.bytes");
         if (bytes->type == Type::uid) bytes = archive_.entry(archive_.target(*bytes)).object;
-        value = Value::dataWithArchivedClass(Data(std::string(bytes->text())), archivedClass);
+        value = Value::dataWithArchivedClass(archive_.sharedScalar(*bytes).data(), archivedClass);
         return true;
       }
       case Kind::date: {
@@ -112,7 +154,7 @@ class ArchiveDecoder {
         return true;
       }
       case Kind::object:
-        value = Value(archive_.object(number));
+        value = Value(archive_.object(number, company_));
         return true;
       case Kind::array:
       case Kind::dictionary:
@@ -131,8 +173,23 @@ class ArchiveDecoder {
       if (transform && originTransform(value) != nullptr) markChanged();
       return true;
     }
-    begin(number, record, kind == Kind::dictionary);
+    begin(number, record, kind == Kind::dictionary, transform);
     return false;
+  }
+
+  /// What a class's own decoder makes.  Decoders may ask for values in turn, which may lead back
+  /// here or ever deeper; then the object appears as a record that only stands for it.
+  Value decodeByClass(uint32_t number, const ClassCoding* coding) {
+    constexpr size_t kDeepest = 8;
+    std::unordered_set<uint32_t>& decoding = archive_.decoding_;
+    if (decoding.size() >= kDeepest || !decoding.insert(number).second) {
+      return Record::inArchive(shared_, number, Kind::record);
+    }
+    ownDecoding_ = number;
+    Value made = coding->decode(shared_, number);
+    decoding.erase(number);
+    ownDecoding_ = 0;
+    return made;
   }
 
   static const ValueTransform* originTransform(const Value& value) {
@@ -151,8 +208,9 @@ class ArchiveDecoder {
     if (!frames_.empty()) frames_.back().isChanged = true;
   }
 
-  void begin(uint32_t number, const KeyedArchive::Record& record, bool isDictionary) {
-    Frame frame(number, isDictionary);
+  void begin(uint32_t number, const KeyedArchive::Record& record, bool isDictionary,
+             const ValueTransform* applied) {
+    Frame frame(number, isDictionary, applied);
     frame.archivedClass = record.archivedClass->info;
     if (isDictionary) {
       frame.numbers = archive_.elementNumbers(record, "NS.keys", "NS.key.");
@@ -175,9 +233,10 @@ class ArchiveDecoder {
 
   Value finish(Frame& frame) {
     inProgress_.erase(frame.self);
-    const ValueTransform* transform = frame.isChanged ? transform_ : nullptr;
-    const ValueTransform* alias = frame.isChanged ? nullptr : transform_;
-    const Ref<const Origin> origin(new ArchiveOrigin(shared_, frame.self, transform, alias));
+    const ValueTransform* transform = frame.isChanged ? frame.transform : nullptr;
+    const ValueTransform* alias = frame.isChanged ? nullptr : frame.transform;
+    auto* cached = new CachedOrigin(shared_, frame.self, transform, alias);
+    const Ref<const Origin> origin(cached);
     Value made;
     if (frame.isDictionary) {
       std::vector<Dictionary::Entry> entries;
@@ -190,8 +249,7 @@ class ArchiveDecoder {
     } else {
       made = Value(ArrayAccess::make(std::move(frame.values), frame.archivedClass, origin));
     }
-    archive_.cache_[{frame.self, transform}] = made.body().get();
-    if (alias) archive_.cache_[{frame.self, alias}] = made.body().get();
+    cached->remember(made.body().get());
     // whoever holds this container holds the change
     if (frame.isChanged && frames_.size() > 1) frames_[frames_.size() - 2].isChanged = true;
     return made;
@@ -203,6 +261,14 @@ class ArchiveDecoder {
   uint64_t budget_;
   std::vector<Frame> frames_;
   std::unordered_set<uint32_t> inProgress_;
+  struct Made {
+    Value value;
+    bool isChanged = false;
+  };
+  /// What decoders of classes made: an object mentioned twice is one value.
+  std::unordered_map<KeyedArchive::CacheKey, Made, KeyedArchive::CacheHash> made_;
+  std::vector<std::shared_ptr<ns::Object>> company_;  // objects made anew on the way
+  uint32_t ownDecoding_ = 0;  // what to take back when a decoder raises an exception
 };
 
 std::vector<uint32_t> KeyedArchive::elementNumbers(const Record& record, const char* key,
@@ -213,15 +279,23 @@ std::vector<uint32_t> KeyedArchive::elementNumbers(const Record& record, const c
     for (uint64_t i = 0; i < list->count; ++i) numbers.push_back(target(element(*list, i)));
     return numbers;
   }
-  for (size_t i = 0;; ++i) {
-    const std::string name = numbered + std::to_string(i);
-    uint32_t position = 0;
-    while (position < record.shape->count() && !(record.shape->key(position) == name)) ++position;
-    if (position == record.shape->count()) return numbers;
+  const uint32_t count = record.shape->count();
+  std::vector<uint32_t> positions(count, count);  // by the number in the key
+  for (uint32_t i = 0; i < count; ++i) {
+    const String& name = record.shape->key(i);
+    if (!name.isAscii() || !name.ascii().starts_with(numbered)) continue;
+    const std::string_view digits = name.ascii().substr(numbered.size());
+    uint32_t at = count;
+    std::from_chars(digits.data(), digits.data() + digits.size(), at);
+    if (at < count && digits == std::to_string(at)) positions[at] = i;
+  }
+  for (const uint32_t position : positions) {
+    if (position == count) break;
     const Object found = field(record, position);
-    if (found.type != Type::uid) return numbers;
+    if (found.type != Type::uid) break;
     numbers.push_back(target(found));
   }
+  return numbers;
 }
 
 Value KeyedArchive::value(uint32_t number, const ValueTransform* transform) const {

@@ -11,6 +11,8 @@ constexpr uint32_t kUnwritten = 0xFFFFFFFF;
 // Containers inside records that are at least this long are remembered, so that one that many
 // records share is written once.
 constexpr uint64_t kLongContainer = 16;
+// So are strings and data of at least so many bytes.
+constexpr size_t kLongText = 256;
 
 const ClassRef& classNamed(const char* name, const char* base, ClassRef& slot) {
   if (!slot) slot = base ? makeClass({name, base, "NSObject"}) : makeClass({name, "NSObject"});
@@ -24,6 +26,10 @@ const ClassRef& arrayClass() {
 const ClassRef& mutableArrayClass() {
   static thread_local ClassRef slot;
   return classNamed("NSMutableArray", "NSArray", slot);
+}
+const ClassRef& mutableStringClass() {
+  static thread_local ClassRef slot;
+  return classNamed("NSMutableString", "NSString", slot);
 }
 const ClassRef& dictionaryClass() {
   static thread_local ClassRef slot;
@@ -151,15 +157,21 @@ uint32_t KeyedArchiver::numberOfArchived(uint16_t index, uint32_t original) {
     case KeyedArchive::EntryKind::null:
       number = newNumber();  // stays null, and stays an entry of its own
       return number;
-    case KeyedArchive::EntryKind::scalar:
-      number = numberOfScalar(copyScalar(entry.object));
-      return number;
+    case KeyedArchive::EntryKind::scalar: {
+      const uint32_t place = source.archive->entryIndex(original);
+      if (entry.object.text().size() >= kLongText) {
+        uint32_t& known = source.textNumbers[place];
+        if (known == 0) known = numberOfScalar(copyScalar(entry.object));
+        return number = known;
+      }
+      return number = numberOfScalar(copyScalar(entry.object));
+    }
     case KeyedArchive::EntryKind::instance:
       break;
   }
   if (source.archive->record(original, entry.object).archivedClass->kind() == Kind::object) {
-    const uint32_t found =
-        numberOfObject(std::static_pointer_cast<const Object>(source.archive->object(original)));
+    const uint32_t found = numberOfObject(
+        std::static_pointer_cast<const Object>(source.archive->object(original, company_)));
     return sources_[index].numbers[original] = found;
   }
   number = newNumber();
@@ -179,7 +191,8 @@ uint32_t KeyedArchiver::numberOfRewritten(uint16_t source, uint32_t original,
   if (number != 0) return number;
   const KeyedArchive::Entry entry = sources_[source].archive->entry(original);
   if (entry.kind == KeyedArchive::EntryKind::scalar) {
-    number = numberOfScalar(string(transform->string(KeyedArchive::string(entry.object))));
+    const Value text = sources_[source].archive->sharedScalar(entry.object);
+    number = numberOf(Value(transform->string(text.string())));
     return number;
   }
   number = newNumber();
@@ -189,11 +202,16 @@ uint32_t KeyedArchiver::numberOfRewritten(uint16_t source, uint32_t original,
 }
 
 uint32_t KeyedArchiver::numberOfClass(const ClassRef& archivedClass) {
-  for (const auto& [known, number] : classes_) {
-    if (known == archivedClass || *known == *archivedClass) return number;
+  uint32_t& number = classNumbers_[archivedClass.get()];
+  if (number != 0) return number;
+  const auto [from, to] = classes_.equal_range(archivedClass->name);
+  for (auto it = from; it != to; ++it) {
+    if (*it->second.first == *archivedClass) number = it->second.second;
   }
-  const uint32_t number = newNumber();
-  classes_.emplace_back(archivedClass, number);
+  if (number == 0) number = newNumber();
+  // holds the class, too, as its address stands for it
+  classes_.emplace(archivedClass->name, std::pair(archivedClass, number));
+  if (entries_[number] != kUnwritten) return number;
   const auto list = [&](const std::vector<std::string>& names) {
     std::vector<Reference> references;
     for (const std::string& name : names) references.push_back(string(String(name)));
@@ -227,6 +245,15 @@ uint32_t KeyedArchiver::numberOf(const Value& value) {
     case Kind::real:
       return numberOfScalar(scalar(value));
     case Kind::string:
+      if (value.archivedClass()) break;
+      if (value.string() == "$null") {
+        // a bare one would be read as null
+        if (nullText_.isNone()) {
+          nullText_ = Value(value.string().withArchivedClass(mutableStringClass()));
+        }
+        return numberOf(nullText_);
+      }
+      return numberOfScalar(scalar(value));
     case Kind::data:
       if (!value.archivedClass()) return numberOfScalar(scalar(value));
       break;
@@ -274,6 +301,15 @@ PropertyListWriter::Reference KeyedArchiver::scalar(const Value& value) {
     default:
       return string(value.string());
   }
+}
+
+PropertyListWriter::Reference KeyedArchiver::copyScalar(uint16_t source,
+                                                        const KeyedArchive::Object& object,
+                                                        uint32_t place) {
+  if (object.text().size() < kLongText) return copyScalar(object);
+  const auto [known, isNew] = sources_[source].texts.try_emplace(place, 0);
+  if (isNew) known->second = copyScalar(object);
+  return known->second;
 }
 
 PropertyListWriter::Reference KeyedArchiver::copyScalar(const KeyedArchive::Object& object) {
@@ -492,7 +528,9 @@ PropertyListWriter::Reference KeyedArchiver::copyInline(uint16_t index,
   if (object.type == Type::uid) {
     return referenceTo(numberOfArchived(index, archive->target(object)));
   }
-  if (object.type != Type::array && object.type != Type::dictionary) return copyScalar(object);
+  if (object.type != Type::array && object.type != Type::dictionary) {
+    return copyScalar(index, object, place);
+  }
   const bool isArray = object.type == Type::array;
   const uint64_t count = isArray ? object.count : 2 * object.count;
   // lists of references are all there is in most archives; anything nested is remembered
@@ -546,12 +584,18 @@ void KeyedArchiver::writeRewritten(uint32_t number, uint16_t index, const Rewrit
   const uint32_t count = record.shape->count();
   const PropertyListWriter::Container copy = writer_.dictionary(count);
   entries_[number] = copy.reference;
+  const bool hasList = archive->fieldForKey(record, "NS.objects").has_value();
+  const auto isNumbered = [](const String& name) {
+    return name.isAscii() && name.ascii().starts_with("NS.object.");
+  };
   for (uint32_t i = 0; i < count; ++i) {
     const String& name = record.shape->key(i);
     const KeyedArchive::Object field = archive->field(record, i);
     Reference value = 0;
     if (name == "$class") {
       value = referenceTo(numberOfClass(record.archivedClass->info));
+    } else if (!hasList && field.type == KeyedArchive::Type::uid && isNumbered(name)) {
+      value = referenceTo(numberOfRewritten(index, archive->target(field), transform));
     } else if (name == "NS.objects" && field.type == KeyedArchive::Type::array) {
       const PropertyListWriter::Container list = writer_.array(field.count);
       for (uint64_t at = 0; at < field.count; ++at) {

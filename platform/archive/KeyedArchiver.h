@@ -62,6 +62,8 @@ class KeyedArchiver final : public Coder {
     std::vector<uint32_t> numbers;  // by number there: the number here, or 0
     std::unordered_map<const KeyedArchive::Shape*, std::vector<Reference>> keys;
     std::unordered_map<uint32_t, Reference> containers;  // long ones copied whole
+    std::unordered_map<uint32_t, Reference> texts;       // long ones, by place in the file
+    std::unordered_map<uint32_t, uint32_t> textNumbers;  // those that are entries
     bool hasObjects = false;
   };
   enum class What : uint8_t { object, value, list, archived, rewritten };
@@ -100,6 +102,7 @@ class KeyedArchiver final : public Coder {
 
   Reference scalar(const Value& value);
   Reference string(const String& string);
+  Reference copyScalar(uint16_t source, const KeyedArchive::Object& object, uint32_t place);
   Reference copyScalar(const KeyedArchive::Object& object);
   Reference copyInline(uint16_t source, const KeyedArchive::Object& object, uint32_t index);
   Reference fieldReference(const Field& field);
@@ -119,9 +122,12 @@ class KeyedArchiver final : public Coder {
   std::unordered_map<uint64_t, uint32_t> rewrittenNumbers_;
   std::vector<Rewritten> rewritten_;
   std::vector<const ValueTransform*> transforms_;
-  std::vector<std::pair<ClassRef, uint32_t>> classes_;
+  std::unordered_map<const ClassInfo*, uint32_t> classNumbers_;
+  std::unordered_multimap<std::string, std::pair<ClassRef, uint32_t>> classes_;  // by name
+  Value nullText_;  // the text "$null" in a form that is not null
   std::unordered_map<const char*, Reference> keys_;
   std::vector<std::shared_ptr<const Object>> kept_;      // objects that only values hold
+  std::vector<std::shared_ptr<Object>> company_;         // objects made anew to be copied
   std::vector<std::pair<Reference, Reference>> fields_;  // of the record being written
 };
 

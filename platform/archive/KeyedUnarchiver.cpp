@@ -12,11 +12,11 @@ Value KeyedUnarchiver::unarchiveObject(const Data& data, const ClassRegistry& re
 
 Value KeyedUnarchiver::unarchiveObject(const std::shared_ptr<KeyedArchive>& archive,
                                        uint32_t number) {
-  const Kind kind = archive->kind(number);
-  if (kind != Kind::object) return archive->value(number);
   KeyedUnarchiver unarchiver(archive);
   unarchiver.makeObjects(archive->objectNumbers());
-  return Value(unarchiver.made(number));
+  if (std::shared_ptr<ns::Object> object = unarchiver.made(number)) return Value(object);
+  // the objects live until the value has taken its own
+  return archive->value(number);
 }
 
 void KeyedUnarchiver::makeObjects(const std::vector<uint32_t>& numbers) {
@@ -40,6 +40,10 @@ std::shared_ptr<ns::Object> KeyedUnarchiver::made(uint32_t number) const {
 }
 
 std::optional<KeyedArchive::Object> KeyedUnarchiver::field(const char* key) const {
+  // a leading "$" marks the archiver's own keys; one of a class has another in front
+  if (*key == '$') {
+    return archive_->fieldForKey(record_, String(std::string_view("$" + std::string(key))));
+  }
   return archive_->fieldForKey(record_, key);
 }
 
@@ -160,18 +164,23 @@ void KeyedUnarchiver::fail(const std::string& what) const {
 
 void KeyedArchive::registerObject(uint32_t number,
                                   const std::shared_ptr<ns::Object>& object) const {
-  live_[number] = object;
+  std::weak_ptr<ns::Object>& known = live_[number];
+  if (known.expired()) known = object;
 }
 
-std::shared_ptr<ns::Object> KeyedArchive::object(uint32_t number) const {
+std::shared_ptr<ns::Object> KeyedArchive::object(
+    uint32_t number, std::vector<std::shared_ptr<ns::Object>>& company) const {
   const auto found = live_.find(number);
   if (found != live_.end()) {
     if (std::shared_ptr<ns::Object> object = found->second.lock()) return object;
   }
   // The object is gone, or nobody but values ever held it: read it again, with those that
   // belong to it.
-  const auto self = std::const_pointer_cast<KeyedArchive>(shared_from_this());
-  return KeyedUnarchiver::unarchiveObject(self, number).object();
+  KeyedUnarchiver unarchiver(shared_from_this());
+  unarchiver.makeObjects(objects_);
+  company.insert(company.end(), unarchiver.objects_.begin(), unarchiver.objects_.end());
+  registerObject(number, unarchiver.made(number));
+  return unarchiver.made(number);
 }
 
 }  // namespace ns

@@ -18,7 +18,8 @@ class KeyedUnarchiver final : public Coder {
   /// The root value of the data of an archive; none when the root is null.  Raises
   /// ArchiveException for malformed data.
   static Value unarchiveObject(const Data& data, const ClassRegistry& registry);
-  /// The value of a number of an open archive, with all objects that it needs.
+  /// The value of a number of an open archive, with all objects that it needs.  An object is the
+  /// one that values of the archive refer to, as long as it lives.
   static Value unarchiveObject(const std::shared_ptr<KeyedArchive>& archive, uint32_t number);
 
   [[nodiscard]] bool allowsKeyedCoding() const override { return true; }
@@ -48,6 +49,7 @@ class KeyedUnarchiver final : public Coder {
   [[noreturn]] void fail(const std::string& what) const;
 
  private:
+  friend class KeyedArchive;
   explicit KeyedUnarchiver(std::shared_ptr<const KeyedArchive> archive);
   void makeObjects(const std::vector<uint32_t>& numbers);
   [[nodiscard]] std::shared_ptr<ns::Object> made(uint32_t number) const;

@@ -29,7 +29,7 @@ Field fieldOf(const std::shared_ptr<const KeyedArchive>& archive,
       }
       return field;
     default:
-      return Field::primitive(KeyedArchive::scalar(object));
+      return Field::primitive(archive->sharedScalar(object));
   }
 }
 
@@ -69,15 +69,27 @@ class RecordBody : public ArchivableBody {
     std::vector<std::pair<String, Field>> all;
     const KeyedArchive::Record record = archived();
     for (uint32_t i = 0; i < record.shape->count(); ++i) {
-      if (record.shape->key(i) == "$class") continue;
+      if (i == record.shape->classPosition()) continue;
       all.emplace_back(record.shape->key(i),
                        fieldOf(origin_->archive(), origin_->archive()->field(record, i)));
     }
     return all;
   }
+  [[nodiscard]] std::vector<String> keys() const {
+    std::vector<String> names;
+    if (origin_) {
+      const KeyedArchive::Record record = archived();
+      for (uint32_t i = 0; i < record.shape->count(); ++i) {
+        if (i != record.shape->classPosition()) names.push_back(record.shape->key(i));
+      }
+    } else {
+      for (const auto& [key, field] : fields_) names.push_back(key);
+    }
+    return names;
+  }
   [[nodiscard]] std::optional<Field> find(const char* key) const {
     if (origin_) {
-      const auto found = origin_->archive()->fieldForKey(archived(), key);
+      const auto found = origin_->archive()->fieldForKey(archived(), String(key));
       if (!found) return std::nullopt;
       return fieldOf(origin_->archive(), *found);
     }
@@ -103,6 +115,27 @@ class RecordBody : public ArchivableBody {
 struct Comparison {
   int depth = 0;
   std::set<std::pair<const void*, const void*>> pairs;
+  // what was compared stays, so that no address stands for two records
+  std::vector<Ref<const ValueBody>> kept;
+};
+
+/// One level of it; the outermost one ends it, however it is left.
+class ComparisonLevel {
+ public:
+  explicit ComparisonLevel(Comparison& comparison) : comparison_(comparison) {
+    ++comparison_.depth;
+  }
+  ComparisonLevel(const ComparisonLevel&) = delete;
+  ComparisonLevel& operator=(const ComparisonLevel&) = delete;
+  ~ComparisonLevel() {
+    if (--comparison_.depth == 0) {
+      comparison_.pairs.clear();
+      std::vector<Ref<const ValueBody>>().swap(comparison_.kept);
+    }
+  }
+
+ private:
+  Comparison& comparison_;
 };
 
 // Records nested deeper than this are equal only when they are the same.
@@ -127,18 +160,20 @@ bool RecordBody::isEqual(const ValueBody& other) const {
   const void* there = that.origin_ ? static_cast<const void*>(that.archived().values) : &that;
   Comparison& current = comparison();
   if (current.depth >= kDeepestComparison) return false;
+  const ComparisonLevel level(current);
   if (!current.pairs.emplace(here, there).second) return true;
-  ++current.depth;
+  current.kept.emplace_back(this);
+  current.kept.emplace_back(&that);
   const auto mine = fields();
   const auto theirs = that.fields();
-  bool equal = mine.size() == theirs.size();
-  for (size_t i = 0; equal && i < mine.size(); ++i) {
-    const auto match = std::find_if(theirs.begin(), theirs.end(),
-                                    [&](const auto& each) { return each.first == mine[i].first; });
-    equal = match != theirs.end() && equalFields(mine[i].second, match->second);
+  if (mine.size() != theirs.size()) return false;
+  for (const auto& [key, field] : mine) {
+    const auto match =
+        std::find_if(theirs.begin(), theirs.end(),
+                     [&, &name = key](const auto& each) { return each.first == name; });
+    if (match == theirs.end() || !equalFields(field, match->second)) return false;
   }
-  if (--current.depth == 0) current.pairs.clear();
-  return equal;
+  return true;
 }
 
 const RecordBody* bodyOf(const Value& value) {
@@ -174,15 +209,14 @@ ClassRef Record::archivedClass() const { return bodyOf(value_)->classForArchiver
 
 std::vector<std::pair<String, Field>> Record::allFields() const { return bodyOf(value_)->fields(); }
 
-size_t Record::count() const { return allFields().size(); }
+size_t Record::count() const { return keys().size(); }
 
-std::vector<String> Record::keys() const {
-  std::vector<String> names;
-  for (const auto& [key, field] : allFields()) names.push_back(key);
-  return names;
+std::vector<String> Record::keys() const { return bodyOf(value_)->keys(); }
+
+bool Record::contains(const char* key) const {
+  const std::vector<String> names = keys();
+  return std::any_of(names.begin(), names.end(), [&](const String& name) { return name == key; });
 }
-
-bool Record::contains(const char* key) const { return bodyOf(value_)->find(key).has_value(); }
 
 Value Record::valueForKey(const char* key) const {
   const std::optional<Field> found = bodyOf(value_)->find(key);
