@@ -1,16 +1,35 @@
 #include "model/undo/OLTreeUndoController.h"
 
+#include <unordered_map>
+
+#include "platform/foundation/NotificationCenter.h"
+
 namespace tavlin {
 
+std::shared_ptr<OLTreeUndoController> OLTreeUndoController::initWithDataSource(
+    std::shared_ptr<OLDataSource> dataSource) {
+  return initWithDataSourceRootItem(std::move(dataSource), nullptr);
+}
+
+std::shared_ptr<OLTreeUndoController> OLTreeUndoController::initWithDataSourceRootItem(
+    std::shared_ptr<OLDataSource> dataSource, std::shared_ptr<OLNode> rootItem) {
+  auto controller = std::make_shared<OLTreeUndoController>();
+  controller->setTree(OLTree::initWithRootItem(std::move(rootItem)));
+  controller->setDataSource(std::move(dataSource));
+  return controller;
+}
+
 std::shared_ptr<OLTreeUndoController> OLTreeUndoController::create() {
-  return initWithRootItem(nullptr);
+  return initWithDataSourceRootItem(nullptr, nullptr);
 }
 
 std::shared_ptr<OLTreeUndoController> OLTreeUndoController::initWithRootItem(
     std::shared_ptr<OLNode> rootItem) {
-  auto controller = std::make_shared<OLTreeUndoController>();
-  controller->setTree(OLTree::initWithRootItem(std::move(rootItem)));
-  return controller;
+  return initWithDataSourceRootItem(nullptr, std::move(rootItem));
+}
+
+OLTreeUndoController::~OLTreeUndoController() {
+  ns::NotificationCenter::defaultCenter().removeObserver(this);
 }
 
 ns::ClassRef OLTreeUndoController::classForCoder() const {
@@ -18,6 +37,65 @@ ns::ClassRef OLTreeUndoController::classForCoder() const {
       ns::makeClass({"OLTreeUndoController", "OLTreeRuntimeAttributesController",
                      "OLTreeController", "NSObject"});
   return archived;
+}
+
+OLTreeUndoController::Place OLTreeUndoController::placeOf(const std::shared_ptr<OLNode>& item) {
+  auto parent = item ? item->parent() : nullptr;
+  const int64_t index = parent ? parent->indexOfChild(item.get()) : 0;
+  return {std::move(parent), index};
+}
+
+std::shared_ptr<ns::UndoManager> OLTreeUndoController::undoManager() const {
+  return tree() && dataSource_ ? dataSource_->undoManager() : nullptr;
+}
+
+bool OLTreeUndoController::isUndoingOrRedoing() const {
+  const auto manager = undoManager();
+  return manager && (manager->isUndoing() || manager->isRedoing());
+}
+
+void OLTreeUndoController::groupArraysWithItemsParentsChildrenIndexes(
+    OLItems items, OLNodeList& parents, std::vector<OLNodeList>& children,
+    std::vector<ns::IndexSet>& indexes) const {
+  std::unordered_map<const OLNode*, size_t> positions;
+  for (size_t i = 0; i < parents.size(); ++i) positions.emplace(parents[i].get(), i);
+  for (const auto& item : items) {
+    const Place place = placeOf(item);
+    if (!place.parent || place.index < 0) continue;
+    const auto index = static_cast<size_t>(place.index);
+    const auto [entry, isNew] = positions.emplace(place.parent.get(), parents.size());
+    if (isNew) {
+      parents.push_back(place.parent);
+      children.emplace_back();
+      indexes.emplace_back();
+    }
+    ns::IndexSet& taken = indexes[entry->second];
+    if (taken.containsIndex(index)) continue;  // the same item again
+    taken.addIndex(index);
+    children[entry->second].push_back(item);
+  }
+}
+
+void OLTreeUndoController::requestSelection(const std::shared_ptr<OLNode>& item) const {
+  const auto delegate = item && dataSource_ ? dataSource_->delegate() : nullptr;
+  if (delegate) delegate->selectItemAfterUndoRedo(item);
+}
+
+void OLTreeUndoController::requestSelectionAfterDeletion(const std::shared_ptr<OLNode>& removed,
+                                                         const Place& place) const {
+  const auto delegate = place.parent && dataSource_ ? dataSource_->delegate() : nullptr;
+  if (!delegate) return;
+  bool isHandled = false;
+  if (place.parent->countChildren() == 0) {
+    isHandled =
+        delegate->selectItemAfterUndoRedoIfExpandedTreeStyleWithLastChild(place.parent, removed);
+  } else if (place.index == 0) {
+    isHandled = delegate->selectItemWithParentAfterUndoRedoIfExpandedTreeStyle(
+        place.parent->childAtIndex(0), place.parent);
+  }
+  if (!isHandled) {
+    delegate->selectUpperItemInSameColumnAfterUndoRedoWithParent(removed, place.parent);
+  }
 }
 
 }  // namespace tavlin

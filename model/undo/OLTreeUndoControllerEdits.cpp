@@ -1,0 +1,217 @@
+// The structural edits.  Whether an inverse is recorded before or after its edit is part of each
+// operation: before, where it needs what the edit changes; after, where it needs the result.
+
+#include <string>
+
+#include "model/undo/OLTreeUndoController.h"
+#include "platform/foundation/Exception.h"
+
+namespace tavlin {
+
+using Super = OLTreeRuntimeAttributesController;
+
+// The arguments that an inverse keeps are lists of its own; OLItems is only a view of one.
+
+void OLTreeUndoController::recordDeleteItem(const std::shared_ptr<OLNode>& item) {
+  record("deleteItem:", &OLTreeUndoController::deleteItem, item);
+}
+
+void OLTreeUndoController::recordDeleteItems(OLItems items) {
+  record(
+      "deleteItems:",
+      [](OLTreeUndoController& controller, const OLNodeList& kept) {
+        controller.deleteItems(kept);
+      },
+      items.list());
+}
+
+std::shared_ptr<OLNode> OLTreeUndoController::addItemWithSelected(
+    std::shared_ptr<OLNode> selected) {
+  const auto item = Super::addItemWithSelected(std::move(selected));
+  recordDeleteItem(item);
+  return item;
+}
+
+std::shared_ptr<OLNode> OLTreeUndoController::insertSiblingWithSelected(
+    std::shared_ptr<OLNode> selected) {
+  const auto item = Super::insertSiblingWithSelected(std::move(selected));
+  recordDeleteItem(item);
+  return item;
+}
+
+std::shared_ptr<OLNode> OLTreeUndoController::insertChildToItemAtIndex(std::shared_ptr<OLNode> item,
+                                                                       uint64_t index) {
+  const auto child = Super::insertChildToItemAtIndex(std::move(item), index);
+  if (child) recordDeleteItem(child);
+  return child;
+}
+
+void OLTreeUndoController::insertItemSelected(std::shared_ptr<OLNode> item,
+                                              std::shared_ptr<OLNode> selected) {
+  Super::insertItemSelected(item, std::move(selected));
+  recordDeleteItem(item);
+}
+
+void OLTreeUndoController::addChildToItem(std::shared_ptr<OLNode> child,
+                                          std::shared_ptr<OLNode> item) {
+  Super::addChildToItem(child, std::move(item));
+  recordDeleteItem(child);
+}
+
+bool OLTreeUndoController::insertItemsSelected(OLItems items, std::shared_ptr<OLNode> selected) {
+  const OLNodeList list = items.list();  // `items` may be a view of a list that changes
+  const bool isDone = Super::insertItemsSelected(list, std::move(selected));
+  recordDeleteItems(list);
+  return isDone;
+}
+
+void OLTreeUndoController::insertItemToParentAtIndex(std::shared_ptr<OLNode> item,
+                                                     std::shared_ptr<OLNode> parent,
+                                                     int64_t index) {
+  recordDeleteItem(item);
+  Super::insertItemToParentAtIndex(item, std::move(parent), index);
+  requestSelection(item);
+}
+
+void OLTreeUndoController::insertItemsToParentAtIndexes(OLItems items,
+                                                        std::shared_ptr<OLNode> parent,
+                                                        const ns::IndexSet& indexes) {
+  const OLNodeList list = items.list();
+  recordDeleteItems(list);
+  Super::insertItemsToParentAtIndexes(items.isNone() ? items : OLItems(list), std::move(parent),
+                                      indexes);
+  for (auto item = list.rbegin(); item != list.rend(); ++item) requestSelection(*item);
+}
+
+void OLTreeUndoController::deleteItem(std::shared_ptr<OLNode> item) {
+  const Place place = placeOf(item);
+  if (place.parent) {
+    record("insertItem:toParent:atIndex:", &OLTreeUndoController::insertItemToParentAtIndex, item,
+           place.parent, place.index);
+  }
+  Super::deleteItem(item);
+  if (isUndoingOrRedoing()) requestSelectionAfterDeletion(item, place);
+}
+
+void OLTreeUndoController::deleteItems(OLItems items) {
+  if (items.empty()) return;
+  const OLNodeList list = items.list();
+  const Place placeOfFirst = placeOf(list.front());
+  OLNodeList parents;
+  std::vector<OLNodeList> children;
+  std::vector<ns::IndexSet> indexes;
+  groupArraysWithItemsParentsChildrenIndexes(list, parents, children, indexes);
+  for (size_t i = 0; i < parents.size(); ++i) {
+    record(
+        "insertItems:toParent:atIndexes:",
+        [](OLTreeUndoController& controller, const OLNodeList& kept,
+           const std::shared_ptr<OLNode>& parent, const ns::IndexSet& places) {
+          controller.insertItemsToParentAtIndexes(kept, parent, places);
+        },
+        std::move(children[i]), parents[i], std::move(indexes[i]));
+  }
+  Super::deleteItems(list);
+  if (isUndoingOrRedoing()) requestSelectionAfterDeletion(list.front(), placeOfFirst);
+}
+
+void OLTreeUndoController::makeItemChild(std::shared_ptr<OLNode> item) {
+  makeItemChildNeedSelectionAtUndoRedo(std::move(item), true);
+}
+
+void OLTreeUndoController::makeItemChildWithNoSelectionAtUndoRedo(std::shared_ptr<OLNode> item) {
+  makeItemChildNeedSelectionAtUndoRedo(std::move(item), false);
+}
+
+void OLTreeUndoController::makeItemChildNeedSelectionAtUndoRedo(std::shared_ptr<OLNode> item,
+                                                                bool needSelection) {
+  const Place place = placeOf(item);
+  if (place.parent) {
+    record("moveItem:toParent:atIndex:needSelection:",
+           &OLTreeUndoController::moveItemToParentAtIndexNeedSelection, item, place.parent,
+           place.index, needSelection);
+  }
+  Super::makeItemChild(std::move(item));
+}
+
+void OLTreeUndoController::makeItemParent(std::shared_ptr<OLNode> item) {
+  Super::makeItemParent(std::move(item));
+}
+
+void OLTreeUndoController::makeItemParentWithUndoRegister(std::shared_ptr<OLNode> item,
+                                                          bool undoRegister) {
+  const Place place = placeOf(item);
+  if (undoRegister && place.parent) {
+    record("moveItem:toParent:atIndex:", &OLTreeUndoController::moveItemToParentAtIndex, item,
+           place.parent, place.index);
+  }
+  makeItemParent(std::move(item));
+}
+
+void OLTreeUndoController::moveItemToParentAtIndex(std::shared_ptr<OLNode> item,
+                                                   std::shared_ptr<OLNode> parent, int64_t index) {
+  moveItemToParentAtIndexNeedSelection(std::move(item), std::move(parent), index, true);
+}
+
+void OLTreeUndoController::moveItemToParentAtIndexNeedSelection(std::shared_ptr<OLNode> item,
+                                                                std::shared_ptr<OLNode> parent,
+                                                                int64_t index, bool needSelection) {
+  const Place place = placeOf(item);
+  record("moveItem:toParent:atIndex:needSelection:",
+         &OLTreeUndoController::moveItemToParentAtIndexNeedSelection, item, place.parent,
+         place.index, needSelection);
+  Super::moveItemToParentAtIndex(item, std::move(parent), index);
+  if (needSelection) requestSelection(item);
+}
+
+namespace {
+
+/// The indexes of different children; raises as documented for moveItems:ofParent:atIndexes:.
+ns::IndexSet checkedIndexes(const OLNodeList& items, const OLNode& parent,
+                            const ns::IndexSet& newIndexes) {
+  const std::string operation = "OLTreeUndoController moveItems:ofParent:atIndexes: ";
+  if (newIndexes.count() != items.size()) {
+    throw ns::InvalidArgumentException(operation + std::to_string(items.size()) + " items for " +
+                                       std::to_string(newIndexes.count()) + " indexes");
+  }
+  ns::IndexSet indexes;
+  for (size_t i = 0; i < items.size(); ++i) {
+    const int64_t index = parent.indexOfChild(items[i].get());
+    if (index < 0) {
+      throw ns::RangeException(operation + "item " + std::to_string(i) +
+                               " is no child of the parent");
+    }
+    if (indexes.containsIndex(static_cast<size_t>(index))) {
+      throw ns::InvalidArgumentException(operation + "item " + std::to_string(i) + " comes twice");
+    }
+    indexes.addIndex(static_cast<size_t>(index));
+  }
+  // As many go in as come out, so the list is as long afterwards.
+  if (!newIndexes.empty() && newIndexes.lastIndex() >= parent.countChildren()) {
+    throw ns::RangeException(operation + "index " + std::to_string(newIndexes.lastIndex()) +
+                             " is past the end of " + std::to_string(parent.countChildren()) +
+                             " children");
+  }
+  return indexes;
+}
+
+}  // namespace
+
+void OLTreeUndoController::moveItemsOfParentAtIndexes(OLItems items, std::shared_ptr<OLNode> parent,
+                                                      const ns::IndexSet& newIndexes) {
+  const OLNodeList list = items.list();
+  const auto owner = parent ? parent : tree() ? tree()->rootItem() : nullptr;
+  if (!owner) return;
+  record(
+      "moveItems:ofParent:atIndexes:",
+      [](OLTreeUndoController& controller, const OLNodeList& kept,
+         const std::shared_ptr<OLNode>& ofParent, const ns::IndexSet& places) {
+        controller.moveItemsOfParentAtIndexes(kept, ofParent, places);
+      },
+      list, parent, checkedIndexes(list, *owner, newIndexes));
+  Super::deleteItems(list);
+  Super::insertItemsToParentAtIndexes(list, std::move(parent), newIndexes);
+  if (!isUndoingOrRedoing()) return;
+  for (const auto& item : list) requestSelection(item);
+}
+
+}  // namespace tavlin
