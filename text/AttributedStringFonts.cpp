@@ -1,6 +1,6 @@
 #include "text/AttributedStringFonts.h"
 
-#include <algorithm>
+#include <map>
 #include <optional>
 
 #include "platform/archive/KeyedArchive.h"
@@ -57,26 +57,39 @@ std::optional<ns::String> replacementFor(const ns::Font& font, const ns::String&
   return std::nullopt;
 }
 
+/// Fonts in place of others, one object for the same font and name.
+class Replacements {
+ public:
+  const ns::Value& fontFor(const ns::Font& old, const ns::String& name) {
+    const ns::Value key = old.asValue();
+    const auto [made, isNew] = made_.try_emplace({key.body().get(), name});
+    if (isNew) made->second = {key, old.withName(name).asValue()};
+    return made->second.fresh;
+  }
+
+ private:
+  struct Made {
+    ns::Value old;  // held, so that its address stays taken
+    ns::Value fresh;
+  };
+  std::map<std::pair<const ns::ValueBody*, ns::String>, Made> made_;
+};
+
 /// Gives a stretch of one font another one.  Runs that share their attributes, in this text or in
 /// another one of the same archive, share the new ones too.
-void setFont(ns::MutableAttributedString& text, const ns::Font& font, const ns::String& name,
+void setFont(ns::MutableAttributedString& text, const ns::Value& font, const ns::String& name,
              ns::Range stretch) {
-  for (size_t at = stretch.location; at < stretch.end();) {
-    ns::Range run;
-    const ns::Dictionary old = text.attributedString().attributesAtIndex(at, &run);
-    const size_t end = std::min(run.end(), stretch.end());
+  text.changeAttributesInRange(stretch, [&](const ns::Dictionary& old) {
     const auto withFont = [&] {
       ns::Dictionary attributes = old;
-      attributes.setObjectForKey(font.withName(name).asValue(), ns::Value(ns::kFontAttributeName));
+      attributes.setObjectForKey(font, ns::Value(ns::kFontAttributeName));
       return attributes;
     };
     const auto* origin = dynamic_cast<const ns::ArchiveOrigin*>(ns::DictionaryAccess::origin(old));
-    text.setAttributesRange(origin ? origin->archive()->derivedDictionary(
-                                         origin->number(), "NSFont " + name.utf8(), withFont)
-                                   : withFont(),
-                            {at, end - at});
-    at = end;
-  }
+    if (!origin) return withFont();
+    return origin->archive()->derivedDictionary(origin->number(), "NSFont " + name.utf8(),
+                                                withFont);
+  });
 }
 
 }  // namespace
@@ -93,6 +106,7 @@ void fixFontAttributes_suitableForDocumentInRange(ns::MutableAttributedString& t
       range.length > text.length() - range.location) {
     return;
   }
+  Replacements replacements;
   for (ns::Range rest = range; rest.length > 0;) {
     ns::Range run;
     const ns::Value value = text.attributedString().attributeAtIndexLongestEffectiveRangeInRange(
@@ -102,7 +116,7 @@ void fixFontAttributes_suitableForDocumentInRange(ns::MutableAttributedString& t
     if (font && ns::isInterfaceFontName(font->fontName()) &&
         !isFamilyNameSuitableForUserDocuments(font->familyName())) {
       const auto name = replacementFor(*font, text.string().substring(run));
-      if (name) setFont(text, *font, *name, run);
+      if (name) setFont(text, replacements.fontFor(*font, *name), *name, run);
     }
     rest = {run.end(), rest.end() - run.end()};
   }

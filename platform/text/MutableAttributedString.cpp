@@ -16,7 +16,9 @@ std::string describe(Range range) {
   return "range {" + std::to_string(range.location) + ", " + std::to_string(range.length) + "}";
 }
 
-bool isSame(const Dictionary& a, const Dictionary& b) { return Value(a).body() == Value(b).body(); }
+bool isSame(const Dictionary& a, const Dictionary& b) {
+  return Value(a).body() == Value(b).body() || (a.empty() && b.empty());
+}
 
 /// Runs for a text, put together from left to right; equal neighbours become one.
 class RunList {

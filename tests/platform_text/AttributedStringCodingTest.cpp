@@ -1,0 +1,129 @@
+#include <gtest/gtest.h>
+
+#include "TextTesting.h"
+#include "platform/archive/KeyedArchiver.h"
+#include "platform/archive/KeyedUnarchiver.h"
+#include "platform/foundation/Array.h"
+#include "platform/text/Color.h"
+#include "platform/text/TextClasses.h"
+
+namespace ns {
+namespace {
+
+const ClassRegistry& classes() {
+  static const ClassRegistry* const made = [] {
+    auto* registry = new ClassRegistry();
+    addTextClasses(*registry);
+    return registry;
+  }();
+  return *made;
+}
+
+Data archived(const Value& value) { return KeyedArchiver::archivedDataWithRootObject(value); }
+
+Value there(const Value& value) {
+  return KeyedUnarchiver::unarchiveObject(archived(value), classes());
+}
+
+AttributedString thereAndBack(const AttributedString& text) {
+  const Value value = there(text.asValue());
+  EXPECT_EQ(value.kind(), Kind::attributedString);
+  // what was read is copied when it is written again; what was changed is written anew
+  const AttributedString read(value);
+  EXPECT_EQ(AttributedString(there(value)), read);
+  MutableAttributedString changed(read);
+  changed.addAttributeValueRange("mark", 1, {0, read.length()});
+  changed.removeAttributeRange("mark", {0, read.length()});
+  EXPECT_EQ(AttributedString(there(changed.copy().asValue())), read);
+  EXPECT_TRUE(coversExactly(read));
+  return read;
+}
+
+Dictionary attributes() {
+  ParagraphStyle style = ParagraphStyle::defaultParagraphStyle();
+  style.setHeadIndent(20);
+  return {{kFontAttributeName, Font::named("Helvetica", 12).asValue()},
+          {kForegroundColorAttributeName, Color::textColor().asValue()},
+          {kParagraphStyleAttributeName, style.asValue()}};
+}
+
+TEST(AttributedStringCoding, OneRun) {
+  const AttributedString text(String("Grün \U0001F33F"), attributes());
+  EXPECT_EQ(thereAndBack(text), text);
+  EXPECT_EQ(thereAndBack(text).runCount(), 1U);
+}
+
+TEST(AttributedStringCoding, NoAttributes) {
+  const AttributedString text(String("plain"));
+  EXPECT_EQ(thereAndBack(text), text);
+}
+
+TEST(AttributedStringCoding, EmptyText) {
+  EXPECT_EQ(thereAndBack(AttributedString()), AttributedString());
+  EXPECT_EQ(thereAndBack(AttributedString(String(), attributes())).length(), 0U);
+}
+
+TEST(AttributedStringCoding, SeveralRunsShareTheirAttributes) {
+  MutableAttributedString text(AttributedString(String("one two one"), attributes()));
+  text.setAttributesRange({{"NSUnderline", 1}}, {4, 3});
+  const AttributedString read = thereAndBack(text.copy());
+  EXPECT_EQ(read, text.copy());
+  ASSERT_EQ(read.runCount(), 3U);
+  const Dictionary first = read.runAttributes(0);
+  EXPECT_EQ(Value(first).body(), Value(read.runAttributes(2)).body());
+}
+
+TEST(AttributedStringCoding, RunsLongerThanANumberOfOneByte) {
+  MutableAttributedString text(AttributedString(String(std::string(40000, 'x'))));
+  text.setAttributesRange({{"a", 1}}, {127, 128});
+  text.setAttributesRange({{"a", 2}}, {300, 20000});
+  EXPECT_EQ(thereAndBack(text.copy()), text.copy());
+}
+
+TEST(AttributedStringCoding, UnknownAttributesSurvive) {
+  const Value shadow = Record(makeClass({"NSShadow", "NSObject"}),
+                              {{"NSShadowBlurRadius", Field::primitive(Value(8.0f))},
+                               {"NSShadowColor", Field::reference(Color::textColor().asValue())}})
+                           .asValue();
+  const AttributedString text(
+      String("abc"), {{"NSShadow", shadow},
+                      {"MyAttribute", Array({1, "two", true})},
+                      {"NSLink", AttributedString(String("inner"), attributes()).asValue()}});
+  EXPECT_EQ(thereAndBack(text), text);
+}
+
+TEST(AttributedStringCoding, LoneSurrogatesSurvive) {
+  const std::u16string units{u'a', 0xD800, u'b', 0xDC00};
+  MutableAttributedString text{textOf(units)};
+  text.addAttributeValueRange("a", 1, {1, 1});
+  EXPECT_EQ(thereAndBack(text.copy()).string().units(), units);
+}
+
+TEST(AttributedStringCoding, AttributesSharedBetweenTextsAreWrittenOnce) {
+  const Dictionary shared = attributes();
+  Array texts;
+  for (int i = 0; i < 100; ++i) texts.append(AttributedString(String("x"), shared).asValue());
+  const size_t one = archived(Array({texts.at(0)})).length();
+  EXPECT_LT(archived(texts).length(), one + 100 * 60);
+  const Array read = there(texts).array();
+  EXPECT_EQ(Value(AttributedString(read.at(0)).runAttributes(0)).body(),
+            Value(AttributedString(read.at(99)).runAttributes(0)).body());
+}
+
+TEST(AttributedStringCoding, AnyTextComesBack) {
+  std::mt19937 random(5);
+  for (int round = 0; round < 200; ++round) {
+    std::u16string units(random() % 30, u'x');
+    for (char16_t& unit : units) unit = static_cast<char16_t>(random() % 0x10000);
+    MutableAttributedString text{textOf(units)};
+    for (int i = 0; i < 6 && !units.empty(); ++i) {
+      const size_t start = random() % units.size();
+      text.addAttributeValueRange(random() % 2 == 0 ? "a" : "b", static_cast<int64_t>(random() % 3),
+                                  {start, random() % (units.size() - start + 1)});
+    }
+    ASSERT_EQ(thereAndBack(text.copy()), text.copy());
+  }
+}
+
+}  // namespace
+}  // namespace ns

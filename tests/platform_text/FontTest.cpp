@@ -1,0 +1,75 @@
+#include "platform/text/Font.h"
+
+#include <gtest/gtest.h>
+
+#include "platform/text/FontSource.h"
+
+namespace ns {
+namespace {
+
+TEST(Font, ByNameAndSize) {
+  const Font font = Font::named("Helvetica-Bold", 12.5);
+  EXPECT_EQ(font.fontName(), "Helvetica-Bold");
+  EXPECT_EQ(font.pointSize(), 12.5);
+  EXPECT_EQ(font.asValue().kind(), Kind::font);
+  const Record record(font.asValue());
+  EXPECT_EQ(record.archivedClass()->name, "NSFont");
+  EXPECT_EQ(record.valueForKey("NSfFlags"), Value(16));
+}
+
+TEST(Font, ByRole) {
+  EXPECT_EQ(Font::userFontOfSize(13).fontName(), "Helvetica");
+  EXPECT_EQ(Font::userFontOfSize(13).pointSize(), 13);
+  EXPECT_EQ(Font::userFontOfSize(0).pointSize(), 12);
+  EXPECT_EQ(Font::systemFontOfSize(9).fontName(), "LucidaGrande");
+  EXPECT_EQ(Font::systemFontOfSize(-1).pointSize(), 13);
+  EXPECT_EQ(Font::smallSystemFontSize(), 11.0);
+}
+
+TEST(Font, TheFamilyIsThatOfTheInstalledFontOrOfTheName) {
+  const FontList fonts({{"HelveticaNeue-Bold", "Helvetica Neue", "Bold", {}}});
+  const FontSource::ScopedShared scope(fonts);
+  EXPECT_EQ(Font::named("HelveticaNeue-Bold", 9).familyName(), "Helvetica Neue");
+  EXPECT_EQ(Font::named("Missing-Bold", 9).familyName(), "Missing");
+  EXPECT_EQ(Font::named("Missing", 9).familyName(), "Missing");
+  EXPECT_EQ(Font::named(".HelveticaNeueDeskUI-Bold", 9).familyName(), ".Helvetica Neue Desk UI");
+  EXPECT_EQ(Font::named(".LucidaGrandeUI", 9).familyName(), ".Lucida Grande UI");
+  EXPECT_EQ(Font::named("AquaKana-Bold", 9).familyName(), ".Aqua Kana");
+  EXPECT_EQ(Font::named("AquaKanaSomething", 9).familyName(), "AquaKanaSomething");
+  EXPECT_EQ(Font::named(".Unknown-Light", 9).familyName(), ".Unknown");
+}
+
+TEST(Font, AnotherNameKeepsSizeAndUnknownFieldsAndDropsTheRole) {
+  const Record made(makeClass({"NSFont", "NSObject"}),
+                    {{"NSName", Field::reference(Value(".LucidaGrandeUI"))},
+                     {"NSSize", Field::primitive(Value(11.0f))},
+                     {"NSfFlags", Field::primitive(Value(3100))},
+                     {"NSMatrix", Field::primitive(Value(Data(std::string(24, 'm'))))},
+                     {"NSNew", Field::primitive(Value(true))}});
+  const Font font = Font::fromValue(made.asValue(Kind::font))->withName("LucidaGrande");
+  const Record record(font.asValue());
+  EXPECT_EQ(font.fontName(), "LucidaGrande");
+  EXPECT_TRUE(record.valueForKey("NSSize").isFloat());
+  EXPECT_EQ(font.pointSize(), 11);
+  EXPECT_EQ(record.valueForKey("NSfFlags"), Value(16));
+  EXPECT_EQ(record.keys(), (std::vector<String>{"NSName", "NSSize", "NSfFlags", "NSNew"}));
+}
+
+TEST(Font, AValueWithoutANameIsNoFont) {
+  EXPECT_FALSE(Font::fromValue(Record(makeClass({"NSFont"})).asValue(Kind::font)));
+  EXPECT_FALSE(Font::fromValue("Helvetica"));
+  EXPECT_FALSE(Font::fromValue(nullptr));
+}
+
+TEST(FontSource, TheMachinesFontsHaveNamesAndCharacters) {
+  for (const FontFace& face : FontSource::shared().faces()) {
+    EXPECT_FALSE(face.postScriptName.empty());
+    EXPECT_FALSE(face.familyName.empty());
+    EXPECT_FALSE(face.coverage.empty());
+    ASSERT_NE(FontSource::shared().faceNamed(face.postScriptName), nullptr);
+  }
+  EXPECT_EQ(FontSource::shared().faceNamed("NoSuchFontAnywhere"), nullptr);
+}
+
+}  // namespace
+}  // namespace ns
