@@ -231,6 +231,7 @@ void AtomicFileWriter::takeBack() const {
     unlinkat(folder_.get(), name_.c_str(), 0);
     return;
   }
+  if (!oldFile_.isOpen()) return;  // nobody knows the old content; the new one is whole
   NewFile file = make(readOpenFile(oldFile_.get(), path_));
   const timespec times[] = {old_.st_atim, old_.st_mtim};
   futimens(file.descriptor(), times);

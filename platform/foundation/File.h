@@ -47,7 +47,7 @@ Data readFile(const std::string& path);
 /// file becomes the user's own, without set-user-id and set-group-id, and where its group is lost
 /// the new group gets no more rights than everybody has.  The extended attributes of a file that
 /// may not be read stay behind too.  Where even the sync of the folder fails, the old content is
-/// put back as a new file.
+/// put back as a new file, unless it may not be read.
 void writeFileAtomically(const std::string& path, const Data& data);
 
 }  // namespace ns

@@ -144,6 +144,25 @@ TEST_P(FileWriteFailureTest, LeavesTheNewContentWholeWhenTheOldCannotComeBack) {
   EXPECT_THAT(names(folder), ElementsAre("file"));
 }
 
+TEST_P(FileWriteFailureTest, ReportsTheFolderWhenTheOldContentMayNotBeRead) {
+  const std::string path = make("file", "old", 0200);
+  const auto write = [&] {
+    const ScopedFault fault(failing(FileStep::syncFolder, EIO));
+    return errorOf([&] { writeFileAtomically(path, dataOf("new")); });
+  };
+  if (geteuid() == 0) {
+    ASSERT_EQ(chown(folder.c_str(), 4711, 4712), 0);
+    ASSERT_EQ(chown(path.c_str(), 4711, 4712), 0);
+    const ScopedUser user(4711, 4712, {});
+    EXPECT_EQ(write(), EIO);
+  } else {
+    EXPECT_EQ(write(), EIO);
+  }
+  ASSERT_EQ(chmod(path.c_str(), 0600), 0);
+  EXPECT_EQ(content(path), "new");
+  EXPECT_THAT(names(folder), ElementsAre("file"));
+}
+
 /// Limits the size of the files that this process writes.
 class ScopedFileSizeLimit {
  public:

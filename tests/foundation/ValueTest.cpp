@@ -174,6 +174,46 @@ TEST(Value, SharesWhenCopied) {
   EXPECT_EQ(copy.body().get(), value.body().get());
 }
 
+// Counts are not atomic, so what two threads make must not meet in one body.
+TEST(Value, SharesNothingThatWasMadeApart) {
+  const auto areApart = [](const Value& a, const Value& b) {
+    return a == b && a.body().get() != b.body().get();
+  };
+  EXPECT_TRUE(areApart(true, true));
+  EXPECT_TRUE(areApart(false, false));
+  EXPECT_TRUE(areApart(0, 0));
+  EXPECT_TRUE(areApart(String(), String()));
+  EXPECT_TRUE(areApart("", ""));
+  EXPECT_TRUE(areApart(Array(), Array()));
+  EXPECT_TRUE(areApart(Dictionary(), Dictionary()));
+}
+
+TEST(Value, HandlesThatWereMovedFromAreEmpty) {
+  Array array{1};
+  Dictionary dictionary{{"a", 1}};
+  String string("text");
+  const Array elsewhere = std::move(array);
+  const Dictionary elsewhereToo = std::move(dictionary);
+  const String away = std::move(string);
+  // NOLINTBEGIN(bugprone-use-after-move): that is the question
+  EXPECT_EQ(array, Array());
+  EXPECT_EQ(dictionary, Dictionary());
+  EXPECT_EQ(string, String());
+  EXPECT_EQ(string.hash(), String().hash());
+  EXPECT_EQ(string.withArchivedClass(makeClass({"NSMutableString"})), "");
+  EXPECT_TRUE(Value(array).isArray());
+  EXPECT_TRUE(Value(dictionary).isDictionary());
+  EXPECT_TRUE(Value(string).isString());
+  array.append(2);
+  dictionary.setObjectForKey(2, "b");
+  EXPECT_EQ(array, Array{2});
+  EXPECT_EQ(dictionary, (Dictionary{{"b", 2}}));
+  // NOLINTEND(bugprone-use-after-move)
+  EXPECT_EQ(elsewhere, Array{1});
+  EXPECT_EQ(elsewhereToo, (Dictionary{{"a", 1}}));
+  EXPECT_EQ(away, "text");
+}
+
 TEST(Value, KeepsAnObjectAliveAndLetsItGo) {
   auto thing = std::make_shared<Thing>();
   const std::weak_ptr<Thing> watch = thing;
