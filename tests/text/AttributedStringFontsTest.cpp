@@ -1,0 +1,196 @@
+#include "text/AttributedStringFonts.h"
+
+#include <gtest/gtest.h>
+
+#include "../platform_text/TextTesting.h"
+#include "platform/text/FontSource.h"
+
+namespace tavlin {
+namespace {
+
+using ns::AttributedString;
+using ns::CharacterSet;
+using ns::FontFace;
+using ns::FontList;
+using ns::MutableAttributedString;
+
+CharacterSet latin() {
+  CharacterSet set;
+  set.addInterval({0x20, 0x24F});
+  return set;
+}
+
+CharacterSet kana() {
+  CharacterSet set = latin();
+  set.addInterval({0x3040, 0x30FF});
+  return set;
+}
+
+const std::pair<const char*, const char*> kTable[] = {
+    {".HelveticaNeueDeskUI", "HelveticaNeue"},
+    {".HelveticaNeueDeskUI-Bold", "HelveticaNeue-Bold"},
+    {".HelveticaNeueDeskUI-BoldItalic", "HelveticaNeue-BoldItalic"},
+    {".HelveticaNeueDeskUI-Italic", "HelveticaNeue-Italic"},
+    {".LucidaGrandeUI", "LucidaGrande"},
+    {".LucidaGrandeUI-Bold", "LucidaGrande-Bold"},
+    {"AquaKana", "HiraKakuProN-W3"},
+    {"AquaKana-Bold", "HiraKakuProN-W6"},
+};
+
+/// A private font that is installed, one for general text, and all fonts of the table.
+std::vector<FontFace> everyFace() {
+  std::vector<FontFace> faces = {{".PrivateUI", ".Private UI", "Regular", latin()},
+                                 {"General", "General", "Regular", kana()}};
+  for (const auto& row : kTable) {
+    const bool isKana = ns::String(row.first).hasPrefix("Aqua");
+    faces.push_back({row.second, "Family", "Face", isKana ? kana() : latin()});
+  }
+  return faces;
+}
+
+MutableAttributedString inFont(const char* text, const char* font, double size = 12) {
+  return MutableAttributedString(AttributedString(
+      ns::String(text), {{ns::kFontAttributeName, ns::Font::named(font, size).asValue()}}));
+}
+
+std::string fixed(const char* text, const char* font) {
+  MutableAttributedString mutableText = inFont(text, font);
+  fixFontAttributes_suitableForDocumentInRange(mutableText, {0, mutableText.length()});
+  return ns::printed(mutableText.attributedString().attributeAtIndex(ns::kFontAttributeName, 0));
+}
+
+TEST(AttributedStringFonts, FamiliesForDocuments) {
+  EXPECT_FALSE(isFamilyNameSuitableForUserDocuments(nullptr));
+  EXPECT_FALSE(isFamilyNameSuitableForUserDocuments(ns::String(".SomeUIFont")));
+  EXPECT_TRUE(isFamilyNameSuitableForUserDocuments(ns::String("Helvetica")));
+  EXPECT_TRUE(isFamilyNameSuitableForUserDocuments(ns::String("")));
+  EXPECT_TRUE(isFamilyNameSuitableForUserDocuments(ns::String("Foo.Bar")));
+}
+
+TEST(AttributedStringFonts, EachPrivateFontHasItsTwin) {
+  const FontList fonts(everyFace());
+  const ns::FontSource::ScopedShared scope(fonts);
+  for (const auto& [name, twin] : kTable) {
+    EXPECT_EQ(fixed("text", name), std::string(twin) + " 12") << name;
+  }
+}
+
+TEST(AttributedStringFonts, WithoutTheTwinTheGeneralFontIsTaken) {
+  std::vector<FontFace> faces = everyFace();
+  faces.resize(2);
+  const FontList fonts(faces);
+  const ns::FontSource::ScopedShared scope(fonts);
+  for (const auto& [name, twin] : kTable) EXPECT_EQ(fixed("text", name), "General 12") << name;
+}
+
+TEST(AttributedStringFonts, ATwinThatLacksACharacterIsNotTaken) {
+  const FontList fonts(everyFace());
+  const ns::FontSource::ScopedShared scope(fonts);
+  EXPECT_EQ(fixed("te\u304Bxt", ".LucidaGrandeUI"), "General 12");
+  EXPECT_EQ(fixed("te\u304Bxt", "AquaKana"), "HiraKakuProN-W3 12");
+  EXPECT_EQ(fixed("te\U0001F33Fxt", ".LucidaGrandeUI"), ".LucidaGrandeUI 12");
+  EXPECT_EQ(fixed("a\u0301", ".LucidaGrandeUI"), ".LucidaGrandeUI 12");
+}
+
+TEST(AttributedStringFonts, OtherPrivateFontsTakeTheGeneralPath) {
+  const FontList fonts(everyFace());
+  const ns::FontSource::ScopedShared scope(fonts);
+  for (const char* name : {"AquaKana-Light", ".HelveticaNeueDeskUI-Light", ".lucidagrandeui",
+                           ".PrivateUI", ".Unknown"}) {
+    EXPECT_EQ(fixed("text", name), "General 12") << name;
+  }
+}
+
+TEST(AttributedStringFonts, TheCharactersOfAnInstalledPrivateFontAreWanted) {
+  // the substitute must have what the font has, whatever the text needs of it
+  const FontList fonts({{".PrivateUI", ".Private UI", "Regular", kana()},
+                        {"Small", "Small", "Regular", latin()},
+                        {"Big", "Big", "Regular", kana()}});
+  const ns::FontSource::ScopedShared scope(fonts);
+  EXPECT_EQ(fixed("text", ".PrivateUI"), "Big 12");
+  EXPECT_EQ(fixed("text", ".OtherUI"), "Small 12");
+}
+
+TEST(AttributedStringFonts, WithoutASuitableFontThePrivateOneStays) {
+  const FontList fonts({{".Other", ".Other", "Regular", kana()}});
+  const ns::FontSource::ScopedShared scope(fonts);
+  for (const auto& [name, twin] : kTable) {
+    EXPECT_EQ(fixed("text", name), std::string(name) + " 12");
+  }
+  const FontList none({});
+  const ns::FontSource::ScopedShared empty(none);
+  EXPECT_EQ(fixed("text", ".PrivateUI"), ".PrivateUI 12");
+}
+
+TEST(AttributedStringFonts, SuitableFontsStay) {
+  const FontList fonts(everyFace());
+  const ns::FontSource::ScopedShared scope(fonts);
+  EXPECT_EQ(fixed("text", "Helvetica"), "Helvetica 12");
+  EXPECT_EQ(fixed("text", "NotInstalled-Bold"), "NotInstalled-Bold 12");
+  MutableAttributedString plain(AttributedString(ns::String("text"), {{"NSFont", 3}}));
+  fixFontAttributes_suitableForDocumentInRange(plain, {0, 4});
+  EXPECT_EQ(ns::printed(plain.copy()), "[text|NSFont=3]");
+}
+
+TEST(AttributedStringFonts, RunByRunInsideTheRange) {
+  const FontList fonts(everyFace());
+  const ns::FontSource::ScopedShared scope(fonts);
+  MutableAttributedString text = inFont("abcdef", ".LucidaGrandeUI", 14);
+  text.addAttributeValueRange("other", 1, {2, 2});
+  text.addAttributeValueRange("NSFont", ns::Font::named("Times", 9).asValue(), {3, 2});
+  fixFontAttributes_suitableForDocumentInRange(text, {1, 5});
+  EXPECT_EQ(ns::printed(text.copy()),
+            "[a|NSFont=.LucidaGrandeUI 14][b|NSFont=LucidaGrande 14]"
+            "[c|NSFont=LucidaGrande 14,other=1][d|NSFont=Times 9,other=1][e|NSFont=Times 9]"
+            "[f|NSFont=LucidaGrande 14]");
+  EXPECT_EQ(text.attributedString().attributeAtIndex("NSFont", 1).body(),
+            text.attributedString().attributeAtIndex("NSFont", 5).body());
+}
+
+TEST(AttributedStringFonts, EmptyRangesAndRangesPastTheEndDoNothing) {
+  const FontList fonts(everyFace());
+  const ns::FontSource::ScopedShared scope(fonts);
+  MutableAttributedString text = inFont("abc", ".LucidaGrandeUI");
+  for (const ns::Range range : {ns::Range{0, 4}, {1, 0}, {4, 1}, {3, 1}, {1, SIZE_MAX}}) {
+    fixFontAttributes_suitableForDocumentInRange(text, range);
+    EXPECT_EQ(ns::printed(text.copy()), "[abc|NSFont=.LucidaGrandeUI 12]");
+  }
+  MutableAttributedString empty;
+  fixFontAttributes_suitableForDocumentInRange(empty, {0, 0});
+}
+
+TEST(AttributedStringFonts, ASecondTimeChangesNothing) {
+  const FontList fonts(everyFace());
+  const ns::FontSource::ScopedShared scope(fonts);
+  MutableAttributedString text = inFont("abc", ".LucidaGrandeUI");
+  fixFontAttributes_suitableForDocumentInRange(text, {0, 3});
+  const AttributedString once = text.copy();
+  fixFontAttributes_suitableForDocumentInRange(text, {0, 3});
+  EXPECT_EQ(text.copy().asValue().body(), once.asValue().body());
+}
+
+TEST(AttributedStringFonts, WithTheMachinesFontsTheResultIsInstalledAndSuitable) {
+  for (const auto& [name, twin] : kTable) {
+    MutableAttributedString text = inFont("text", name);
+    fixFontAttributes_suitableForDocumentInRange(text, {0, 4});
+    const auto font =
+        ns::Font::fromValue(text.attributedString().attributeAtIndex(ns::kFontAttributeName, 0));
+    ASSERT_TRUE(font);
+    EXPECT_EQ(font->pointSize(), 12);
+    if (font->fontName() == name) {
+      // nothing here has the characters
+      for (const FontFace& face : ns::FontSource::shared().faces()) {
+        EXPECT_FALSE(isFamilyNameSuitableForUserDocuments(face.familyName) &&
+                     face.coverage.isSupersetOf(CharacterSet::inString("text")));
+      }
+    } else {
+      const FontFace* face = ns::FontSource::shared().faceNamed(font->fontName());
+      ASSERT_NE(face, nullptr);
+      EXPECT_TRUE(isFamilyNameSuitableForUserDocuments(face->familyName));
+      EXPECT_TRUE(face->coverage.isSupersetOf(CharacterSet::inString("text")));
+    }
+  }
+}
+
+}  // namespace
+}  // namespace tavlin
