@@ -127,7 +127,7 @@ TEST(ContainerEquality, DoesNotWalkDocumentsUsedAsKeys) {
   onSmallStack([] {
     const auto nest = [] {
       Value value = "core";
-      for (int i = 0; i < 100000; ++i) {
+      for (int i = 0; i < 30000; ++i) {
         value = Dictionary{{Array{value}, 1}, {Array{value, value}, 2}};
       }
       return value;
