@@ -6,7 +6,7 @@
 namespace tavlin {
 
 /// -appendBezierPathWithCrossInRect:width:  Appends an X that fills a rectangle: an outline of
-/// twelve points whose bars are `width` across.
+/// twelve points whose bars are `width` across (in a square; a flatter rectangle's are narrower).
 ///
 /// With w and h the rectangle's extents and d = width / sqrt 2, the elements are a move to the
 /// first of these points, moved by the rectangle's origin, lines to the others in this order,
@@ -36,9 +36,10 @@ void appendBezierPathWithCrossInRectWidth(ns::BezierPath& path, const ns::Rect& 
 ///     curve  (R - r, y)   control points (R, y + k), (R - k, y)
 ///     close
 ///
-/// The control points lie halfway to the corner, so that a corner is squarer than an arc of a
-/// circle.  The radius is taken as it is: 0 gives the plain rectangle, and one above half a side
-/// makes the sides cross.  Raises ns::InvalidArgumentException when a point is not finite.
+/// The control points lie halfway to the corner, so that a corner is flatter than an arc of a
+/// circle and cuts off a little more.  The radius is taken as it is: 0 gives the plain rectangle,
+/// and one above half a side makes the sides cross.  Raises ns::InvalidArgumentException when a
+/// point is not finite.
 ns::BezierPath roundRectWithRectRadius(const ns::Rect& rect, double radius);
 
 }  // namespace tavlin

@@ -24,7 +24,7 @@ class Colours {
   [[nodiscard]] uint32_t at(double location) const {
     const DrawingColor color = gradient_.interpolatedColorAtLocation(location);
     const double alpha = 255 * color.alphaComponent();
-    const auto byte = [](double value) { return static_cast<uint32_t>(value + 0.5); };
+    const auto byte = [](double value) { return static_cast<uint32_t>(std::lround(value)); };
     return byte(alpha) << 24 | byte(color.redComponent() * alpha) << 16 |
            byte(color.greenComponent() * alpha) << 8 | byte(color.blueComponent() * alpha);
   }

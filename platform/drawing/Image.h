@@ -44,10 +44,8 @@ class Image {
   /// None when no folder has it, when the name is empty, and when it could lead out of the
   /// folders (it contains "/" or a zero character).  The suffix ".png" may be given.
   ///
-  /// Folders are those of searchPath, then the resource folders: those that $TAVLIN_RESOURCES
-  /// lists (with ":" between them), the project's own when the program runs from its build
-  /// folder, share/tavlin beside the program's folder, and the installed one.  In each the
-  /// subfolder "images" comes first.
+  /// Folders are those of searchPath, in order, and then "images" in the resources of the main
+  /// bundle (see Bundle::mainBundle).
   ///
   /// A file is read once; everybody who asks shares the image, and sees what is done to it.
   /// Raises DrawingException when the file is there but is no PNG image.

@@ -3,8 +3,8 @@
 #include <map>
 #include <utility>
 
+#include "platform/archive/Bundle.h"
 #include "platform/drawing/Image.h"
-#include "platform/drawing/ResourceFolders.h"
 
 namespace ns {
 namespace {
@@ -22,15 +22,6 @@ std::map<fs::path, std::shared_ptr<Image>>& namedImages() {
   return images;
 }
 
-/// The file of a name in a folder; empty when there is none.
-fs::path fileInFolder(const fs::path& folder, const std::string& name) {
-  for (const fs::path& place : {folder / "images" / name, folder / name}) {
-    std::error_code ignored;  // What cannot be looked at is not there.
-    if (fs::is_regular_file(place, ignored)) return place;
-  }
-  return {};
-}
-
 }  // namespace
 
 const std::vector<fs::path>& Image::searchPath() { return programFolders(); }
@@ -46,10 +37,11 @@ std::shared_ptr<Image> Image::imageNamed(const String& imageName) {
   if (!name.ends_with(kSuffix)) name += kSuffix;
 
   std::vector<fs::path> folders = programFolders();
-  for (fs::path& folder : resourceFolders()) folders.push_back(std::move(folder));
+  folders.push_back(fs::path(Bundle::mainBundle().resourcePath()) / "images");
   for (const fs::path& folder : folders) {
-    const fs::path file = fileInFolder(folder, name);
-    if (file.empty()) continue;
+    const fs::path file = folder / name;
+    std::error_code ignored;  // What cannot be looked at is not there.
+    if (!fs::is_regular_file(file, ignored)) continue;
     const auto known = namedImages().find(file);
     if (known != namedImages().end()) return known->second;
     std::shared_ptr<Image> image = imageWithContentsOfFile(file);

@@ -44,7 +44,7 @@ void ShadowBlur::apply(uint8_t* bytes, size_t width, size_t height, size_t strid
       average(line, other, halfWidth);
       std::swap(line, other);
     }
-    for (size_t i = 0; i < count; ++i) first[i * step] = static_cast<uint8_t>(line[i] + 0.5F);
+    for (size_t i = 0; i < count; ++i) first[i * step] = static_cast<uint8_t>(std::lround(line[i]));
   };
   if (reach() == 0) return;
   std::vector<float> line(width);

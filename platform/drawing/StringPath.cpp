@@ -44,7 +44,10 @@ BezierPath bezierPathWithString(const String& text, double size, FontWeight weig
   if (!std::isfinite(size) || size <= 0) {
     throw InvalidArgumentException("the font size is not above 0");
   }
-  const SurfacePtr surface = makeSurface(CAIRO_FORMAT_A8, 1, 1);
+  // A surface without bounds: Cairo leaves out characters that lie far beside a bounded one, also
+  // when it is asked for outlines only.
+  const SurfacePtr surface(cairo_recording_surface_create(CAIRO_CONTENT_ALPHA, nullptr));
+  check(cairo_surface_status(surface.get()));
   const CairoPtr cairo = makeCairo(surface.get());
   cairo_select_font_face(
       cairo.get(), "sans-serif", CAIRO_FONT_SLANT_NORMAL,

@@ -1,5 +1,7 @@
 #include "platform/drawing/BitmapImageRep.h"
 
+#include <utility>
+
 #include "platform/drawing/GraphicsContext.h"
 #include "tests/drawing/DrawingTesting.h"
 
@@ -18,8 +20,9 @@ TEST(BitmapImageRep, BeginsTransparent) {
 
 TEST(BitmapImageRep, PixelsOutsideRaise) {
   const BitmapImageRep pixels(3, 2);
-  for (const auto& [x, y] : {std::pair{-1, 0}, {3, 0}, {0, -1}, {0, 2}}) {
-    expectRaised<ns::RangeException>([&] { (void)pixels.pixelAtXY(x, y); }, "is outside the image");
+  for (const auto& place : {std::pair{-1, 0}, {3, 0}, {0, -1}, {0, 2}}) {
+    expectRaised<ns::RangeException>([&] { (void)pixels.pixelAtXY(place.first, place.second); },
+                                     "is outside the image");
   }
 }
 

@@ -18,7 +18,7 @@ std::shared_ptr<Image> fourColours() {
     const ns::DrawingColor colours[] = {rgb(1, 0, 0), rgb(0, 1, 0), white(0), white(1)};
     for (int i = 0; i < 4; ++i) {
       colours[i].set();
-      ns::rectFill(makeRect(i % 2, i / 2, 1, 1));
+      ns::rectFill(makeRect(i % 2, i < 2 ? 0 : 1, 1, 1));
     }
   });
 }
@@ -82,15 +82,19 @@ TEST(ImageDrawing, AnImageThatIsMadeSmallerIsAveraged) {
 
 TEST(ImageDrawing, FractionMultipliesAlpha) {
   const auto source = fourColours();
-  for (const auto& [fraction, alpha] :
-       {std::pair{0.5, 128}, {0.0, 0}, {1.0, 255}, {-3.0, 0}, {3.0, 255}}) {
+  const auto expectAlpha = [&](double fraction, int alpha) {
     const auto image = drawn({2, 2}, [&] {
       source->drawAtPointFromRectOperationFraction({0, 0}, {}, CompositingOperation::SourceOver,
                                                    fraction);
     });
     EXPECT_NEAR(image->pixelAtXY(0, 0).alpha, alpha, 1) << fraction;
     EXPECT_NEAR(image->pixelAtXY(0, 0).red, alpha, 1) << fraction;
-  }
+  };
+  expectAlpha(0.5, 128);
+  expectAlpha(0, 0);
+  expectAlpha(1, 255);
+  expectAlpha(-3, 0);
+  expectAlpha(3, 255);
 }
 
 TEST(ImageDrawing, GoesThroughTheTransform) {

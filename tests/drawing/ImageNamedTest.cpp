@@ -1,16 +1,15 @@
-// Finding images by name, in the search path and in the resource folders.
+// Finding images by name, in the search path and in the resources of the main bundle.
 
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
 
+#include "platform/archive/Bundle.h"
 #include "platform/drawing/GraphicsContext.h"
-#include "platform/drawing/ResourceFolders.h"
 #include "tests/drawing/DrawingTesting.h"
 
 using namespace drawing_testing;
 using ns::Image;
-using testing::Contains;
 
 namespace {
 
@@ -22,11 +21,9 @@ class ImageNamed : public testing::Test {
     std::string name = testing::TempDir() + "/image-named-XXXXXX";
     ASSERT_NE(mkdtemp(name.data()), nullptr);
     folder_ = name;
-    unsetenv("TAVLIN_RESOURCES");
   }
   void TearDown() override {
     Image::setSearchPath({});
-    unsetenv("TAVLIN_RESOURCES");
     fs::remove_all(folder_);
   }
 
@@ -48,7 +45,8 @@ class ImageNamed : public testing::Test {
 }  // namespace
 
 TEST_F(ImageNamed, FindsTheProjectsImages) {
-  setenv("TAVLIN_RESOURCES", TAVLIN_SOURCE_DIR "/resources", 1);
+  ns::Bundle bundle(TAVLIN_SOURCE_DIR "/resources");
+  const ns::Bundle::ScopedMain main(bundle);
   const auto image = Image::imageNamed("check");
   ASSERT_NE(image, nullptr);
   EXPECT_EQ(image->size(), (ns::Size{64, 64}));
@@ -70,7 +68,8 @@ TEST_F(ImageNamed, IsTheSameImageEveryTime) {
 
 TEST_F(ImageNamed, AnUnknownNameGivesNone) {
   Image::setSearchPath({folder_, folder_ / "no such folder"});
-  setenv("TAVLIN_RESOURCES", folder_.c_str(), 1);
+  ns::Bundle bundle(folder_);
+  const ns::Bundle::ScopedMain main(bundle);
   EXPECT_EQ(Image::imageNamed("no such image"), nullptr);
   EXPECT_EQ(Image::imageNamed(""), nullptr);
   EXPECT_EQ(Image::imageNamed(".png"), nullptr);
@@ -93,21 +92,23 @@ TEST_F(ImageNamed, NamesCannotLeadOutOfTheFolders) {
 }
 
 TEST_F(ImageNamed, FoldersAreSearchedInOrder) {
-  put("a/images/shared.png", 1);
+  put("a/shared.png", 1);
   put("b/shared.png", 2);
   put("b/only-b.png", 3);
-  put("c/shared.png", 4);
-  put("c/images/both.png", 5);
-  put("c/both.png", 6);
-  setenv("TAVLIN_RESOURCES", ((folder_ / "a").string() + "::" + (folder_ / "b").string()).c_str(),
-         1);
+  put("resources/images/shared.png", 4);
+  put("resources/images/icon.png", 5);
+  put("resources/beside.png", 6);
+  ns::Bundle bundle(folder_ / "resources");
+  const ns::Bundle::ScopedMain main(bundle);
+  EXPECT_EQ(widthOf("shared"), 4);
+  EXPECT_EQ(widthOf("icon"), 5);
+  EXPECT_EQ(widthOf("beside"), 0);
+  EXPECT_EQ(widthOf("only-b"), 0);
+  Image::setSearchPath({folder_ / "a", folder_ / "b"});
+  EXPECT_EQ(Image::searchPath(), (std::vector<fs::path>{folder_ / "a", folder_ / "b"}));
   EXPECT_EQ(widthOf("shared"), 1);
   EXPECT_EQ(widthOf("only-b"), 3);
-  EXPECT_EQ(widthOf("both"), 0);
-  Image::setSearchPath({folder_ / "c"});
-  EXPECT_EQ(Image::searchPath(), std::vector<fs::path>{folder_ / "c"});
-  EXPECT_EQ(widthOf("shared"), 4);
-  EXPECT_EQ(widthOf("both"), 5);
+  EXPECT_EQ(widthOf("icon"), 5);
 }
 
 TEST_F(ImageNamed, AFileThatIsNoImageSaysSo) {
@@ -115,13 +116,4 @@ TEST_F(ImageNamed, AFileThatIsNoImageSaysSo) {
   Image::setSearchPath({folder_});
   expectRaised<ns::DrawingException>([] { (void)Image::imageNamed("broken"); },
                                      "broken.png is no PNG image");
-}
-
-TEST_F(ImageNamed, TheResourceFoldersOfTheBuildAreKnown) {
-  EXPECT_THAT(ns::resourceFolders(), Contains(fs::path(TAVLIN_SOURCE_DIR) / "resources"));
-  setenv("TAVLIN_RESOURCES", "/first:/second", 1);
-  const auto folders = ns::resourceFolders();
-  ASSERT_GE(folders.size(), 2U);
-  EXPECT_EQ(folders[0], "/first");
-  EXPECT_EQ(folders[1], "/second");
 }

@@ -1,6 +1,7 @@
 #include "platform/drawing/StringPath.h"
 
 #include <cmath>
+#include <string>
 
 #include "tests/drawing/DrawingTesting.h"
 
@@ -23,6 +24,17 @@ TEST(StringPath, GrowsWithTheTextAndTheSize) {
   const double large = bezierPathWithString("H", 60, FontWeight::Regular).bounds().maxX();
   EXPECT_GT(two, 1.5 * one);
   EXPECT_NEAR(large, 3 * one, 1e-9);
+}
+
+TEST(StringPath, LongTextsAreWhole) {
+  const std::string ten = "HHHHHHHHHH";
+  std::string thousand;
+  for (int i = 0; i < 100; ++i) thousand += ten;
+  const ns::BezierPath shorter = bezierPathWithString(ten.c_str(), 20, FontWeight::Regular);
+  const ns::BezierPath longer = bezierPathWithString(thousand.c_str(), 20, FontWeight::Regular);
+  EXPECT_NEAR(longer.bounds().maxX(), 100 * shorter.bounds().maxX(), shorter.bounds().maxX());
+  EXPECT_NEAR(static_cast<double>(longer.elementCount()),
+              100.0 * static_cast<double>(shorter.elementCount()), 200);
 }
 
 TEST(StringPath, EmptyTextHasNoOutlines) {

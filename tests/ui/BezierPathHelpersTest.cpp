@@ -232,7 +232,7 @@ TEST(RoundRect, EmptyAndNegativeRectanglesFollowTheFormula) {
                           curve({-10, 1}, {-11, 0}, {-12, 0}), close()));
 }
 
-TEST(RoundRect, CornersAreSquarerThanACircle) {
+TEST(RoundRect, CornersAreFlatterThanACircle) {
   const double r = 40;
   const BezierPath path = roundRectWithRectRadius(makeRect(0, 0, 200, 200), r);
   // The middle of a corner curve is (p0 + 3 p1 + 3 p2 + p3) / 8 = r (1 + 3/2 + 0 + 0) / 8.

@@ -4,6 +4,7 @@
 #include <filesystem>
 #include <fstream>
 
+#include "platform/archive/Bundle.h"
 #include "platform/drawing/GraphicsContext.h"
 #include "tests/drawing/DrawingTesting.h"
 
@@ -14,11 +15,10 @@ namespace {
 
 class UIImage : public testing::Test {
  protected:
-  void SetUp() override { setenv("TAVLIN_RESOURCES", TAVLIN_SOURCE_DIR "/resources", 1); }
-  void TearDown() override {
-    unsetenv("TAVLIN_RESOURCES");
-    ns::Image::setSearchPath({});
-  }
+  // Images of the project itself, whatever this program's environment says.
+  ns::Bundle bundle_{TAVLIN_SOURCE_DIR "/resources"};
+  ns::Bundle::ScopedMain main_{bundle_};
+  void TearDown() override { ns::Image::setSearchPath({}); }
 };
 
 }  // namespace
