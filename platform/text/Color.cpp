@@ -132,9 +132,8 @@ Color Color::colorWithCatalogNameColorName(const String& catalogName, const Stri
 }
 
 const Color& Color::textColor() {
-  static thread_local const Color color = Color(Record(
-      colorWithCatalogNameColorName("System", "textColor", colorWithCalibratedWhiteAlpha(0, 1))
-          .asValue()));
+  static thread_local const Color color =
+      colorWithCatalogNameColorName("System", "textColor", colorWithCalibratedWhiteAlpha(0, 1));
   return color;
 }
 

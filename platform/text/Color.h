@@ -72,7 +72,8 @@ class Color {
   [[nodiscard]] Value asValue() const { return record_.asValue(Kind::color); }
 
  private:
-  explicit Color(Record record) : record_(std::move(record)) {}
+  // the record is made one of a colour here, so that every value of a colour is the same object
+  explicit Color(const Record& record) : record_(record.asValue(Kind::color)) {}
   static Color withComponents(Space space, const char* key, const std::vector<double>& components);
   Record record_;
 };

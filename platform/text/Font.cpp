@@ -41,10 +41,10 @@ bool isInterfaceFontName(const String& name) {
 
 std::optional<Font> Font::fromValue(const Value& value) {
   if (value.kind() != Kind::font) return std::nullopt;
-  Record record(value);
+  const Record record(value);
   const Value name = record.valueForKey("NSName");
   if (!name.isString()) return std::nullopt;
-  return Font(std::move(record), name.string().withArchivedClass(nullptr));
+  return Font(record, name.string().withArchivedClass(nullptr));
 }
 
 Font Font::named(const String& postScriptName, double pointSize) {

@@ -42,7 +42,9 @@ class Font {
   [[nodiscard]] Value asValue() const { return record_.asValue(Kind::font); }
 
  private:
-  Font(Record record, String name) : record_(std::move(record)), name_(std::move(name)) {}
+  // the record is made one of a font here, so that every value of a font is the same object
+  Font(const Record& record, String name)
+      : record_(record.asValue(Kind::font)), name_(std::move(name)) {}
   Record record_;
   String name_;
 };

@@ -17,6 +17,12 @@ TEST(Font, ByNameAndSize) {
   EXPECT_EQ(record.valueForKey("NSfFlags"), Value(16));
 }
 
+TEST(Font, EveryValueOfAFontIsTheSameObject) {
+  const Font font = Font::named("Helvetica", 12);
+  EXPECT_EQ(font.asValue().body(), font.asValue().body());
+  EXPECT_EQ(Font::fromValue(font.asValue())->asValue().body(), font.asValue().body());
+}
+
 TEST(Font, ByRole) {
   EXPECT_EQ(Font::userFontOfSize(13).fontName(), "Helvetica");
   EXPECT_EQ(Font::userFontOfSize(13).pointSize(), 13);

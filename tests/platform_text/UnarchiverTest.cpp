@@ -116,7 +116,8 @@ TEST(Unarchiver, NoByteEndsTheProgram) {
   for (const std::string& whole :
        {font(kWideMonaco, "\x0A"), color(1, "ffff", "\0\0\x83\0\0\0\x3F\x01"s)}) {
     for (size_t at = 0; at < whole.size(); ++at) {
-      for (int byte = 0; byte < 256; ++byte) {
+      for (const int byte : {0,    1,    2,    8,    0x40, 0x7F, 0x80, 0x81, 0x82, 0x83,
+                             0x84, 0x85, 0x86, 0x87, 0x91, 0x92, 0x93, 0x98, 0xFE, 0xFF}) {
         std::string changed = whole;
         changed[at] = static_cast<char>(byte);
         try {

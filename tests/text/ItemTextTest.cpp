@@ -181,7 +181,7 @@ TEST(ItemText, LawsOfNormalisation) {
   const Operation operations[] = {
       cleanedAttributedStringAsItemText, attributedStringByRemovingInterferingAttributes,
       [](const AttributedString& text) { return coloredAttributedString(text, "red"); }};
-  for (int round = 0; round < 300; ++round) {
+  for (int round = 0; round < 150; ++round) {
     const AttributedString text = anyText(random);
     for (const Operation operation : operations) {
       const AttributedString once = operation(text);
