@@ -346,6 +346,13 @@ PropertyListWriter::Reference KeyedArchiver::listOf(const std::vector<Reference>
   return list.reference;
 }
 
+/// A dictionary inside a record: keys, then values.
+PropertyListWriter::Reference KeyedArchiver::mapOf(const std::vector<Reference>& references) {
+  const PropertyListWriter::Container map = writer_.dictionary(references.size() / 2);
+  for (size_t i = 0; i < references.size(); ++i) writer_.set(map, i, references[i]);
+  return map.reference;
+}
+
 PropertyListWriter::Reference KeyedArchiver::key(const char* key) {
   Reference& known = keys_[key];
   // the word 0 is a reference too: that of the top dictionary, which is no key
@@ -361,54 +368,62 @@ PropertyListWriter::Reference KeyedArchiver::key(const char* key) {
 void KeyedArchiver::addField(Reference key, Reference value) { fields_.emplace_back(key, value); }
 
 void KeyedArchiver::encodeObjectForKey(const Value& value, const char* name) {
-  addField(key(name), referenceTo(numberOf(value)));
+  const Reference at = key(name);  // keys come before what they name, in the file too
+  addField(at, referenceTo(numberOf(value)));
 }
 
 void KeyedArchiver::encodeConditionalObjectForKey(const std::shared_ptr<Object>& object,
                                                   const char* name) {
+  const Reference at = key(name);
   uint32_t number = 0;
   if (object) {
     uint32_t& known = objectNumbers_[object.get()];
     if (known == 0) known = newNumber() | 0x80000000U;
     number = known & 0x7FFFFFFFU;
   }
-  addField(key(name), referenceTo(number));
+  addField(at, referenceTo(number));
 }
 
 void KeyedArchiver::encodeBoolForKey(bool value, const char* name) {
-  addField(key(name), writer_.boolean(value));
+  const Reference at = key(name);
+  addField(at, writer_.boolean(value));
 }
 
 void KeyedArchiver::encodeIntegerForKey(int64_t value, const char* name) {
-  addField(key(name), writer_.integer(value));
+  const Reference at = key(name);
+  addField(at, writer_.integer(value));
 }
 
 void KeyedArchiver::encodeListForKey(const ObjectList& list, const char* name) {
+  const Reference at = key(name);
   uint32_t& number = listNumbers_[list.list];
   if (number == 0) {
     number = newNumber();
     pending_.push_back({number, static_cast<uint32_t>(lists_.size()), 0, What::list});
     lists_.push_back(list);
   }
-  addField(key(name), referenceTo(number));
+  addField(at, referenceTo(number));
 }
 
 void KeyedArchiver::encodeArchivedValueForKey(const std::shared_ptr<const KeyedArchive>& archive,
                                               uint32_t number, const ValueTransform* transform,
                                               const char* name) {
   const uint16_t source = sourceOf(archive);
-  addField(key(name), referenceTo(numberOfRewritten(source, number, transform)));
+  const Reference at = key(name);
+  addField(at, referenceTo(numberOfRewritten(source, number, transform)));
 }
 
 void KeyedArchiver::encodePrimitiveForKey(const Value& value, const char* name) {
-  addField(key(name), scalar(value));
+  const Reference at = key(name);
+  addField(at, scalar(value));
 }
 
 void KeyedArchiver::encodeReferencesForKey(const std::vector<Value>& values, const char* name) {
+  const Reference at = key(name);
   std::vector<Reference> references;
   references.reserve(values.size());
   for (const Value& value : values) references.push_back(referenceTo(numberOf(value)));
-  addField(key(name), listOf(references));
+  addField(at, listOf(references));
 }
 
 PropertyListWriter::Reference KeyedArchiver::fieldReference(const Field& field) {
@@ -425,19 +440,23 @@ PropertyListWriter::Reference KeyedArchiver::fieldReference(const Field& field) 
   for (const String& name : field.keys) references.push_back(string(name));
   for (const Field& each : field.fields) references.push_back(fieldReference(each));
   if (field.form == Field::Form::list) return listOf(references);
-  const PropertyListWriter::Container map = writer_.dictionary(field.keys.size());
-  for (size_t i = 0; i < references.size(); ++i) writer_.set(map, i, references[i]);
-  return map.reference;
+  return mapOf(references);
 }
 
 void KeyedArchiver::encodeFieldForKey(const Field& field, const String& name) {
-  addField(string(name), fieldReference(field));
+  const Reference at = string(name);
+  addField(at, fieldReference(field));
 }
 
 // Records.
 
 void KeyedArchiver::writeRecord(uint32_t number, const ClassRef& archivedClass) {
-  addField(writer_.ascii("$class"), referenceTo(numberOfClass(archivedClass)));
+  const Reference at = writer_.ascii("$class");
+  addField(at, referenceTo(numberOfClass(archivedClass)));
+  writeFields(number);
+}
+
+void KeyedArchiver::writeFields(uint32_t number) {
   const size_t count = fields_.size();
   const PropertyListWriter::Container record = writer_.dictionary(count);
   for (size_t i = 0; i < count; ++i) {
@@ -464,11 +483,12 @@ void KeyedArchiver::write(const Pending& pending) {
     }
     case What::list: {
       const ObjectList list = lists_[pending.index];
+      const Reference at = key("NS.objects");
       std::vector<Reference> references(list.count);
       for (size_t i = 0; i < list.count; ++i) {
         references[i] = referenceTo(numberOfObject(list.at(list.list, i)));
       }
-      addField(key("NS.objects"), listOf(references));
+      addField(at, listOf(references));
       writeRecord(pending.number, list.isImmutable ? arrayClass() : mutableArrayClass());
       return;
     }
@@ -490,7 +510,7 @@ void KeyedArchiver::writeValue(uint32_t number, const Value& value) {
       encodePrimitiveForKey(value, "NS.data");
       return writeRecord(number, value.archivedClass());
     case Kind::date:
-      addField(key("NS.time"), writer_.real64(std::bit_cast<uint64_t>(value.date().seconds)));
+      encodePrimitiveForKey(Value(value.date().seconds), "NS.time");
       return writeRecord(number, dateClass());
     case Kind::array: {
       const Array array = value.array();
@@ -542,14 +562,14 @@ PropertyListWriter::Reference KeyedArchiver::copyInline(uint16_t index,
     const auto known = sources_[index].containers.find(place);
     if (known != sources_[index].containers.end()) return known->second;
   }
-  const PropertyListWriter::Container copy =
-      isArray ? writer_.array(count) : writer_.dictionary(object.count);
+  std::vector<Reference> references(count);
   for (uint64_t i = 0; i < count; ++i) {
-    writer_.set(copy, i,
-                copyInline(index, archive->element(object, i), archive->elementIndex(object, i)));
+    references[i] =
+        copyInline(index, archive->element(object, i), archive->elementIndex(object, i));
   }
-  if (!isPlain) sources_[index].containers.emplace(place, copy.reference);
-  return copy.reference;
+  const Reference copy = isArray ? listOf(references) : mapOf(references);
+  if (!isPlain) sources_[index].containers.emplace(place, copy);
+  return copy;
 }
 
 void KeyedArchiver::writeArchived(uint32_t number, Source& source, uint32_t original) {
@@ -558,19 +578,16 @@ void KeyedArchiver::writeArchived(uint32_t number, Source& source, uint32_t orig
   const KeyedArchive::Record record = archive->record(original);
   const uint32_t count = record.shape->count();
   std::vector<Reference>& keys = source.keys[record.shape];
-  if (keys.empty()) {
-    for (uint32_t i = 0; i < count; ++i) keys.push_back(string(record.shape->key(i)));
-  }
-  const PropertyListWriter::Container copy = writer_.dictionary(count);
-  entries_[number] = copy.reference;
+  keys.resize(count);
   for (uint32_t i = 0; i < count; ++i) {
-    const Reference value =
-        i == record.shape->classPosition()
-            ? referenceTo(numberOfClass(record.archivedClass->info))
-            : copyInline(index, archive->field(record, i), archive->fieldIndex(record, i));
-    writer_.set(copy, i, keys[i]);
-    writer_.set(copy, count + i, value);
+    // 0 is the reference of the top dictionary, which is no key
+    if (keys[i] == 0) keys[i] = string(record.shape->key(i));
+    addField(keys[i],
+             i == record.shape->classPosition()
+                 ? referenceTo(numberOfClass(record.archivedClass->info))
+                 : copyInline(index, archive->field(record, i), archive->fieldIndex(record, i)));
   }
+  writeFields(number);
 }
 
 void KeyedArchiver::writeRewritten(uint32_t number, uint16_t index, const Rewritten& rewritten) {
@@ -581,34 +598,32 @@ void KeyedArchiver::writeRewritten(uint32_t number, uint16_t index, const Rewrit
   if (kind != Kind::array && kind != Kind::dictionary) {
     return writeValue(number, archive->value(rewritten.number, transform));
   }
-  const uint32_t count = record.shape->count();
-  const PropertyListWriter::Container copy = writer_.dictionary(count);
-  entries_[number] = copy.reference;
   const bool hasList = archive->fieldForKey(record, "NS.objects").has_value();
   const auto isNumbered = [](const String& name) {
     return name.isAscii() && name.ascii().starts_with("NS.object.");
   };
-  for (uint32_t i = 0; i < count; ++i) {
+  for (uint32_t i = 0; i < record.shape->count(); ++i) {
     const String& name = record.shape->key(i);
     const KeyedArchive::Object field = archive->field(record, i);
+    const Reference at = string(name);
     Reference value = 0;
     if (name == "$class") {
       value = referenceTo(numberOfClass(record.archivedClass->info));
     } else if (!hasList && field.type == KeyedArchive::Type::uid && isNumbered(name)) {
       value = referenceTo(numberOfRewritten(index, archive->target(field), transform));
     } else if (name == "NS.objects" && field.type == KeyedArchive::Type::array) {
-      const PropertyListWriter::Container list = writer_.array(field.count);
-      for (uint64_t at = 0; at < field.count; ++at) {
-        const uint32_t original = archive->target(archive->element(field, at));
-        writer_.set(list, at, referenceTo(numberOfRewritten(index, original, transform)));
+      std::vector<Reference> references(field.count);
+      for (uint64_t each = 0; each < field.count; ++each) {
+        const uint32_t original = archive->target(archive->element(field, each));
+        references[each] = referenceTo(numberOfRewritten(index, original, transform));
       }
-      value = list.reference;
+      value = listOf(references);
     } else {
       value = copyInline(index, field, archive->fieldIndex(record, i));
     }
-    writer_.set(copy, i, string(name));
-    writer_.set(copy, count + i, value);
+    addField(at, value);
   }
+  writeFields(number);
 }
 
 }  // namespace ns

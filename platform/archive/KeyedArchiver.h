@@ -86,6 +86,8 @@ class KeyedArchiver final : public Coder {
   void writeRewritten(uint32_t number, uint16_t source, const Rewritten& rewritten);
   void writeValue(uint32_t number, const Value& value);
   void writeRecord(uint32_t number, const ClassRef& archivedClass);
+  /// Writes the fields gathered so far as the record of a number.
+  void writeFields(uint32_t number);
   void addField(Reference key, Reference value);
 
   uint32_t newNumber();
@@ -107,6 +109,7 @@ class KeyedArchiver final : public Coder {
   Reference copyInline(uint16_t source, const KeyedArchive::Object& object, uint32_t index);
   Reference fieldReference(const Field& field);
   Reference listOf(const std::vector<Reference>& references);
+  Reference mapOf(const std::vector<Reference>& references);
   Reference key(const char* key);
 
   PropertyListWriter writer_;
