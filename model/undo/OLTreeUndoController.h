@@ -187,14 +187,15 @@ class OLTreeUndoController : public OLTreeRuntimeAttributesController {
 
   // Flags and values.
 
-  /// -setExpanded:byItem:  After an edit that changed what OLTree::isItemExpanded() answered, or
-  /// would have if the item had children, records this operation with the former answer.  Nothing
-  /// for the root.  While undoing or redoing first selects the item, if that is what the
-  /// command was about: when the undo action name is that of SNUIString collapse, expand,
-  /// expandByOutline, collapseParent or expandParent, or the redo action name that of
+  /// -setExpanded:byItem:  After the edit records this operation with what OLTree::isItemExpanded()
+  /// answered before it, unless that is the flag; so an item without children counts as collapsed
+  /// before.  Nothing for the root.  While undoing or redoing first selects the item, if expanding
+  /// is what the command was about: when the undo action name is that of SNUIString collapse,
+  /// expand, expandByOutline, collapseParent or expandParent, or the redo action name that of
   /// expandParentByOutline.
   void setExpandedByItem(bool expanded, std::shared_ptr<OLNode> item) override;
-  /// -setExpandWithOutlineStyle:byItem:  The same for the other flag; records the opposite flag.
+  /// -setExpandWithOutlineStyle:byItem:  The same with OLTree::isItemExpandWithOutlineStyle();
+  /// records the opposite of the flag.
   void setExpandWithOutlineStyleByItem(bool flag, std::shared_ptr<OLNode> item) override;
 
   /// -setObjectValue:forKey:byItem:  Stores the value and, when it makes a difference, records this

@@ -10,6 +10,10 @@ namespace tavlin {
 
 using Super = OLTreeRuntimeAttributesController;
 
+// Items come by value also where a function does not change them: they are used after the edit,
+// when the list that a reference may point into has changed.
+// NOLINTBEGIN(performance-unnecessary-value-param)
+
 // The arguments that an inverse keeps are lists of its own; OLItems is only a view of one.
 
 void OLTreeUndoController::recordDeleteItem(const std::shared_ptr<OLNode>& item) {
@@ -213,5 +217,7 @@ void OLTreeUndoController::moveItemsOfParentAtIndexes(OLItems items, std::shared
   if (!isUndoingOrRedoing()) return;
   for (const auto& item : list) requestSelection(item);
 }
+
+// NOLINTEND(performance-unnecessary-value-param)
 
 }  // namespace tavlin

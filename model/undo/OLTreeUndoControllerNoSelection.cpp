@@ -7,6 +7,10 @@ namespace tavlin {
 
 using Super = OLTreeRuntimeAttributesController;
 
+// Items come by value: they are used after the edit, when the list that a reference may point into
+// has changed.
+// NOLINTBEGIN(performance-unnecessary-value-param)
+
 void OLTreeUndoController::recordDeleteItemWithNoSelection(const std::shared_ptr<OLNode>& item) {
   record("deleteItemWithNoSelectionAtDeleteCausedByUndoRedo:",
          &OLTreeUndoController::deleteItemWithNoSelectionAtDeleteCausedByUndoRedo, item);
@@ -80,5 +84,7 @@ void OLTreeUndoController::addChildWithNoSelectionAtDeleteCausedByUndoRedoToItem
   recordDeleteItemWithNoSelection(child);
   Super::addChildToItem(std::move(child), std::move(parent));
 }
+
+// NOLINTEND(performance-unnecessary-value-param)
 
 }  // namespace tavlin
