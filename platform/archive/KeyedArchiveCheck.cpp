@@ -29,7 +29,8 @@ class ArchiveChecker {
   }
 
   void run() {
-    reach(archive_.root_, false);
+    // a root that is a list belongs to nobody: it refers to objects as a value does
+    reach(archive_.root_, archive_.kind(archive_.root_) != Kind::object);
     while (!pending_.empty()) {
       const uint32_t number = pending_.back();
       pending_.pop_back();

@@ -179,7 +179,7 @@ std::shared_ptr<ns::Object> KeyedArchive::object(
   KeyedUnarchiver unarchiver(shared_from_this());
   unarchiver.makeObjects(objects_);
   company.insert(company.end(), unarchiver.objects_.begin(), unarchiver.objects_.end());
-  registerObject(number, unarchiver.made(number));
+  for (size_t i = 0; i < objects_.size(); ++i) registerObject(objects_[i], unarchiver.objects_[i]);
   return unarchiver.made(number);
 }
 

@@ -19,6 +19,13 @@ void appendBigEndian(std::string& out, T value) {
   }
 }
 
+template <class T>
+std::string bigEndian(T value) {
+  std::string bytes;
+  appendBigEndian(bytes, value);
+  return bytes;
+}
+
 void appendMarker(std::string& out, uint8_t type, size_t count) {
   if (count < 15) {
     out.push_back(static_cast<char>(type | count));
@@ -241,6 +248,13 @@ PropertyListWriter::Reference PropertyListWriter::string(std::u16string_view uni
 }
 
 PropertyListWriter::Reference PropertyListWriter::uid(uint32_t value) {
+  // an archive numbers its entries without gaps; a number far beyond them is a stray one
+  if (value >= uids_.size() && value > 4 * offsets_.size() + 1024) {
+    const unsigned width = widthFor(value);
+    std::string bytes(1, static_cast<char>(0x80 | (width - 1)));
+    bytes += width == 4 ? bigEndian(value) : bigEndian(static_cast<uint16_t>(value));
+    return scalar(bytes);
+  }
   if (value >= uids_.size()) {
     uids_.resize(std::max<size_t>(value + size_t{1}, uids_.size() + uids_.size() / 2), 0);
   }
