@@ -74,6 +74,10 @@ class Value {
             std::static_pointer_cast<const Object>(object)))) {}
   /// For the classes of values that higher layers add.
   explicit Value(Ref<const ValueBody> body) : body_(std::move(body)) {}
+  /// Other pointers are no values; without this they would become booleans.
+  template <class T>
+    requires(!std::is_same_v<std::remove_cv_t<T>, char>)
+  Value(T* pointer) = delete;
 
   [[nodiscard]] Kind kind() const { return body_ ? body_->kind() : Kind::none; }
   [[nodiscard]] bool isNone() const { return !body_; }

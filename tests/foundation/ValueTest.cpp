@@ -33,6 +33,14 @@ TEST(Value, KnowsItsKind) {
   EXPECT_EQ(Value(std::shared_ptr<Thing>()).kind(), Kind::none);
 }
 
+TEST(Value, IsNotMadeFromPointersByAccident) {
+  static_assert(!std::is_constructible_v<Value, const char16_t*>);
+  static_assert(!std::is_constructible_v<Value, Thing*>);
+  static_assert(!std::is_constructible_v<Value, const void*>);
+  char text[] = "text";
+  EXPECT_EQ(Value(static_cast<char*>(text)), Value("text"));
+}
+
 TEST(Value, AsksForKinds) {
   EXPECT_TRUE(Value().isNone());
   EXPECT_TRUE(Value("").isString());
