@@ -80,8 +80,7 @@ void Dictionary::setObjectForKey(Value value, const Value& key) {
 
 void Dictionary::removeObjectForKey(const Value& key) {
   if (!contains(key)) return;
-  const Value kept = key;  // it may be the entry's own
-  editable(body_).remove(kept);
+  editable(body_).remove(Value(key));  // a copy: the key may be the entry's own
 }
 
 void Dictionary::removeAll() { editable(body_).assign({}); }

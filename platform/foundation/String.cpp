@@ -258,10 +258,9 @@ bool String::hasPrefix(const String& prefix) const {
 const ClassRef& String::archivedClass() const { return text(body_).archivedClass(); }
 
 String String::withArchivedClass(ClassRef archivedClass) const {
-  Ref<const StringBody> plain(body_ ? &text(body_) : StringBody::make(0, false));
-  if (const auto* classed = dynamic_cast<const ClassedStringBody*>(plain.get())) {
-    plain = classed->plain();
-  }
+  const auto* const classed = dynamic_cast<const ClassedStringBody*>(body_.get());
+  const StringBody* const own = body_ ? &text(body_) : StringBody::make(0, false);
+  Ref<const StringBody> plain = classed ? classed->plain() : Ref<const StringBody>(own);
   if (!archivedClass) return String(Ref<const ValueBody>(plain));
   return String(
       Ref<const ValueBody>(new ClassedStringBody(std::move(plain), std::move(archivedClass))));
