@@ -12,9 +12,7 @@ namespace tavlin {
 
 OLDataManager::OLDataManager() : treeController_(OLTreeController::create()) {}
 
-std::shared_ptr<OLDataManager> OLDataManager::create() {
-  return std::make_shared<OLDataManager>();
-}
+std::shared_ptr<OLDataManager> OLDataManager::create() { return std::make_shared<OLDataManager>(); }
 
 void OLDataManager::setTreeController(const std::shared_ptr<ns::Object>& controller) {
   auto accepted = std::dynamic_pointer_cast<OLTreeController>(controller);

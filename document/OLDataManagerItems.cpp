@@ -126,12 +126,14 @@ bool OLDataManager::setObjectValueForKeyByItem(const ns::Value& value, const ns:
 
 bool OLDataManager::setTitleByItemWithUndo(const ns::Value& title,
                                            const std::shared_ptr<OLNode>& item, bool /*undo*/) {
-  return setObjectValueForKeyByItem(title, "title", item);
+  static thread_local const ns::Value key("title");
+  return setObjectValueForKeyByItem(title, key, item);
 }
 
 bool OLDataManager::setNoteByItemWithUndo(const ns::Value& note,
                                           const std::shared_ptr<OLNode>& item, bool /*undo*/) {
-  return setObjectValueForKeyByItem(note, "note", item);
+  static thread_local const ns::Value key("note");
+  return setObjectValueForKeyByItem(note, key, item);
 }
 
 std::shared_ptr<OLNode> OLDataManager::firstItem() const {

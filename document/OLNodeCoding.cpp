@@ -77,9 +77,9 @@ void OLNode::encodeWithCoder(ns::Coder& coder) const {
   } else if (archiver) {
     // lists that nodes share are known by their address, and so is a node's own empty list
     const void* list = children_ ? static_cast<const void*>(children_.get()) : this;
-    archiver->encodeListForKey({list, countChildren(), childAt,
-                                childrenForm_ == ChildrenForm::immutableArray},
-                               "children");
+    archiver->encodeListForKey(
+        {list, countChildren(), childAt, childrenForm_ == ChildrenForm::immutableArray},
+        "children");
   } else {
     std::vector<ns::Value> values;
     for (const auto& child : children()) values.emplace_back(child);
@@ -123,14 +123,14 @@ void OLNode::initWithCoder(ns::Coder& coder) {
         childrenForm_ = ChildrenForm::mutableArray;
         break;
     }
-    children_ =
-        std::static_pointer_cast<OLNodeList>(unarchiver->decodeListForKey("children", makeChildren));
+    children_ = std::static_pointer_cast<OLNodeList>(
+        unarchiver->decodeListForKey("children", makeChildren));
     archivedData_ = unarchiver->archivedValueForKey("data");
     data_.reset();
     isDataEmpty_ = false;
     if (archivedData_.archive && unarchiver->kindForKey("data") != ns::Kind::dictionary) {
-      unarchiver->fail(std::string("\"data\" is ") +
-                       ns::describe(unarchiver->kindForKey("data")) + " and not a dictionary");
+      unarchiver->fail(std::string("\"data\" is ") + ns::describe(unarchiver->kindForKey("data")) +
+                       " and not a dictionary");
     }
   } else {
     const ns::Value list = coder.decodeObjectForKey("children");

@@ -1,5 +1,6 @@
 // tavlin-keywords: reads and replaces the keywords of one document.
 
+#include <fcntl.h>
 #include <unistd.h>
 
 #include <exception>
@@ -39,6 +40,14 @@ int write(int argc, char** argv) {
   return tavlin::writeKeywords(argv[2], keywords);
 }
 
+/// A standard stream that was closed must not become the document's descriptor: messages would
+/// go into it.
+void openStandardStreams() {
+  for (int stream = STDIN_FILENO; stream <= STDERR_FILENO; ++stream) {
+    if (::fcntl(stream, F_GETFD) == -1 && ::open("/dev/null", O_RDWR) == -1) return;
+  }
+}
+
 int run(int argc, char** argv) {
   if (argc < 3) {
     print(kUsage);
@@ -59,6 +68,7 @@ int run(int argc, char** argv) {
 }  // namespace
 
 int main(int argc, char** argv) {
+  openStandardStreams();
   const int status = run(argc, argv);
   print("\n");
   return status;

@@ -51,14 +51,14 @@ struct Date {
 class Value {
  public:
   Value() = default;
-  Value(std::nullptr_t) {}          // NOLINT(google-explicit-constructor)
-  Value(bool value);                // NOLINT(google-explicit-constructor)
-  Value(double value);              // NOLINT(google-explicit-constructor)
-  Value(float value);               // NOLINT(google-explicit-constructor): kept as 32 bits
-  Value(Integer value);             // NOLINT(google-explicit-constructor)
+  Value(std::nullptr_t) {}  // NOLINT(google-explicit-constructor)
+  Value(bool value);        // NOLINT(google-explicit-constructor)
+  Value(double value);      // NOLINT(google-explicit-constructor)
+  Value(float value);       // NOLINT(google-explicit-constructor): kept as 32 bits
+  Value(Integer value);     // NOLINT(google-explicit-constructor)
   template <class T>
-    requires(std::is_integral_v<T> && !std::is_same_v<T, bool>)
-  Value(T value)  // NOLINT(google-explicit-constructor)
+  requires(std::is_integral_v<T> && !std::is_same_v<T, bool>)
+      Value(T value)  // NOLINT(google-explicit-constructor)
       : Value(Integer{static_cast<uint64_t>(value), 0, std::is_signed_v<T>, false}) {}
   Value(const char* utf8);              // NOLINT(google-explicit-constructor)
   Value(const String& string);          // NOLINT(google-explicit-constructor)
@@ -68,16 +68,16 @@ class Value {
   Value(const Dictionary& dictionary);  // NOLINT(google-explicit-constructor)
   /// An object with an identity; an empty pointer gives none.
   template <class T>
-    requires std::is_base_of_v<Object, T>
-  Value(const std::shared_ptr<T>& object)  // NOLINT(google-explicit-constructor)
-      : Value(fromObject(std::const_pointer_cast<Object>(
-            std::static_pointer_cast<const Object>(object)))) {}
+  requires std::is_base_of_v<Object, T> Value(
+      const std::shared_ptr<T>& object)  // NOLINT(google-explicit-constructor)
+      : Value(fromObject(
+            std::const_pointer_cast<Object>(std::static_pointer_cast<const Object>(object)))) {}
   /// For the classes of values that higher layers add.
   explicit Value(Ref<const ValueBody> body) : body_(std::move(body)) {}
   /// Other pointers are no values; without this they would become booleans.
   template <class T>
-    requires(!std::is_same_v<std::remove_cv_t<T>, char>)
-  Value(T* pointer) = delete;
+  requires(!std::is_same_v<std::remove_cv_t<T>, char>) Value(T* pointer)
+  = delete;
 
   [[nodiscard]] Kind kind() const { return body_ ? body_->kind() : Kind::none; }
   [[nodiscard]] bool isNone() const { return !body_; }
@@ -128,7 +128,6 @@ class Value {
   static Value fromObject(std::shared_ptr<Object> object);
   Ref<const ValueBody> body_;
 };
-
 
 }  // namespace ns
 

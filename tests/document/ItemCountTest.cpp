@@ -146,22 +146,6 @@ TEST_F(ItemCountTest, AWalkThatDoublesAtEachLevelRaises) {
   EXPECT_EQ(raisedBy([&] { countOf(a); }), kUnexpected);
 }
 
-// Scale and random shapes.
-
-TEST(ItemCountScale, AMillionLevelsAndAMillionChildren) {
-  const Item deep = OLNode::create();
-  Item last = deep;
-  for (int i = 0; i < 1000000; ++i) {
-    Item next = OLNode::create();
-    last->addChild(next);
-    last = std::move(next);
-  }
-  EXPECT_EQ(countOf(deep), 1000001U);
-  const Item wide = OLNode::create();
-  for (int i = 0; i < 1000000; ++i) wide->addChild(OLNode::create());
-  EXPECT_EQ(countOf(wide), 1000001U);
-}
-
 TEST(ItemCountProperty, CountsLikeARecursion) {
   testing::Random random(64);
   const std::function<uint64_t(const OLNode&)> naive = [&](const OLNode& node) {

@@ -117,6 +117,16 @@ TEST_F(OLTreeValidation, EachRepairPostsTwice) {
   EXPECT_EQ(printChildren(*root), "A(A2 A1) B(B1) C");
 }
 
+TEST_F(OLTreeValidation, AReplacedChildThatNobodyKeepsEndsOnceItsCopyIsInPlace) {
+  PostLog log;
+  const std::weak_ptr<OLNode> watched = c;
+  c->setParent(other);
+  c.reset();
+  EXPECT_TRUE(tree->validateWithRecovery(true));
+  EXPECT_TRUE(watched.expired());
+  EXPECT_EQ(log.take(), "R:2 R:3 X:0") << "a node that ends tells the parent that it names";
+}
+
 TEST_F(OLTreeValidation, OfTwoWrongChildrenInARowTheSecondSlidesPast) {
   b->setParent(other);
   c->setParent(other);

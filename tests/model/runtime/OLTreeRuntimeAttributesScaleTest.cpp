@@ -169,15 +169,22 @@ TEST(RuntimeScale, ManySiblingsInAnyOrder) {
   EXPECT_EQ(label(all.back()), "/" + std::to_string(2 * kSelected - 1) + "@0");
 }
 
-TEST(RuntimeScale, OneEditInAFlatListSearchesOnlyForItsPlace) {
-  const auto controller = Controller::create();
-  Item parent = controller->tree()->rootItem();
+TEST(RuntimeScale, OneEditAmongManySiblingsRefreshesWhatFollowsAndWhatIsAbove) {
+  CountingController controller;
+  Item parent = controller.tree()->rootItem();
   for (int depth = 0; depth < 10; ++depth) parent = addNew(parent);
   for (size_t i = 0; i < kDeep; ++i) addNew(parent);
-  controller->buildRuntimeCheckState();
-  controller->buildRuntimeNumberLabel();
-  const auto item = controller->insertChildToItemAtIndex(parent, kDeep / 2);
-  EXPECT_EQ(parent->indexOfChild(item.get()), static_cast<int64_t>(kDeep / 2));
+  controller.buildRuntimeCheckState();
+  controller.buildRuntimeNumberLabel();
+  controller.updates = controller.labels = 0;
+  const auto item = controller.insertChildToItemAtIndex(parent, kDeep - 10);
+  EXPECT_EQ(controller.updates, 11U) << "the item and its ancestors";
+  EXPECT_EQ(controller.labels, 11U) << "the item and its later siblings";
+  controller.updates = controller.labels = 0;
+  controller.setObjectValueForKeyByItem(true, "checkStatus", item);
+  EXPECT_EQ(controller.updates, 11U);
+  EXPECT_EQ(controller.labels, 0U);
+  EXPECT_EQ(flags(controller.tree()->firstItem()), "d..");
 }
 
 // The two helpers alone.

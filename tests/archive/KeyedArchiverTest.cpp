@@ -1,0 +1,249 @@
+#include "platform/archive/KeyedArchiver.h"
+
+#include <gtest/gtest.h>
+
+#include "ArchiveTesting.h"
+#include "platform/foundation/Array.h"
+#include "platform/foundation/Dictionary.h"
+
+namespace {
+
+using ns::Array;
+using ns::Dictionary;
+using ns::KeyedArchiver;
+using ns::Value;
+using testing_archives::archive;
+using testing_archives::classRecord;
+using testing_archives::describeGraph;
+using testing_archives::instance;
+using testing_archives::Item;
+using testing_archives::opened;
+using testing_archives::P;
+using testing_archives::readBack;
+using testing_archives::references;
+using testing_archives::utf8;
+
+ns::Data written(const Value& root) { return KeyedArchiver::archivedDataWithRootObject(root); }
+Value roundTrip(const Value& root) { return readBack(written(root)); }
+std::shared_ptr<Item> roundTrip(const std::shared_ptr<Item>& root) {
+  return roundTrip(Value(root)).objectAs<Item>();
+}
+
+/// The value of a plain reading against the value of a copy that nobody looked into.
+void expectCopied(const ns::Data& data) {
+  const auto original = opened(data);
+  // a container that is wrapped is written anew; what it holds is copied record by record
+  const Value value = original->value(original->root());
+  const std::string graph = describeGraph(value);
+  const ns::Data copy = written(value);
+  EXPECT_EQ(describeGraph(readBack(copy)), graph);
+  EXPECT_EQ(written(readBack(copy)), copy);
+}
+
+TEST(KeyedArchiver, WritesBareRoots) {
+  for (const Value& value :
+       {Value("text"), Value("größe"), Value(true), Value(7), Value(-7), Value(1.5), Value(1.5F),
+        Value(ns::Data("x")), Value(UINT64_MAX), Value(ns::Integer{1, 2, false, true})}) {
+    const Value read = roundTrip(value);
+    EXPECT_EQ(read, value);
+    EXPECT_EQ(read.kind(), value.kind());
+    EXPECT_EQ(read.isFloat(), value.isFloat());
+    EXPECT_EQ(read.integer().sixteenBytes,
+              value.integer().sixteenBytes || !value.integer().isSigned);
+  }
+  EXPECT_TRUE(roundTrip(Value()).isNone());
+  EXPECT_EQ(roundTrip(ns::Date{2.5}).date().seconds, 2.5);
+}
+
+TEST(KeyedArchiver, KeepsClassesOfContainersAndMutableValues) {
+  Array array{Value(ns::String("inside").withArchivedClass(
+                  ns::makeClass({"NSMutableString", "NSString", "NSObject"}))),
+              Value::dataWithArchivedClass(ns::Data("x"),
+                                           ns::makeClass({"NSMutableData", "NSData", "NSObject"}))};
+  array.setArchivedClass(ns::makeClass({"NSMutableArray", "NSArray", "NSObject"}));
+  const Value read = roundTrip(array);
+  EXPECT_EQ(describeGraph(read), describeGraph(array));
+  EXPECT_EQ(read.array().archivedClass()->name, "NSMutableArray");
+}
+
+TEST(KeyedArchiver, WritesEqualScalarsOnceAndSharedContainersOnce) {
+  const Array inner{1};
+  const Value read = roundTrip(Array{inner, inner, Array{1}, "a", "a"});
+  EXPECT_EQ(read.array()[0].body(), read.array()[1].body());
+  EXPECT_NE(read.array()[0].body(), read.array()[2].body());
+  const auto held = opened(written(Array{"a", "a", 1, 1, true, 1.0}));
+  // null, the array, four scalars, the class
+  EXPECT_EQ(held->objectCount(), 7U);
+}
+
+TEST(KeyedArchiver, KeepsIdentityAndCircles) {
+  const auto root = Item::make("root");
+  const auto child = Item::make("child");
+  root->add(child);
+  root->add(child);
+  root->conditional = root;
+  child->conditional = root;
+  const auto read = roundTrip(root);
+  ASSERT_EQ(read->children.size(), 2U);
+  EXPECT_EQ(read->children[0], read->children[1]);
+  EXPECT_EQ(read->children[0]->parent.lock(), read);
+  EXPECT_EQ(read->conditional.lock(), read);
+  EXPECT_EQ(utf8(read->children[0]->name), "child");
+}
+
+TEST(KeyedArchiver, ConditionalReferencesBeforeAfterAndNever) {
+  const auto root = Item::make("root");
+  const auto first = Item::make("first");
+  const auto last = Item::make("last");
+  const auto stranger = Item::make("stranger");
+  root->add(first);
+  root->add(last);
+  first->conditional = last;     // written after
+  last->conditional = first;     // written before
+  root->conditional = stranger;  // never written
+  const auto read = roundTrip(root);
+  EXPECT_EQ(read->children[0]->conditional.lock(), read->children[1]);
+  EXPECT_EQ(read->children[1]->conditional.lock(), read->children[0]);
+  EXPECT_FALSE(read->conditional.lock());
+  const auto held = opened(written(root));
+  const auto field = held->fieldForKey(held->record(held->root()), "friend");
+  // an entry of its own that holds null, as the platform writes it
+  EXPECT_NE(held->target(*field), 0U);
+  EXPECT_TRUE(held->isNull(held->target(*field)));
+}
+
+TEST(KeyedArchiver, MarksKeysThatBeginWithTheArchiversSign) {
+  const auto root = Item::make("root");
+  root->size = -123456789012;
+  root->flag = true;
+  const auto held = opened(written(root));
+  const auto record = held->record(held->root());
+  EXPECT_TRUE(held->fieldForKey(record, "$$size"));
+  EXPECT_FALSE(held->fieldForKey(record, "$size"));
+  const auto read = roundTrip(root);
+  EXPECT_EQ(read->size, -123456789012);
+  EXPECT_TRUE(read->flag);
+}
+
+TEST(KeyedArchiver, TheTextOfTheNullMarkerIsNotNull) {
+  const Value read = roundTrip(Array{"$null", "$null", Dictionary{{"$null", "$null"}}, "x$null"});
+  EXPECT_EQ(utf8(read.array()[0]), "$null");
+  EXPECT_EQ(read.array()[0].kind(), ns::Kind::string);
+  EXPECT_EQ(utf8(read.array()[2].dictionary().objectForKey("$null")), "$null");
+  EXPECT_EQ(utf8(roundTrip("$null")), "$null");
+  EXPECT_EQ(written(read), written(readBack(written(read))));
+}
+
+TEST(KeyedArchiver, ListsKeepTheirClass) {
+  const auto root = Item::make("root");
+  root->isImmutable = true;
+  EXPECT_TRUE(roundTrip(root)->isImmutable);
+  root->isImmutable = false;
+  EXPECT_FALSE(roundTrip(root)->isImmutable);
+}
+
+TEST(KeyedArchiver, RefusesObjectsWithoutAClass) {
+  class Nameless : public ns::Object {
+    void encodeWithCoder(ns::Coder& /*coder*/) const override {}
+  };
+  EXPECT_THROW((void)written(Array{Value(std::make_shared<Nameless>())}),
+               ns::InvalidArgumentException);
+}
+
+TEST(KeyedArchiver, CopiesEveryKindOfField) {
+  const P shared = P::array({P::uid(1), P::array({P::real4(1)}), "text"});
+  expectCopied(archive({"$null",
+                        instance(2, {{"bool", P::boolean(true)},
+                                     {"small", 200},
+                                     {"negative", -2147483392},
+                                     {"wide", P::integer(5, 16)},
+                                     {"float", P::real4(0.1F)},
+                                     {"double", P::real(0.1)},
+                                     {"date", P::date(3)},
+                                     {"data", P::data("bytes")},
+                                     {"text", "in the record"},
+                                     {P::wide(u"schlüssel"), P::wide(u"größe")},
+                                     {"$0", P::uid(0)},
+                                     {"$$mine", P::uid(3)},
+                                     {"self", P::uid(1)},
+                                     {"list", shared},
+                                     {"again", shared},
+                                     {"map", P::dictionary({{"a", 1}, {"b", P::uid(4)}})},
+                                     {"empty", P::array({})}}),
+                        P::dictionary({{"$classname", "Thing"},
+                                       {"$classes", P::array({"Thing", "%Thing", "NSObject"})},
+                                       {"$classhints", P::array({"NSString", "NSArray"})}}),
+                        "$null", instance(5), P::dictionary({{"$classname", "Bare"}})}));
+}
+
+TEST(KeyedArchiver, CopiesKeepUnresolvedReferencesApartFromNull) {
+  const ns::Data data =
+      archive({"$null", instance(2, {{"a", P::uid(0)}, {"b", P::uid(3)}, {"c", P::uid(3)}}),
+               classRecord({"Thing", "NSObject"}), "$null"});
+  const auto copy = opened(written(readBack(data)));
+  const auto record = copy->record(copy->root());
+  EXPECT_EQ(copy->target(*copy->fieldForKey(record, "a")), 0U);
+  const uint32_t unresolved = copy->target(*copy->fieldForKey(record, "b"));
+  EXPECT_NE(unresolved, 0U);
+  EXPECT_TRUE(copy->isNull(unresolved));
+  EXPECT_EQ(copy->target(*copy->fieldForKey(record, "c")), unresolved);
+}
+
+TEST(KeyedArchiver, CopiesContainersInOldForms) {
+  expectCopied(archive(
+      {"$null", instance(2, {{"NS.key.0", P::uid(3)}, {"NS.object.0", P::uid(4)}, {"extra", 1}}),
+       classRecord({"NSDictionary", "NSObject"}), "k",
+       instance(5, {{"NS.object.0", P::uid(1)}, {"NS.object.1", P::uid(3)}}),
+       classRecord({"NSMutableArray", "NSArray", "NSObject"})}));
+}
+
+TEST(KeyedArchiver, AnEditedContainerKeepsItsNeighboursAsTheyWere) {
+  const ns::Data data = archive({"$null", instance(2, {{"NS.objects", references({3, 4, 6, 3})}}),
+                                 classRecord({"NSArray", "NSObject"}),
+                                 instance(5, {{"me", P::uid(3)}, {"real", P::real4(1)}}),
+                                 instance(2, {{"NS.objects", references({3})}}),
+                                 classRecord({"Thing", "NSObject"}), "text"});
+  const Value original = readBack(data);
+  Array edited = original.array();
+  edited.append("more");
+  const Value read = roundTrip(edited);
+  ASSERT_EQ(read.array().count(), 5U);
+  EXPECT_EQ(describeGraph(read), describeGraph(edited));
+  // the record is one object still, wherever it is mentioned
+  const auto held = opened(written(edited));
+  const auto numbers = held->elementNumbers(held->record(held->root()), "NS.objects", "");
+  EXPECT_EQ(numbers[0], numbers[3]);
+  const auto inner = held->elementNumbers(held->record(numbers[1]), "NS.objects", "");
+  EXPECT_EQ(inner[0], numbers[0]);
+}
+
+TEST(KeyedArchiver, ValuesOfSeveralArchivesGoIntoOne) {
+  const ns::Data first =
+      archive({"$null", instance(2, {{"a", 1}}), classRecord({"Thing", "NSObject"})});
+  const ns::Data second =
+      archive({"$null", instance(2, {{"a", 2}}), classRecord({"Thing", "NSObject"})});
+  const Array both{readBack(first), readBack(second), readBack(first)};
+  EXPECT_EQ(describeGraph(roundTrip(both)).find("i1"), describeGraph(roundTrip(both)).rfind("i1"))
+      << "two archives opened from the same data are two archives";
+  const auto held = opened(written(both));
+  // null, the array and its class, three things and one class
+  EXPECT_EQ(held->objectCount(), 7U);
+}
+
+TEST(KeyedArchiver, ObjectsInValuesAreTheObjectsOfTheDocument) {
+  const auto root = Item::make("root");
+  const auto child = Item::make("child");
+  root->add(child);
+  root->values = Dictionary{{"favourite", Value(child)}, {"me", Value(root)}};
+  const auto read = roundTrip(root);
+  root->values = {};
+  EXPECT_EQ(read->values.dictionary().objectForKey("favourite").object(), read->children[0]);
+  EXPECT_EQ(read->values.dictionary().objectForKey("me").object(), read);
+  // unchanged values are copied and lead to the living objects
+  const auto again = roundTrip(read);
+  EXPECT_EQ(again->values.dictionary().objectForKey("favourite").object(), again->children[0]);
+  read->values = {};
+  again->values = {};
+}
+
+}  // namespace

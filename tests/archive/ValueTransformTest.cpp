@@ -1,0 +1,172 @@
+// Rewriting what lies in an archive, while decoding and while copying.
+
+#include "platform/archive/ValueTransform.h"
+
+#include <gtest/gtest.h>
+
+#include "ArchiveTesting.h"
+#include "platform/archive/KeyedArchiver.h"
+#include "platform/archive/KeyedUnarchiver.h"
+#include "platform/foundation/Array.h"
+#include "platform/foundation/Dictionary.h"
+
+namespace {
+
+using testing_archives::archive;
+using testing_archives::classRecord;
+using testing_archives::describeGraph;
+using testing_archives::instance;
+using testing_archives::opened;
+using testing_archives::P;
+using testing_archives::readBack;
+using testing_archives::references;
+using testing_archives::utf8;
+
+/// Turns texts that begin with "old" into texts that begin with "new".
+class Renewal final : public ns::ValueTransform {
+ public:
+  [[nodiscard]] bool changesText(const ns::StoredText& text) const override {
+    return !text.isWide && text.bytes.starts_with("old");
+  }
+  [[nodiscard]] ns::String string(const ns::String& string) const override {
+    const std::string text = string.utf8();
+    return text.starts_with("old") ? ns::String(std::string_view("new" + text.substr(3))) : string;
+  }
+  [[nodiscard]] bool mayChangeAttributedStrings(
+      const ns::KeyedArchive& /*archive*/) const override {
+    return false;
+  }
+  [[nodiscard]] ns::Value attributedString(const ns::Value& value) const override { return value; }
+};
+
+const Renewal renewal;
+
+/// A root that writes a value of an archive, rewritten, without looking at it.
+class Carrier final : public ns::Object {
+ public:
+  explicit Carrier(std::shared_ptr<const ns::KeyedArchive> archive)
+      : archive_(std::move(archive)) {}
+  [[nodiscard]] ns::ClassRef classForCoder() const override {
+    return ns::makeClass({"Carrier", "NSObject"});
+  }
+  void encodeWithCoder(ns::Coder& coder) const override {
+    dynamic_cast<ns::KeyedArchiver&>(coder).encodeArchivedValueForKey(archive_, archive_->root(),
+                                                                      &renewal, "data");
+  }
+
+ private:
+  std::shared_ptr<const ns::KeyedArchive> archive_;
+};
+
+/// The rewritten value, copied without being decoded and then read.
+ns::Value copied(const std::shared_ptr<ns::KeyedArchive>& archive) {
+  const auto held = opened(
+      ns::KeyedArchiver::archivedDataWithRootObject(ns::Value(std::make_shared<Carrier>(archive))));
+  return held->value(held->target(*held->fieldForKey(held->record(held->root()), "data")));
+}
+
+const std::vector<std::string> kArray{"NSArray", "NSObject"};
+const std::vector<std::string> kDictionary{"NSMutableDictionary", "NSDictionary", "NSObject"};
+const std::vector<std::string> kMutableString{"NSMutableString", "NSString", "NSObject"};
+
+/// Numbers: 1 array, 2 its class, 3 "old text", 4 unaffected array, 5 affected array,
+/// 6 dictionary with a key and a value "old key", 7 its class, 8 "old key", 9 mutable string,
+/// 10 its class, 11 "plain", 12 a thing with a text, 13 its class.
+std::vector<P> entries() {
+  return {"$null",
+          instance(2, {{"NS.objects", references({3, 4, 5, 5, 6, 9, 12, 0})}}),
+          classRecord(kArray),
+          "old text",
+          instance(2, {{"NS.objects", references({11})}}),
+          instance(2, {{"NS.objects", references({3, 4})}}),
+          instance(7, {{"NS.keys", references({8})}, {"NS.objects", references({8})}}),
+          classRecord(kDictionary),
+          "old key",
+          instance(10, {{"NS.string", "old mutable"}}),
+          classRecord(kMutableString),
+          "plain",
+          instance(13, {{"text", P::uid(3)}, {"inside", "old"}}),
+          classRecord({"Thing", "NSObject"})};
+}
+
+TEST(ValueTransform, ReachesStringsInContainersAndNothingElse) {
+  const auto held = opened(archive(entries()));
+  const ns::Array array = held->value(1, &renewal).array();
+  EXPECT_EQ(utf8(array[0]), "new text");
+  EXPECT_EQ(utf8(array[1].array()[0]), "plain");
+  EXPECT_EQ(utf8(array[2].array()[0]), "new text");
+  EXPECT_EQ(utf8(array[4].dictionary().entries()[0].first), "old key");
+  EXPECT_EQ(utf8(array[4].dictionary().entries()[0].second), "new key");
+  EXPECT_EQ(utf8(array[5]), "new mutable");
+  EXPECT_EQ(array[5].archivedClass()->name, "NSMutableString");
+  EXPECT_EQ(array[6].kind(), ns::Kind::record);
+  EXPECT_TRUE(array[7].isNone());
+  // without it, nothing has changed
+  EXPECT_EQ(utf8(held->value(1).array()[0]), "old text");
+}
+
+TEST(ValueTransform, SharedPartsStaySharedAndUnaffectedPartsStayTheSame) {
+  const auto held = opened(archive(entries()));
+  const ns::Value plain = held->value(1);
+  const ns::Value rewritten = held->value(1, &renewal);
+  EXPECT_EQ(rewritten.array()[2].body(), rewritten.array()[3].body());
+  EXPECT_EQ(rewritten.array()[1].body(), plain.array()[1].body());
+  EXPECT_EQ(rewritten.array()[2].array()[1].body(), plain.array()[1].body());
+  EXPECT_NE(rewritten.array()[2].body(), plain.array()[2].body());
+  // asked for again, both are what they were
+  EXPECT_EQ(held->value(1, &renewal).body(), rewritten.body());
+  EXPECT_EQ(held->value(1).body(), plain.body());
+  EXPECT_EQ(held->value(4, &renewal).body(), plain.array()[1].body());
+}
+
+TEST(ValueTransform, CopyingDoesWhatDecodingDoes) {
+  const auto held = opened(archive(entries()));
+  EXPECT_EQ(describeGraph(copied(held)), describeGraph(held->value(1, &renewal)));
+  // of the file's texts the thing keeps the old one, the array has the new one
+  const std::string graph = describeGraph(copied(held));
+  EXPECT_NE(graph.find("'old text'"), std::string::npos);
+  EXPECT_NE(graph.find("'new text'"), std::string::npos);
+}
+
+TEST(ValueTransform, CopyingReachesNumberedElementsToo) {
+  const auto held = opened(archive(
+      {"$null",
+       instance(2, {{"NS.object.0", P::uid(3)}, {"NS.object.1", P::uid(4)}, {"more", P::uid(3)}}),
+       classRecord(kArray), "old text",
+       instance(5, {{"NS.key.0", P::uid(3)}, {"NS.object.0", P::uid(3)}}),
+       classRecord(kDictionary)}));
+  const ns::Value decoded = held->value(1, &renewal);
+  EXPECT_EQ(utf8(decoded.array()[0]), "new text");
+  EXPECT_EQ(describeGraph(copied(held)), describeGraph(decoded));
+}
+
+TEST(ValueTransform, KeysStayAsTheyAreHoweverDeep) {
+  const auto held = opened(archive(
+      {"$null", instance(2, {{"NS.keys", references({3})}, {"NS.objects", references({3})}}),
+       classRecord(kDictionary), instance(4, {{"NS.objects", references({5})}}),
+       classRecord(kArray), "old"}));
+  const ns::Value decoded = held->value(1, &renewal);
+  const auto& [key, value] = decoded.dictionary().entries()[0];
+  EXPECT_EQ(utf8(key.array()[0]), "old");
+  EXPECT_EQ(utf8(value.array()[0]), "new");
+  EXPECT_EQ(describeGraph(copied(held)), describeGraph(decoded));
+}
+
+TEST(ValueTransform, WithNothingToDoGivesTheSameValues) {
+  const auto held = opened(archive(
+      {"$null", instance(2, {{"NS.objects", references({3})}}), classRecord(kArray), "plain"}));
+  const ns::Value plain = held->value(1);
+  EXPECT_EQ(held->value(1, &renewal).body(), plain.body());
+  EXPECT_FALSE(held->isChangedBy(renewal, 1));
+}
+
+TEST(ValueTransform, CirclesEnd) {
+  const auto held =
+      opened(archive({"$null", instance(2, {{"NS.objects", references({3, 1, 4})}}),
+                      classRecord(kArray), "old", instance(2, {{"NS.objects", references({1})}})}));
+  EXPECT_EQ(utf8(held->value(1, &renewal).array()[0]), "new");
+  EXPECT_EQ(utf8(copied(held).array()[0]), "new");
+  EXPECT_TRUE(held->isChangedBy(renewal, 4));
+}
+
+}  // namespace
