@@ -36,12 +36,14 @@ Document outlineOf(size_t count) {
   document.controller->setNumberLabelFormat(std::make_shared<OLNumberLabelFormatLegal>());
   size_t depth = 1;
   for (size_t held = kChildren; held < count; held *= kChildren) ++depth;
+  const ns::Value title = "title", checkStatus = "checkStatus";
   OLNodeList path{document.root()};
   while (document.items.size() < count) {
     while (path.size() > depth || path.back()->countChildren() == kChildren) path.pop_back();
     path.push_back(addNew(path.back()));
     document.items.push_back(path.back());
-    if (document.items.size() % 10 == 0) path.back()->setDataForKey(true, "checkStatus");
+    path.back()->setDataForKey("An item of the outline", title);
+    if (document.items.size() % 10 == 0) path.back()->setDataForKey(true, checkStatus);
   }
   return document;
 }

@@ -208,10 +208,10 @@ uint32_t KeyedArchiver::numberOfClass(const ClassRef& archivedClass) {
   for (auto it = from; it != to; ++it) {
     if (*it->second.first == *archivedClass) number = it->second.second;
   }
-  if (number == 0) number = newNumber();
-  // holds the class, too, as its address stands for it
+  keptClasses_.push_back(archivedClass);  // its address stands for it
+  if (number != 0) return number;
+  number = newNumber();
   classes_.emplace(archivedClass->name, std::pair(archivedClass, number));
-  if (entries_[number] != kUnwritten) return number;
   const auto list = [&](const std::vector<std::string>& names) {
     std::vector<Reference> references;
     for (const std::string& name : names) references.push_back(string(String(name)));

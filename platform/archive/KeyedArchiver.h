@@ -127,6 +127,7 @@ class KeyedArchiver final : public Coder {
   std::vector<const ValueTransform*> transforms_;
   std::unordered_map<const ClassInfo*, uint32_t> classNumbers_;
   std::unordered_multimap<std::string, std::pair<ClassRef, uint32_t>> classes_;  // by name
+  std::vector<ClassRef> keptClasses_;
   Value nullText_;  // the text "$null" in a form that is not null
   std::unordered_map<const char*, Reference> keys_;
   std::vector<std::shared_ptr<const Object>> kept_;      // objects that only values hold

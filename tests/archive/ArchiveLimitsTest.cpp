@@ -181,24 +181,6 @@ TEST(ArchiveLimits, ALongTextMentionedOftenTakesItsMemoryOnce) {
   EXPECT_LT(written(ns::Array{read, 1}).length(), file.length() + kMegabyte);
 }
 
-TEST(ArchiveLimits, TextsThatNobodyHoldsAreLetGo) {
-  const MemoryLimit limit(500 * kMegabyte);
-  std::vector<P> entries{"$null", ""};
-  std::vector<uint64_t> all;
-  for (int i = 0; i < 40; ++i) {
-    all.push_back(entries.size());
-    entries.push_back(P::wide(std::u16string(2 * kMegabyte, static_cast<char16_t>(0x400 + i))));
-  }
-  entries.push_back(classRecord(kArray));
-  entries[1] = instance(entries.size() - 1, {{"NS.objects", references(all)}});
-  const auto held = opened(archive(std::move(entries)));
-  for (int round = 0; round < 3; ++round) {
-    for (const uint64_t number : all) {
-      EXPECT_EQ(held->value(static_cast<uint32_t>(number)).string().length(), 2 * kMegabyte);
-    }
-  }
-}
-
 TEST(ArchiveLimits, OverlappingTextsAreRefused) {
   // every sixth byte of a text begins another text that goes on for a megabyte
   std::string text;
