@@ -202,16 +202,17 @@ uint32_t KeyedArchiver::numberOfRewritten(uint16_t source, uint32_t original,
 }
 
 uint32_t KeyedArchiver::numberOfClass(const ClassRef& archivedClass) {
-  uint32_t& number = classNumbers_[archivedClass.get()];
-  if (number != 0) return number;
+  const auto known = classNumbers_.find(archivedClass.get());
+  if (known != classNumbers_.end()) return known->second;
+  // the same class described again, by another archive or anew for every object
   const auto [from, to] = classes_.equal_range(archivedClass->name);
   for (auto it = from; it != to; ++it) {
-    if (*it->second.first == *archivedClass) number = it->second.second;
+    if (*it->second.first == *archivedClass) return it->second.second;
   }
-  keptClasses_.push_back(archivedClass);  // its address stands for it
-  if (number != 0) return number;
-  number = newNumber();
+  const uint32_t number = newNumber();
+  // held there, so that its address stands for it
   classes_.emplace(archivedClass->name, std::pair(archivedClass, number));
+  classNumbers_.emplace(archivedClass.get(), number);
   const auto list = [&](const std::vector<std::string>& names) {
     std::vector<Reference> references;
     for (const std::string& name : names) references.push_back(string(String(name)));
