@@ -11,19 +11,22 @@ namespace ns {
 /// Takes a container out of its archive's cache when it goes or changes.
 class CachedOrigin final : public ArchiveOrigin {
  public:
-  /// `alias`: a transform that changes nothing in the container.
   CachedOrigin(std::shared_ptr<const KeyedArchive> archive, uint32_t number,
-               const ValueTransform* transform, const ValueTransform* alias)
-      : ArchiveOrigin(std::move(archive), number, transform), alias_(alias) {}
+               const ValueTransform* transform)
+      : ArchiveOrigin(std::move(archive), number, transform) {}
   ~CachedOrigin() override {
     forget(transform());
-    if (alias_) forget(alias_);
+    for (const ValueTransform* alias : aliases_) forget(alias);
   }
 
   void remember(const ValueBody* body) {
     body_ = body;
     archive()->cache_[{number(), transform()}] = body;
-    if (alias_) archive()->cache_[{number(), alias_}] = body;
+  }
+  /// Remembers the container for a transform that changes nothing in it, too.
+  void rememberFor(const ValueTransform* alias) const {
+    aliases_.push_back(alias);
+    archive()->cache_[{number(), alias}] = body_;
   }
 
  private:
@@ -32,8 +35,8 @@ class CachedOrigin final : public ArchiveOrigin {
     if (known != archive()->cache_.end() && known->second == body_) archive()->cache_.erase(known);
   }
 
-  const ValueTransform* const alias_;
   const ValueBody* body_ = nullptr;
+  mutable std::vector<const ValueTransform*> aliases_;
 };
 
 /// Decodes one value with a list of containers under construction, never by recursion.
@@ -170,7 +173,7 @@ class ArchiveDecoder {
     const auto cached = archive_.cache_.find({number, transform});
     if (cached != archive_.cache_.end()) {
       value = Value(Ref<const ValueBody>(cached->second));
-      if (transform && originTransform(value) != nullptr) markChanged();
+      if (transform && originOf(value)->transform() != nullptr) markChanged();
       return true;
     }
     begin(number, record, kind == Kind::dictionary, transform);
@@ -192,10 +195,11 @@ class ArchiveDecoder {
     return made;
   }
 
-  static const ValueTransform* originTransform(const Value& value) {
+  /// The origin of a container that the archive remembers.
+  static const CachedOrigin* originOf(const Value& value) {
     const Origin* origin = value.isArray() ? ArrayAccess::origin(value.array())
                                            : DictionaryAccess::origin(value.dictionary());
-    return static_cast<const ArchiveOrigin*>(origin)->transform();
+    return static_cast<const CachedOrigin*>(origin);
   }
 
   void rewrite(const Object& text, const ValueTransform* transform, Value& value) {
@@ -235,7 +239,16 @@ class ArchiveDecoder {
     inProgress_.erase(frame.self);
     const ValueTransform* transform = frame.isChanged ? frame.transform : nullptr;
     const ValueTransform* alias = frame.isChanged ? nullptr : frame.transform;
-    auto* cached = new CachedOrigin(shared_, frame.self, transform, alias);
+    if (alias) {
+      // what a transform leaves alone is the value that others have of it
+      const auto known = archive_.cache_.find({frame.self, nullptr});
+      if (known != archive_.cache_.end()) {
+        Value plain{Ref<const ValueBody>(known->second)};
+        originOf(plain)->rememberFor(alias);
+        return plain;
+      }
+    }
+    auto* cached = new CachedOrigin(shared_, frame.self, transform);
     const Ref<const Origin> origin(cached);
     Value made;
     if (frame.isDictionary) {
@@ -250,6 +263,7 @@ class ArchiveDecoder {
       made = Value(ArrayAccess::make(std::move(frame.values), frame.archivedClass, origin));
     }
     cached->remember(made.body().get());
+    if (alias) cached->rememberFor(alias);
     // whoever holds this container holds the change
     if (frame.isChanged && frames_.size() > 1) frames_[frames_.size() - 2].isChanged = true;
     return made;
