@@ -1,11 +1,13 @@
-// What operations on whole documents cost.  Each grows with the number of items: the times per
-// item, which "per_item" shows, stay about the same until the items no longer fit into caches.
+// What operations on whole documents cost.  Each grows with the number of items: the time for one
+// item stays about the same once the items no longer fit into the processor's caches.
 
 #include <benchmark/benchmark.h>
 
 #include <cstdint>
+#include <map>
 #include <memory>
 #include <string>
+#include <utility>
 
 #include "document/OLDataManager.h"
 #include "model/OLTree.h"
@@ -16,15 +18,17 @@ namespace {
 using Document = std::shared_ptr<OLDataManager>;
 using Item = std::shared_ptr<OLNode>;
 
-enum Shape : int64_t { outline, list, chain };
+/// Each item with up to ten children, all in one list, or each the only child of the one before.
+enum class Shape : uint8_t { outline, list, chain };
 
-// Items in document order with titles of their own, a note at every tenth: an outline in which
-// each item has up to ten children, one list, or one chain.
-Document documentOf(size_t count, Shape shape) {
+// Items in document order with titles of their own, a note at every tenth.
+Document makeDocument(size_t count, Shape shape) {
   auto document = OLDataManager::create();
-  const size_t widest = shape == outline ? 10 : shape == list ? count : 1;
-  size_t deepest = shape == chain ? count : 1;
-  for (size_t held = widest; shape == outline && held < count; held *= widest) ++deepest;
+  const size_t widest = shape == Shape::outline ? 10 : shape == Shape::list ? count : 1;
+  size_t deepest = shape == Shape::chain ? count : 1;
+  if (shape == Shape::outline) {
+    for (size_t held = widest; held < count; held *= widest) ++deepest;
+  }
   OLNodeList path{document->rootItem()};
   for (size_t i = 0; i < count; ++i) {
     while (path.size() > deepest || path.back()->countChildren() == widest) path.pop_back();
@@ -37,16 +41,13 @@ Document documentOf(size_t count, Shape shape) {
   return document;
 }
 
-// Sizes of each shape, and the time for one item.
-void sizes(benchmark::internal::Benchmark* bench) {
-  bench->ArgNames({"items", "shape"})->Unit(benchmark::kMillisecond);
-  for (const int64_t shape : {outline, list, chain}) {
-    for (const int64_t items : {10'000, 100'000, 1'000'000}) bench->Args({items, shape});
-  }
-}
-
-Document documentOf(const benchmark::State& state) {
-  return documentOf(static_cast<size_t>(state.range(0)), static_cast<Shape>(state.range(1)));
+// One document for all that ask for it: what is made in memory that an earlier document was
+// scattered over measures that memory.
+const Document& documentOf(const benchmark::State& state, Shape shape) {
+  static std::map<std::pair<int64_t, Shape>, Document> made;
+  Document& document = made[{state.range(0), shape}];
+  if (!document) document = makeDocument(static_cast<size_t>(state.range(0)), shape);
+  return document;
 }
 
 void perItem(benchmark::State& state) {
@@ -55,33 +56,36 @@ void perItem(benchmark::State& state) {
                          benchmark::Counter::kIsRate | benchmark::Counter::kInvert);
 }
 
-void CountOfAllItems(benchmark::State& state) {
-  const Document document = documentOf(state);
+void CountOfAllItems(benchmark::State& state, Shape shape) {
+  const Document& document = documentOf(state, shape);
   for (auto _ : state) benchmark::DoNotOptimize(document->countOfAllItems());
   perItem(state);
 }
-BENCHMARK(CountOfAllItems)->Apply(sizes);
 
-void MetadataString(benchmark::State& state) {
-  const Document document = documentOf(state);
+void MetadataString(benchmark::State& state, Shape shape) {
+  const Document& document = documentOf(state, shape);
   for (auto _ : state) benchmark::DoNotOptimize(document->metadataString());
   perItem(state);
 }
-BENCHMARK(MetadataString)->Apply(sizes);
+
+void Validate(benchmark::State& state, Shape shape) {
+  const Document& document = documentOf(state, shape);
+  for (auto _ : state) benchmark::DoNotOptimize(document->validateDataWithRecovery(false));
+  perItem(state);
+}
 
 // To rich text and back, so that each round finds the same document.
-void ConvertItems(benchmark::State& state) {
-  const Document document = documentOf(state);
+void ConvertItems(benchmark::State& state, Shape shape) {
+  const Document& document = documentOf(state, shape);
   for (auto _ : state) {
     document->convertItemsToRichTextWithUndo(true, false);
     document->convertItemsToRichTextWithUndo(false, false);
   }
   perItem(state);
 }
-BENCHMARK(ConvertItems)->Apply(sizes);
 
-void ConvertListedItems(benchmark::State& state) {
-  const Document document = documentOf(state);
+void ConvertListedItems(benchmark::State& state, Shape shape) {
+  const Document& document = documentOf(state, shape);
   for (auto _ : state) {
     const OLNodeList items = document->childrenByItem(nullptr);
     document->convertItemsToRichTextWithUndo(items, true, false);
@@ -89,26 +93,17 @@ void ConvertListedItems(benchmark::State& state) {
   }
   perItem(state);
 }
-BENCHMARK(ConvertListedItems)->Apply(sizes);
 
-void Validate(benchmark::State& state) {
-  const Document document = documentOf(state);
-  for (auto _ : state) benchmark::DoNotOptimize(document->validateDataWithRecovery(false));
-  perItem(state);
-}
-BENCHMARK(Validate)->Apply(sizes);
-
-// Of items that all have lost their parent links.
-void Recover(benchmark::State& state) {
+// Of a document none of whose items knows its parent, but the first of a list.
+void Recover(benchmark::State& state, Shape shape) {
   for (auto _ : state) {
     state.PauseTiming();
-    Document document = documentOf(state);
-    const Item first = document->firstItem();
-    for (Item item = first; item; item = item->childAtIndex(0)) {
+    Document document = makeDocument(static_cast<size_t>(state.range(0)), shape);
+    for (Item item = document->firstItem(); item; item = item->childAtIndex(0)) {
       for (const auto& child : item->children()) child->setParent(nullptr);
     }
     for (const auto& item : document->rootItem()->children()) {
-      if (item != first || state.range(1) == chain) item->setParent(nullptr);
+      if (shape == Shape::chain || item != document->firstItem()) item->setParent(nullptr);
     }
     state.ResumeTiming();
     benchmark::DoNotOptimize(document->validateDataWithRecovery(true));
@@ -118,13 +113,27 @@ void Recover(benchmark::State& state) {
   }
   perItem(state);
 }
-void recoverSizes(benchmark::internal::Benchmark* bench) {
-  bench->ArgNames({"items", "shape"})->Unit(benchmark::kMillisecond);
-  for (const int64_t shape : {list, chain}) {
-    for (const int64_t items : {10'000, 100'000, 1'000'000}) bench->Args({items, shape});
-  }
+
+void sizes(benchmark::internal::Benchmark* bench) {
+  bench->Arg(10'000)->Arg(100'000)->Arg(1'000'000)->Unit(benchmark::kMillisecond);
 }
-BENCHMARK(Recover)->Apply(recoverSizes);
+
+BENCHMARK_CAPTURE(CountOfAllItems, outline, Shape::outline)->Apply(sizes);
+BENCHMARK_CAPTURE(CountOfAllItems, list, Shape::list)->Apply(sizes);
+BENCHMARK_CAPTURE(CountOfAllItems, chain, Shape::chain)->Apply(sizes);
+BENCHMARK_CAPTURE(MetadataString, outline, Shape::outline)->Apply(sizes);
+BENCHMARK_CAPTURE(MetadataString, list, Shape::list)->Apply(sizes);
+BENCHMARK_CAPTURE(MetadataString, chain, Shape::chain)->Apply(sizes);
+BENCHMARK_CAPTURE(Validate, list, Shape::list)->Apply(sizes);
+BENCHMARK_CAPTURE(Validate, chain, Shape::chain)->Apply(sizes);
+BENCHMARK_CAPTURE(ConvertItems, outline, Shape::outline)->Apply(sizes);
+BENCHMARK_CAPTURE(ConvertItems, list, Shape::list)->Apply(sizes);
+BENCHMARK_CAPTURE(ConvertItems, chain, Shape::chain)->Apply(sizes);
+BENCHMARK_CAPTURE(ConvertListedItems, outline, Shape::outline)->Apply(sizes);
+BENCHMARK_CAPTURE(ConvertListedItems, list, Shape::list)->Apply(sizes);
+BENCHMARK_CAPTURE(ConvertListedItems, chain, Shape::chain)->Apply(sizes);
+BENCHMARK_CAPTURE(Recover, list, Shape::list)->Apply(sizes);
+BENCHMARK_CAPTURE(Recover, chain, Shape::chain)->Apply(sizes);
 
 }  // namespace
 }  // namespace tavlin
