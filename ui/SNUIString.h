@@ -8,7 +8,7 @@ namespace tavlin {
 /// The words that the outliner shows.
 ///
 /// Every operation answers the text of one key in the main bundle's table "Localizable", in the
-/// user's language; where no table has the key, the key itself, never an empty string.  The key
+/// user's language; where the table lacks the key, the key itself, never an empty string.  The key
 /// is the operation's name, unless the comment at its right gives another one.  The translation
 /// tables are written against the keys, so that none is ever changed, slips of the pen included.
 ///

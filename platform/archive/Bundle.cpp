@@ -104,7 +104,10 @@ String Bundle::localizedStringForKeyValueTable(const String& key, const String& 
     std::string path = resourcePath_;
     path.append("/").append(language).append(".lproj/");
     path.append(table.empty() ? "Localizable" : table.utf8()).append(".strings");
-    if (const String* text = stringsAt(path).stringForKey(key)) return *text;
+    const Table& chosen = tableAt(path);
+    if (chosen.stamp.isAbsent()) continue;
+    if (const String* text = chosen.strings.stringForKey(key)) return *text;
+    break;
   }
   return value.empty() ? key : value;
 }
@@ -142,7 +145,12 @@ Bundle::Stamp Bundle::stampOf(const std::string& path) {
   return stamp;
 }
 
-const StringsTable& Bundle::stringsAt(const std::string& path) {
+bool Bundle::Stamp::isAbsent() const {
+  // Also what is too long for a name: no language has one.
+  return error == ENOENT || error == ENOTDIR || error == ENAMETOOLONG;
+}
+
+const Bundle::Table& Bundle::tableAt(const std::string& path) {
   Table& table = tables_[path];
   const Stamp stamp = stampOf(path);
   if (!table.isCurrent || table.stamp != stamp) {
@@ -151,7 +159,7 @@ const StringsTable& Bundle::stringsAt(const std::string& path) {
     table.stamp = stamp;
     load(table, path);
   }
-  return table.strings;
+  return table;
 }
 
 void Bundle::load(Table& table, const std::string& path) {
@@ -161,7 +169,7 @@ void Bundle::load(Table& table, const std::string& path) {
     const int error = table.stamp.error;
     if (error == 0) {
       table.strings = StringsTable::parse(readFile(path));
-    } else if (error != ENOENT && error != ENOTDIR) {
+    } else if (!table.stamp.isAbsent()) {
       fault = std::system_category().message(error);
     }
   } catch (const Exception& exception) {

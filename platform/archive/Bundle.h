@@ -33,13 +33,15 @@ class Bundle {
 
   [[nodiscard]] const std::string& resourcePath() const { return resourcePath_; }
 
-  /// The text of a key in the user's language: from the first of preferredLanguages() whose
-  /// table has the key; else `value`, and for an empty `value` the key itself.  An empty table
-  /// name means "Localizable".
+  /// The text of a key in the user's language: that of the first of preferredLanguages() for
+  /// which there is a table.  Where this table lacks the key, or there is none at all, `value`,
+  /// and for an empty `value` the key itself; no other language is looked into, so that a text
+  /// that is still to be translated shows.  An empty table name means "Localizable".
   ///
   /// A table is read when it is first needed and again when its file has changed, which each
   /// call looks for (a stat(2) for every language up to the one that answers).  A table that
-  /// cannot be read counts as empty; the log says once what is wrong with it and where.
+  /// is malformed, or cannot be read, has no keys; the log says once what is wrong with it and
+  /// where.
   String localizedStringForKeyValueTable(const String& key, const String& value,
                                          const String& table);
 
@@ -75,6 +77,7 @@ class Bundle {
     int64_t modified = 0;  ///< nanoseconds since 1970
     int64_t changed = 0;   ///< likewise
     bool operator==(const Stamp&) const = default;
+    [[nodiscard]] bool isAbsent() const;
   };
   struct Table {
     bool isCurrent = false;  ///< unless the stamp differs
@@ -83,7 +86,7 @@ class Bundle {
     std::string fault;  ///< what was logged
   };
   static Stamp stampOf(const std::string& path);
-  const StringsTable& stringsAt(const std::string& path);
+  const Table& tableAt(const std::string& path);
   void load(Table& table, const std::string& path);
 
   std::string resourcePath_;

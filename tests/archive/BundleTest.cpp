@@ -105,18 +105,42 @@ TEST_F(BundleTest, TakesTheNamedTable) {
 }
 
 TEST_F(BundleTest, PrefersTheUsersLanguageThenEnglish) {
-  write("en", "a = English; b = English;");
+  write("en", "a = English;");
   write("de", "a = Deutsch;");
-  write("de-AT", "c = Austria;");
   EXPECT_EQ(text("a"), "English");
   prefer("LANG", "de_AT.UTF-8");
   EXPECT_EQ(text("a"), "Deutsch");
-  EXPECT_EQ(text("b"), "English") << "a text that the language lacks";
-  EXPECT_EQ(text("c"), "Austria");
+  write("de-AT", "a = Austria;");
+  EXPECT_EQ(text("a"), "Austria");
   prefer("LANG", "it_IT.UTF-8");
   EXPECT_EQ(text("a"), "English");
   prefer("LANGUAGE", "it:de:en");
   EXPECT_EQ(text("a"), "Deutsch");
+}
+
+TEST_F(BundleTest, ATextThatTheLanguageLacksShowsItsKey) {
+  write("en", "a = English; b = English;");
+  write("de", "a = Deutsch;");
+  prefer("LANGUAGE", "de_AT:en");
+  EXPECT_EQ(text("b"), "b") << "not in English";
+  EXPECT_EQ(text("b", "value"), "value");
+  write("de", "");
+  EXPECT_EQ(text("a"), "a");
+  EXPECT_THAT(logged, IsEmpty());
+}
+
+TEST_F(BundleTest, ALanguageWithoutTheTableIsPassedOver) {
+  write("en", "a = English;");
+  write("en", "a = Other;", "Other");
+  write("de", "a = Deutsch;");
+  prefer("LANG", "de_DE.UTF-8");
+  EXPECT_EQ(text("a", "", "Other"), "Other");
+  EXPECT_EQ(text("a"), "Deutsch");
+  std::filesystem::remove(pathOf("de"));
+  EXPECT_EQ(text("a"), "English") << "though the folder is still there";
+  prefer("LANGUAGE", std::string(5000, 'x').c_str());
+  EXPECT_EQ(text("a"), "English");
+  EXPECT_THAT(logged, IsEmpty());
 }
 
 TEST_F(BundleTest, ReadsLocaleNames) {
@@ -240,12 +264,29 @@ TEST_F(BundleTest, LogsOnceWhereATableIsMalformed) {
   EXPECT_EQ(logged.size(), 2u);
 }
 
-TEST_F(BundleTest, AMalformedTableCountsAsEmpty) {
+TEST_F(BundleTest, AMalformedTableShowsKeysAndNoOtherLanguage) {
   write("en", "k = English;");
-  write("de", "k = ");
+  write("de", "a = Deutsch;\nk = ");
   prefer("LANG", "de");
+  EXPECT_EQ(text("k"), "k");
+  EXPECT_EQ(text("a"), "a") << "what stands before the fault does not count either";
+  EXPECT_THAT(logged,
+              ElementsAre("strings table " + pathOf("de") +
+                          ": line 2: the text of \"k\" is expected, not the end of the file"));
+  prefer("LANG", "en");
   EXPECT_EQ(text("k"), "English");
-  EXPECT_EQ(logged.size(), 1u);
+  prefer("LANG", "de");
+  EXPECT_EQ(text("k"), "k");
+  EXPECT_EQ(logged.size(), 1u) << "the fault is known";
+}
+
+TEST_F(BundleTest, TablesMayBePropertyLists) {
+  write("en", "<plist version=\"1.0\"><dict><key>k</key><string>v</string></dict></plist>");
+  EXPECT_EQ(text("k"), "v");
+  write("en", "<plist version=\"1.0\"><dict><key>k</key></dict></plist>");
+  EXPECT_EQ(text("k"), "k");
+  ASSERT_EQ(logged.size(), 1u);
+  EXPECT_THAT(logged[0], HasSubstr(pathOf("en")));
 }
 
 TEST_F(BundleTest, LogsOnceWhyATableCannotBeRead) {
