@@ -162,11 +162,12 @@ void UndoManager::openOutermostGroup(bool byEvent) {
   post(kUndoManagerDidOpenUndoGroupNotification);
 }
 
-void UndoManager::closeOutermostGroup() {
+void UndoManager::closeOutermostGroup(State next) {
   post(kUndoManagerWillCloseUndoGroupNotification);
   if (open_.level() != 1)
     throw UndoException("closing an undo group: an observer has opened or closed another one");
   push(undo_, open_.close());
+  performing_ = next;
   post(kUndoManagerDidCloseUndoGroupNotification);
 }
 
@@ -224,9 +225,10 @@ void UndoManager::perform(State direction, bool closesOpenGroup) {
   const std::string_view did =
       undoes ? kUndoManagerDidUndoChangeNotification : kUndoManagerDidRedoChangeNotification;
   bool isAnnounced = false;
-  performing_ = direction;
   try {
-    if (closesOpenGroup) closeOutermostGroup();
+    // What is registered before the group is closed still belongs to it.
+    if (closesOpenGroup) closeOutermostGroup(direction);
+    performing_ = direction;
     takeGroupToPerform();
     inverse_.name = running_.name;
     if (!running_.actions.empty()) {

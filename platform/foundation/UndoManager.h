@@ -199,7 +199,8 @@ class UndoManager : public Object {
   void refuseWhilePerforming(const char* operation) const;
   void requireBegunGroup() const;
   void openOutermostGroup(bool byEvent);
-  void closeOutermostGroup();
+  /// The manager is in state `next` from when the group is closed.
+  void closeOutermostGroup(State next = State::idle);
 
   void perform(State direction, bool closesOpenGroup);
   void takeGroupToPerform();
@@ -237,7 +238,9 @@ class UndoManager : public Object {
 /// redoing.
 inline constexpr std::string_view kUndoManagerCheckpointNotification =
     "NSUndoManagerCheckpointNotification";
-/// Posted after a group was opened, before and after one is closed.
+/// Posted after a group was opened, before and after one is closed.  What is registered before
+/// belongs to the group.  Where undo() or redo() closes it, the manager is undoing or redoing
+/// afterwards.
 inline constexpr std::string_view kUndoManagerDidOpenUndoGroupNotification =
     "NSUndoManagerDidOpenUndoGroupNotification";
 inline constexpr std::string_view kUndoManagerWillCloseUndoGroupNotification =

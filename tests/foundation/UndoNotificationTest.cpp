@@ -69,6 +69,26 @@ TEST_F(UndoNotificationTest, AnObserverRegistersWhatItHasKeptBack) {
   EXPECT_EQ(counter->value(), 2);
 }
 
+TEST_F(UndoNotificationTest, WhatIsRegisteredBeforeAGroupIsClosedBelongsToIt) {
+  for (const bool closesByUndo : {false, true}) {
+    SCOPED_TRACE(closesByUndo);
+    counter->set(1);
+    observed = "WillCloseUndoGroup";
+    reaction = [&] {
+      observed = "";
+      EXPECT_EQ(manager->state(), State::recording);
+      counter->set(2);
+    };
+    if (!closesByUndo) manager->endEvent();
+    manager->undo();
+    EXPECT_EQ(counter->value(), 0);
+    EXPECT_EQ(manager->description(), "| \"\" [set set]");
+    manager->redo();
+    EXPECT_EQ(counter->value(), 2);
+    manager->undo();
+  }
+}
+
 TEST_F(UndoNotificationTest, AnEditMadeAtAnyNotificationIsUndoneInOrder) {
   for (const char* name : {"WillCloseUndoGroup", "DidCloseUndoGroup", "WillUndoChange",
                            "DidUndoChange", "DidOpenUndoGroup"}) {
