@@ -168,6 +168,24 @@ TEST_F(UndoControllerTest, DestroyedWithActionsOutstandingIsNotCalled) {
   EXPECT_EQ(tree(), before);
 }
 
+TEST_F(UndoControllerTest, MayBeClosedByTheDelegateInTheMiddleOfAnUndo) {
+  controller->insertItemToParentAtIndex(x, outline["B"], 0);
+  controller->deleteItems({outline["A1"], outline["A2"], outline["C1"]});
+  manager().endEvent();
+  document->takeAsked();
+  const std::weak_ptr<OLTreeUndoController> watched = controller;
+  const std::weak_ptr<ns::UndoManager> watchedManager = document->manager;
+  document->whenAsked = [&] {
+    controller = nullptr;
+    document->manager = nullptr;
+  };
+  document->manager->undo();
+  EXPECT_TRUE(watched.expired());
+  EXPECT_TRUE(watchedManager.expired());
+  EXPECT_EQ(tree(), "A(A3) B(X) C(C1)") << "what was left of the group is skipped";
+  EXPECT_EQ(document->takeAsked(), "select(C1)");
+}
+
 TEST_F(UndoControllerTest, ActionsKeepTheItemsThatTheyNeed) {
   std::weak_ptr<OLNode> deleted;
   {

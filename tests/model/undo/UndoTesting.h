@@ -17,6 +17,7 @@ class UndoDocument : public OLDataSource {
   std::shared_ptr<ns::UndoManager> manager = std::make_shared<ns::UndoManager>();
   bool hasDelegate = true;
   bool answers = true;
+  std::function<void()> whenAsked = [] {};
 
   [[nodiscard]] std::shared_ptr<ns::UndoManager> undoManager() const override { return manager; }
   [[nodiscard]] std::shared_ptr<OLDataSourceDelegate> delegate() const override {
@@ -26,7 +27,10 @@ class UndoDocument : public OLDataSource {
   std::string takeAsked() { return std::exchange(log_, {}); }
 
  private:
-  void log(const std::string& request) { log_ += (log_.empty() ? "" : " ") + request; }
+  void log(const std::string& request) {
+    log_ += (log_.empty() ? "" : " ") + request;
+    whenAsked();
+  }
 
   class Delegate : public OLDataSourceDelegate {
    public:
