@@ -20,10 +20,11 @@ namespace tavlin {
 ///     document->undoManager()->undo();          // the item is back, and gets selected
 ///
 /// The edits are those of OLTreeRuntimeAttributesController ("the edit" below), with its results;
-/// what that raises passes through.  The inverse of an edit is recorded with the data source's
-/// undo manager as a call of this controller, under the keyword name as label: with "records
-/// deleteItem: item" below, `actionsToUndo().front()->label()` is "deleteItem:" and its argument
-/// is the item.  Where the text says so, the edit then asks the data source's delegate to select.
+/// what that raises passes through, and an inverse that was recorded before stays.  The inverse of
+/// an edit is recorded with the data source's undo manager as a call of this controller, under the
+/// keyword name as label: with "records deleteItem: item" below, `actionsToUndo().front()->label()`
+/// is "deleteItem:" and its argument is the item.  Where the text says so, the edit then asks the
+/// data source's delegate to select.
 /// Groups and action names are the caller's: nothing here opens or closes a group.
 ///
 /// Nothing is recorded without data source, undo manager or tree; the edits work all the same.

@@ -134,6 +134,17 @@ TEST(OLTreeUndoController, WithoutDataSourceManagerOrDelegateEditsAllTheSame) {
   }
 }
 
+// An insertion selects whether or not it is being undone, so also where nothing ever is.
+TEST_F(UndoControllerTest, WithoutManagerStillSelectsWhatItInserts) {
+  document->manager = nullptr;
+  controller->insertItemToParentAtIndex(x, outline["B"], 0);
+  controller->deleteItem(outline["A1"]);
+  controller->moveItemToParentAtIndex(x, outline["A"], 0);
+  controller->setObjectValueForKeyByItem("text", "note", x);
+  EXPECT_EQ(document->takeAsked(), "select(X) select(X)");
+  EXPECT_EQ(tree(), "A(X A2 A3) B C(C1)");
+}
+
 TEST(OLTreeUndoController, WithoutTreeDoesAndRecordsNothing) {
   const auto controller = std::make_shared<OLTreeUndoController>();
   const auto document = std::make_shared<testing::UndoDocument>();
