@@ -67,5 +67,38 @@ TEST_F(OLDataManagerMetadata, AnItemOffItsPlaceRaises) {
   EXPECT_EQ(document->metadataString(), "A A1 B");
 }
 
+// The same by recursion, over UTF-8.
+std::string naiveText(const OLNode& item) {
+  const ns::Dictionary data = item.data().value();
+  std::string out = data.objectForKey("title").string().utf8();
+  const ns::Value note = data.objectForKey("note");
+  if (!note.isNone()) out += " " + note.string().utf8();
+  for (const auto& child : item.children()) out += " " + naiveText(*child);
+  return out;
+}
+
+TEST_F(OLDataManagerMetadata, IsWhatARecursionGives) {
+  testing::Random random(70);
+  for (int round = 0; round < 100; ++round) {
+    const Item root = OLNode::create();
+    document->setTreeController(OLTreeController::initWithRootItem(root));
+    OLNodeList items{root};
+    for (size_t left = random.below(40); left > 0; --left) {
+      const Item item = OLNode::create();
+      const Item& parent = items[random.below(items.size())];
+      parent->insertChildAtIndex(item, random.below(parent->countChildren() + 1));
+      if (!random.chance(4)) item->setDataForKey(random.chance(4) ? "" : "Gr\u00fcn", "title");
+      if (random.chance(3)) item->setDataForKey(random.chance(3) ? ns::Value(7) : "n", "note");
+      items.push_back(item);
+    }
+    std::string expected;
+    for (const auto& top : root->children()) {
+      if (top != root->children().front()) expected += ' ';
+      expected += naiveText(*top);
+    }
+    ASSERT_EQ(document->metadataString().utf8(), expected);
+  }
+}
+
 }  // namespace
 }  // namespace tavlin

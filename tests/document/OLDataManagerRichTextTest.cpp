@@ -262,6 +262,39 @@ TEST_F(OLDataManagerRichText, AListMayBeTheChildrenOfAnItem) {
   EXPECT_EQ(convertedOf(a->children()), "A1 A3 A2");
 }
 
+// What is converted, in order, by recursion.
+void addSubtree(const Item& item, std::string& names) {
+  if (!names.empty()) names += ' ';
+  names += OLTree::stringForKeyByItem("title", item).utf8();
+  for (const auto& child : item->children()) addSubtree(child, names);
+}
+
+TEST_F(OLDataManagerRichText, RandomTreesAreConvertedAsARecursionGoes) {
+  testing::Random random(71);
+  for (int round = 0; round < 100; ++round) {
+    const Item top = named("R");
+    document->setTreeController(OLTreeController::initWithRootItem(top));
+    OLNodeList nodes{top};
+    for (size_t left = 1 + random.below(40); left > 0; --left) {
+      nodes.push_back(named(("n" + std::to_string(left)).c_str()));
+      const Item& parent = nodes[random.below(nodes.size() - 1)];
+      parent->insertChildAtIndex(nodes.back(), random.below(parent->countChildren() + 1));
+    }
+    std::string expected;
+    for (const auto& child : top->children()) addSubtree(child, expected);
+    document->converted.clear();
+    document->convertItemsToRichTextWithUndo(round % 2 == 0, false);
+    ASSERT_EQ(document->converted, expected);
+    OLNodeList listed;
+    expected.clear();
+    for (size_t left = random.below(5); left > 0; --left) {
+      listed.push_back(nodes[random.below(nodes.size())]);
+      addSubtree(listed.back(), expected);
+    }
+    ASSERT_EQ(convertedOf(listed), expected);
+  }
+}
+
 // Damaged trees.
 
 TEST_F(OLDataManagerRichText, TheDocumentIsConvertedWhereTheLinksLead) {
