@@ -231,6 +231,34 @@ void BM_DeleteManyItems(benchmark::State& state) {
   perItem(state, count);
 }
 
+// The middle one of three children at every level of a deep outline: each has its own stretch to
+// relabel.
+void BM_DeleteOneItemOfEveryLevel(benchmark::State& state) {
+  const auto count = static_cast<size_t>(state.range(0));
+  for (auto _ : state) {
+    state.PauseTiming();
+    auto document = std::make_unique<Document>();
+    document->controller->setNumberLabelFormat(std::make_shared<OLNumberLabelFormatLegal>());
+    OLNodeList selection;
+    Item level = document->root();
+    while (selection.size() < count) {
+      const Item next = addNew(level);
+      selection.push_back(addNew(level));
+      addNew(level);
+      level = next;
+    }
+    document->controller->buildRuntimeCheckState();
+    document->controller->buildRuntimeNumberLabel();
+    state.ResumeTiming();
+    document->controller->deleteItems(selection);
+    state.PauseTiming();
+    selection.clear();
+    document.reset();
+    state.ResumeTiming();
+  }
+  perItem(state, count);
+}
+
 constexpr auto kUnit = benchmark::kMillisecond;
 
 void sizes(benchmark::internal::Benchmark* benchmark) {
@@ -255,6 +283,7 @@ BENCHMARK(BM_StartingPointsOfSiblings)->Arg(1000)->Arg(20000)->Unit(kUnit);
 BENCHMARK(BM_DeletionBookkeeping)->Arg(1000)->Arg(20000)->Unit(kUnit);
 BENCHMARK(BM_DeletionBookkeepingOfSiblings)->Arg(1000)->Arg(20000)->Unit(kUnit);
 BENCHMARK(BM_DeleteManyItems)->Arg(1000)->Arg(20000)->Unit(kUnit);
+BENCHMARK(BM_DeleteOneItemOfEveryLevel)->Arg(1000)->Arg(20000)->Unit(kUnit);
 
 }  // namespace
 }  // namespace tavlin

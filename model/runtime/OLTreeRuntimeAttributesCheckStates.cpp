@@ -8,36 +8,25 @@
 namespace tavlin {
 namespace {
 
-// The keys as values, made once: a build reads and writes them several times for every item.
-struct Keys {
-  ns::Value checkStatus = "checkStatus";
-  ns::Value showCheckState = "showCheckState";
-  ns::Value descendant = SNRuntimeAttributeCheckedDescendant;
-  ns::Value allChildren = SNRuntimeAttributeCheckedAllChildren;
-  ns::Value ancestor = SNRuntimeAttributeCheckedAncestor;
-};
-
-const Keys& keys() {
-  static const Keys made;
-  return made;
-}
-
-bool isChecked(const OLNode& item) { return item.dataForKey(keys().checkStatus).boolValue(); }
-
 bool flag(const OLNode& item, const ns::Value& key) {
   return item.runtimeAttributeValueForKey(key).boolValue();
 }
 
-void setFlag(bool state, const ns::Value& key, const std::shared_ptr<OLNode>& item) {
-  if (item) item->setRuntimeAttributeValueForKey(state, key);
+}  // namespace
+
+bool OLTreeRuntimeAttributesController::isChecked(const OLNode& item) const {
+  return item.dataForKey(values_.checkStatus).boolValue();
 }
 
-}  // namespace
+void OLTreeRuntimeAttributesController::setFlag(bool state, const ns::Value& key,
+                                                const std::shared_ptr<OLNode>& item) const {
+  if (item) item->setRuntimeAttributeValueForKey(state ? values_.yes : values_.no, key);
+}
 
 bool OLTreeRuntimeAttributesController::showCheckStateByItem(
     const std::shared_ptr<OLNode>& item) const {
   if (!item) return true;
-  const ns::Value shows = item->dataForKey(keys().showCheckState);
+  const ns::Value shows = item->dataForKey(values_.showCheckState);
   return shows.isNone() || shows.boolValue();
 }
 
@@ -46,8 +35,8 @@ OLRuntimeCheckState OLTreeRuntimeAttributesController::runtimeCheckStateByItem(
   if (!item) return OLRuntimeCheckStateUnchecked;
   if (!showCheckStateByItem(item)) return OLRuntimeCheckStateHidden;
   if (isChecked(*item)) return OLRuntimeCheckStateChecked;
-  if (flag(*item, keys().allChildren)) return OLRuntimeCheckStateAllChildrenChecked;
-  const bool isPartly = flag(*item, keys().descendant) || flag(*item, keys().ancestor);
+  if (flag(*item, values_.allChildren)) return OLRuntimeCheckStateAllChildrenChecked;
+  const bool isPartly = flag(*item, values_.descendant) || flag(*item, values_.ancestor);
   return isPartly ? OLRuntimeCheckStatePartlyChecked : OLRuntimeCheckStateUnchecked;
 }
 
@@ -55,7 +44,7 @@ bool OLTreeRuntimeAttributesController::checkStateOfDescendantsByItem(
     const std::shared_ptr<OLNode>& item) const {
   if (!item) return false;
   return std::ranges::any_of(item->children(), [&](const auto& child) {
-    return flag(*child, keys().descendant) || (isChecked(*child) && showCheckStateByItem(child));
+    return flag(*child, values_.descendant) || (isChecked(*child) && showCheckStateByItem(child));
   });
 }
 
@@ -67,7 +56,7 @@ bool OLTreeRuntimeAttributesController::checkStateOfAllChildrenByItem(
     const bool isShown = showCheckStateByItem(child);
     if (!isShown && child->countChildren() == 0) continue;
     isAnyCounted = true;
-    if (!(isShown && isChecked(*child)) && !flag(*child, keys().allChildren)) return false;
+    if (!(isShown && isChecked(*child)) && !flag(*child, values_.allChildren)) return false;
   }
   return isAnyCounted || !showCheckStateByItem(item);
 }
@@ -76,22 +65,22 @@ bool OLTreeRuntimeAttributesController::checkStateOfAncestorsByItem(
     const std::shared_ptr<OLNode>& item) const {
   const auto parent = item ? item->parent() : nullptr;
   if (!parent) return false;
-  return (isChecked(*parent) && showCheckStateByItem(parent)) || flag(*parent, keys().ancestor);
+  return (isChecked(*parent) && showCheckStateByItem(parent)) || flag(*parent, values_.ancestor);
 }
 
 void OLTreeRuntimeAttributesController::setCheckStateOfDescendantsByItem(
     bool state, const std::shared_ptr<OLNode>& item) {
-  setFlag(state, keys().descendant, item);
+  setFlag(state, values_.descendant, item);
 }
 
 void OLTreeRuntimeAttributesController::setCheckStateOfAllChildrenByItem(
     bool state, const std::shared_ptr<OLNode>& item) {
-  setFlag(state, keys().allChildren, item);
+  setFlag(state, values_.allChildren, item);
 }
 
 void OLTreeRuntimeAttributesController::setCheckStateOfAncestorsByItem(
     bool state, const std::shared_ptr<OLNode>& item) {
-  setFlag(state, keys().ancestor, item);
+  setFlag(state, values_.ancestor, item);
 }
 
 void OLTreeRuntimeAttributesController::updateCheckStateOfDescendantsByItem(

@@ -246,11 +246,25 @@ class OLTreeRuntimeAttributesController : public OLTreeController {
 
  private:
   struct LabelRun;
+  /// What the layer reads and stores for every item, as values made once.  Each controller has its
+  /// own: its items share them, and values are for one thread.
+  struct Values {
+    ns::Value checkStatus = "checkStatus";
+    ns::Value showCheckState = "showCheckState";
+    ns::Value descendant = SNRuntimeAttributeCheckedDescendant;
+    ns::Value allChildren = SNRuntimeAttributeCheckedAllChildren;
+    ns::Value ancestor = SNRuntimeAttributeCheckedAncestor;
+    ns::Value label = SNRuntimeAttributeNumberLabel;
+    ns::Value yes = true;
+    ns::Value no = false;
+  };
   using Update = void (OLTreeRuntimeAttributesController::*)(const std::shared_ptr<OLNode>&);
 
   /// The tree; one without root while the controller has none.
   [[nodiscard]] const OLTree& treeOrNone() const;
 
+  [[nodiscard]] bool isChecked(const OLNode& item) const;
+  void setFlag(bool state, const ns::Value& key, const std::shared_ptr<OLNode>& item) const;
   void updateSubtreeUpward(const std::shared_ptr<OLNode>& item, Update update);
   void refreshHiddenLeavesBelow(const std::shared_ptr<OLNode>& item);
   /// buildCheckStateDescendantsAndAllChildrenFromItem() for each of the items of one edit.
@@ -263,6 +277,7 @@ class OLTreeRuntimeAttributesController : public OLTreeController {
 
   [[nodiscard]] uint64_t levelOf(const std::shared_ptr<OLNode>& item);
 
+  Values values_;
   std::shared_ptr<const OLNumberLabelFormat> numberLabelFormat_;
   uint64_t cacheIndexForItem_ = 0;
   UpwardRefresh* upwardRefresh_ = nullptr;

@@ -5,30 +5,28 @@
 
 #include "model/CircleGuard.h"
 #include "model/runtime/ChildPlaces.h"
+#include "model/runtime/ItemLevels.h"
 #include "model/runtime/OLTreeRuntimeAttributesController.h"
 #include "model/runtime/PointerScope.h"
 
 namespace tavlin {
-namespace {
-
-const ns::Value& labelKey() {
-  static const ns::Value made = SNRuntimeAttributeNumberLabel;
-  return made;
-}
-
-ns::Value labelOf(const OLNode* item) {
-  return item ? item->runtimeAttributeValueForKey(labelKey()) : ns::Value();
-}
-
-}  // namespace
 
 // What one relabelling, of however many stretches, knows while it runs.
 struct OLTreeRuntimeAttributesController::LabelRun {
   // The item labelled last, from which the next one's level is found in a few steps.
   std::shared_ptr<OLNode> lastItem;
   uint64_t lastLevel = ns::kNotFound;
-  // The items that later stretches would start from, and whether they have been labelled.
-  std::unordered_map<const OLNode*, bool> starts;
+  // The items that later stretches would start from.
+  struct Start {
+    uint64_t level = ns::kNotFound;  // where it is known
+    bool isLabelled = false;
+  };
+  std::unordered_map<const OLNode*, Start> starts;
+
+  [[nodiscard]] uint64_t levelOfStart(const OLNode* item) const {
+    const auto start = starts.find(item);
+    return start == starts.end() ? ns::kNotFound : start->second.level;
+  }
 
   // How far above the item labelled last a node is, 0 for that item itself; none when it is not
   // among its ancestors.
@@ -49,20 +47,21 @@ void OLTreeRuntimeAttributesController::setNumberLabelFormat(
 
 ns::Value OLTreeRuntimeAttributesController::numberLabelByItem(
     const std::shared_ptr<ns::Object>& item) {
-  return labelOf(dynamic_cast<const OLNode*>(item.get()));
+  const auto* node = dynamic_cast<const OLNode*>(item.get());
+  return node ? node->runtimeAttributeValueForKey(SNRuntimeAttributeNumberLabel) : ns::Value();
 }
 
 void OLTreeRuntimeAttributesController::setNumberLabelByItem(const ns::Value& label,
                                                              const std::shared_ptr<OLNode>& item) {
-  if (item) item->setRuntimeAttributeValueForKey(label, labelKey());
+  if (item) item->setRuntimeAttributeValueForKey(label, values_.label);
 }
 
-// Within a relabelling the level follows from that of the item labelled last: counting the
-// ancestors of every item would cost the square of the depth.
+// Within a relabelling the level is known where a stretch starts, and follows from that of the item
+// labelled last elsewhere: counting the ancestors of every item would cost the square of the depth.
 uint64_t OLTreeRuntimeAttributesController::levelOf(const std::shared_ptr<OLNode>& item) {
   if (!labelRun_) return treeOrNone().levelForItem(item);
-  uint64_t level = ns::kNotFound;
-  if (labelRun_->lastLevel != ns::kNotFound) {
+  uint64_t level = labelRun_->levelOfStart(item.get());
+  if (level == ns::kNotFound && labelRun_->lastLevel != ns::kNotFound) {
     const auto parent = item->parent();
     const auto steps = parent ? labelRun_->stepsUpTo(parent.get()) : std::nullopt;
     if (steps) level = labelRun_->lastLevel + 1 - *steps;
@@ -84,9 +83,12 @@ ns::Value OLTreeRuntimeAttributesController::generateNumberLabelByItem(
   }
   const uint64_t index = cacheIndexForItem_++;
   if (!numberLabelFormat_) return {};
+  ns::Value parentLabel;
+  if (parent && !tree.isRoot(parent)) {
+    parentLabel = parent->runtimeAttributeValueForKey(values_.label);
+  }
   return numberLabelFormat_->numberLabelWithParentNumberLabelItemIndexItemLevel(
-      tree.isRoot(parent) ? ns::Value() : labelOf(parent.get()), index,
-      static_cast<int64_t>(level));
+      parentLabel, index, static_cast<int64_t>(level));
 }
 
 void OLTreeRuntimeAttributesController::buildRuntimeNumberLabelByItem(
@@ -100,7 +102,7 @@ void OLTreeRuntimeAttributesController::buildRuntimeNumberLabelByItem(
   for (auto at = item; at && !guard.closes(at.get()); at = tree.nextItemByItem(at)) {
     setNumberLabelByItem(generateNumberLabelByItem(at), at);
     if (const auto start = labelRun_->starts.find(at.get()); start != labelRun_->starts.end()) {
-      start->second = true;
+      start->second.isLabelled = true;
     }
     if (at == last) break;
   }
@@ -121,8 +123,7 @@ void OLTreeRuntimeAttributesController::buildRuntimeNumberLabelFromItem(
     // what it starts labelled too.
     const auto first =
         tree.childAtIndexOfItem(static_cast<uint64_t>(std::max<int64_t>(index, 0)), parent);
-    const auto start = labelRun_->starts.try_emplace(first.get(), false).first;
-    if (start->second) return;
+    if (labelRun_->starts[first.get()].isLabelled) return;
   }
   for (; index < count; ++index) {
     cacheIndexForItem_ = static_cast<uint64_t>(index);
@@ -137,8 +138,9 @@ void OLTreeRuntimeAttributesController::relabelFromItems(const OLNodeList& items
   LabelRun run;
   const PointerScope running(labelRun_, &run);
   if (items.size() > 1) {
-    for (const auto& item : items) run.starts.emplace(item.get(), false);
-    if (const auto first = tree.firstItem()) run.starts.emplace(first.get(), false);
+    ItemLevels levels;
+    for (const auto& item : items) run.starts[item.get()].level = levels.levelOf(item.get());
+    if (const auto first = tree.firstItem()) run.starts.try_emplace(first.get());
   }
   for (const auto& item : items) buildRuntimeNumberLabelFromItem(item);
 }

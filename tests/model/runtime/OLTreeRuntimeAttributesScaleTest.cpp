@@ -1,6 +1,7 @@
 #include <algorithm>
 
 #include "model/runtime/ChildPlaces.h"
+#include "model/runtime/ItemLevels.h"
 #include "model/runtime/OLNumberLabelFormats.h"
 #include "model/runtime/UpwardRefresh.h"
 #include "tests/model/runtime/RuntimeTesting.h"
@@ -187,7 +188,50 @@ TEST(RuntimeScale, OneEditAmongManySiblingsRefreshesWhatFollowsAndWhatIsAbove) {
   EXPECT_EQ(flags(controller.tree()->firstItem()), "d..");
 }
 
-// The two helpers alone.
+TEST(RuntimeScale, DeletingOneItemOfEveryLevelOfADeepTree) {
+  const testing::OwnCenter nobody;
+  const auto controller = Controller::create();
+  controller->setNumberLabelFormat(std::make_shared<LevelFormat>());
+  OLNodeList items, next;
+  Item level = controller->tree()->rootItem();
+  while (items.size() < kSelected) {
+    const Item below = addNew(level);
+    items.push_back(addNew(level));
+    next.push_back(addNew(level));
+    level = below;
+  }
+  controller->deleteItems(items);
+  for (size_t i = 0; i < next.size(); ++i) {
+    ASSERT_EQ(Controller::numberLabelByItem(next[i]), ns::Value(i));
+  }
+  EXPECT_TRUE(Controller::numberLabelByItem(level).isNone()) << "comes before what follows";
+}
+
+// The helpers alone.
+
+TEST(ItemLevelsTest, AreThoseOfTheTreeWhateverTheOrder) {
+  const Outline outline("A(B(C(D) E)) F(G)");
+  const auto tree = OLTree::initWithRootItem(outline.root);
+  for (const auto& names : {std::vector<const char*>{"D", "C", "B", "A", "E", "G", "F", "D"},
+                            std::vector<const char*>{"A", "G", "D", "E", "B", "F", "C"}}) {
+    ItemLevels levels;
+    for (const char* name : names) {
+      EXPECT_EQ(levels.levelOf(outline[name].get()), tree->levelForItem(outline[name])) << name;
+    }
+    EXPECT_EQ(levels.levelOf(outline.root.get()), ns::kNotFound);
+    EXPECT_EQ(levels.levelOf(nullptr), ns::kNotFound);
+  }
+}
+
+TEST(ItemLevelsTest, AreNotFoundWhereTheLinksLeadInACircle) {
+  const Outline outline("A(B(C(D) E)) F");
+  outline["A"]->setParent(outline["C"]);
+  ItemLevels levels;
+  for (const char* name : {"E", "D", "A", "B", "C"}) {
+    EXPECT_EQ(levels.levelOf(outline[name].get()), ns::kNotFound) << name;
+  }
+  EXPECT_EQ(levels.levelOf(outline["F"].get()), 0U);
+}
 
 TEST(ChildPlacesTest, AreThoseOfALinearSearch) {
   const Outline outline("A B(C D E)");
