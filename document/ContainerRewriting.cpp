@@ -51,10 +51,12 @@ ns::Value finished(Frame& frame) {
 
 }  // namespace
 
-ns::Value rewritingLeaves(const ns::Value& value,
-                          const std::function<ns::Value(const ns::Value&)>& rewrite) {
-  if (!isContainer(value)) return rewrite(value);
-  std::unordered_map<const ns::ValueBody*, ns::Value> done;
+ns::Value rewritingLeaves(const ns::Value& value, const Rewrite& rewrite, const Remade& remade) {
+  const auto done = [&](const ns::Value& before, const ns::Value& now) {
+    return remade ? remade(before, now) : now;
+  };
+  if (!isContainer(value)) return done(value, rewrite(value));
+  std::unordered_map<const ns::ValueBody*, ns::Value> results;
   std::vector<Frame> frames;
   frames.push_back(frameOf(value));
   for (;;) {
@@ -63,8 +65,8 @@ ns::Value rewritingLeaves(const ns::Value& value,
       ns::Value& element = frame.elements[frame.position];
       ns::Value replacement;
       if (!isContainer(element)) {
-        replacement = rewrite(element);
-      } else if (const auto known = done.find(element.body().get()); known != done.end()) {
+        replacement = done(element, rewrite(element));
+      } else if (const auto known = results.find(element.body().get()); known != results.end()) {
         replacement = known->second;
       } else {
         frames.push_back(frameOf(element));
@@ -75,10 +77,10 @@ ns::Value rewritingLeaves(const ns::Value& value,
       ++frame.position;
       continue;
     }
-    // a container just finished is found in `done` when its holder goes on
-    ns::Value result = finished(frame);
+    // a container just finished is found in `results` when its holder goes on
+    ns::Value result = done(frame.container, finished(frame));
     if (frames.size() == 1) return result;
-    done.emplace(frame.container.body().get(), std::move(result));
+    results.emplace(frame.container.body().get(), std::move(result));
     frames.pop_back();
   }
 }

@@ -69,6 +69,11 @@ class NodeDataTransform final : public ns::ValueTransform {
     return result == value ? value : result;
   }
 
+  [[nodiscard]] const void* attributedStringRule() const override {
+    static const char fonts = 0;  // all of them fix fonts and nothing else
+    return &fonts;
+  }
+
  private:
   const bool unescapes_;
   const bool escapes_;
@@ -86,6 +91,11 @@ const ns::ValueTransform& dataForSaving(bool isEscaped) {
   static const NodeDataTransform escaping(false, true);
   static const NodeDataTransform both(true, true);
   return isEscaped ? both : escaping;
+}
+
+const ns::ValueTransform* dataForSavingAfter(const ns::ValueTransform* loading) {
+  if (!loading || loading == &dataAfterLoading(false)) return &dataForSaving(false);
+  return loading == &dataAfterLoading(true) ? &dataForSaving(true) : nullptr;
 }
 
 }  // namespace tavlin

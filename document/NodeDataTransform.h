@@ -12,4 +12,8 @@ const ns::ValueTransform& dataAfterLoading(bool isEscaped);
 /// followed by the escaping that saving does.
 const ns::ValueTransform& dataForSaving(bool isEscaped);
 
+/// What saving does to the stored form of something that loading has made of it by a transform, or
+/// without one where none was; none for transforms that are not those of loading.
+const ns::ValueTransform* dataForSavingAfter(const ns::ValueTransform* loading);
+
 }  // namespace tavlin

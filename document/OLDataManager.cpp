@@ -22,7 +22,8 @@ void OLDataManager::setTreeController(const std::shared_ptr<ns::Object>& control
 
 std::optional<ns::Data> OLDataManager::dataRepresentation() const {
   if (!treeController_) return std::nullopt;
-  return ns::KeyedArchiver::archivedDataWithRootObject(ns::Value(treeController_));
+  return ns::KeyedArchiver::archivedDataWithRootObject(ns::Value(treeController_),
+                                                       otherTopEntries_);
 }
 
 bool OLDataManager::loadDataRepresentationOfType(const std::optional<ns::Data>& data,
@@ -31,7 +32,8 @@ bool OLDataManager::loadDataRepresentationOfType(const std::optional<ns::Data>& 
     ns::log("Document contains no data");
     return false;
   }
-  const ns::Value root = ns::KeyedUnarchiver::unarchiveObject(*data, documentClasses());
+  const auto archive = ns::KeyedArchive::open(*data, documentClasses());
+  const ns::Value root = ns::KeyedUnarchiver::unarchiveObject(archive, archive->root());
   if (root.isNone()) {
     ns::log("Document has something corrupted");
     return false;
@@ -42,11 +44,16 @@ bool OLDataManager::loadDataRepresentationOfType(const std::optional<ns::Data>& 
     return false;
   }
   if (controller->tree()) refuseItemCircles(controller->tree()->rootNode());
+  ns::Fields otherTopEntries;
+  for (const auto& [key, entry] : archive->otherTopEntries()) {
+    otherTopEntries.emplace_back(key, ns::archivedField(archive, entry));
+  }
   if (treeController_) setTreeController(nullptr);
   setTreeController(controller);
   if (!treeController_) {
     OLExceptionController::raiseWithString("unarchiver put not nil but nil");
   }
+  otherTopEntries_ = std::move(otherTopEntries);
   return true;
 }
 

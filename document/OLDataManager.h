@@ -6,6 +6,7 @@
 
 #include "model/OLItems.h"
 #include "model/OLTreeController.h"
+#include "platform/archive/Record.h"
 #include "platform/foundation/Data.h"
 #include "platform/foundation/Dictionary.h"
 #include "platform/foundation/String.h"
@@ -45,7 +46,8 @@ class OLDataManager : public ns::Object {
   void setIsDocumentRichText(bool isRichText) { isDocumentRichText_ = isRichText; }
 
   /// -dataRepresentation  The document as a keyed archive, the data of a file; none when there
-  /// is no controller.  The same document always gives the same bytes.
+  /// is no controller.  The same document always gives the same bytes.  What the archive that was
+  /// loaded named beside its root object goes along.
   [[nodiscard]] std::optional<ns::Data> dataRepresentation() const;
 
   /// -loadDataRepresentation:ofType:  Replaces the tree controller by the archived one, of
@@ -181,6 +183,7 @@ class OLDataManager : public ns::Object {
 
   std::shared_ptr<OLTreeController> treeController_;
   bool isDocumentRichText_ = false;
+  ns::Fields otherTopEntries_;  // of the archive that was loaded, beside the controller
 };
 
 }  // namespace tavlin

@@ -56,6 +56,29 @@ ns::Value replacedString(const ns::Value& value, const ns::String& target,
   return ns::Value(replaced.withArchivedClass(string.archivedClass()));
 }
 
+/// Item data as it is stored.  What came from an archive is said to be what saving makes of it
+/// there, so that it stays the one that other items share.  `isEscaped` tells how the item's own
+/// record held it.
+ns::Dictionary escapedData(const ns::Dictionary& data, bool isEscaped) {
+  static const ns::String marker = ns::String::fromAscii("$null");
+  static const ns::String escaped = ns::String::fromAscii("\\$null");
+  const auto escape = [](const ns::Value& value) { return replacedString(value, marker, escaped); };
+  const auto remade = [isEscaped](const ns::Value& before, const ns::Value& now) {
+    const ns::ArchiveOrigin* origin = ns::archiveOriginOf(before);
+    if (!origin || now.kind() == ns::Kind::attributedString) return now;
+    if (!origin->transform() && now.body() == before.body()) return now;
+    const ns::ValueTransform* saving = dataForSavingAfter(origin->transform());
+    if (!saving) return now;
+    // without anything escaped in it, it is the same however records of the item's version hold it
+    if (!origin->transform() && isEscaped &&
+        !origin->archive()->isChangedBy(dataAfterLoading(true), origin->number())) {
+      saving = &dataForSaving(true);
+    }
+    return ns::withArchiveOrigin(now, origin->archive(), origin->number(), saving);
+  };
+  return rewritingLeaves(ns::Value(data), escape, remade).dictionary();
+}
+
 ns::Value fixedText(const ns::Value& value) {
   if (value.kind() != ns::Kind::attributedString) return value;
   return dataAfterLoading(false).attributedString(value);
@@ -91,8 +114,7 @@ void OLNode::encodeWithCoder(ns::Coder& coder) const {
   } else if (const ns::Dictionary* data = loadedData()) {
     static thread_local const ns::ClassRef mutableDictionary =
         ns::makeClass({"NSMutableDictionary", "NSDictionary", "NSObject"});
-    ns::Dictionary escaped = *data;
-    replaceOccurenceOfStringWithStringInDictionary("$null", "\\$null", escaped);
+    ns::Dictionary escaped = escapedData(*data, isArchivedDataEscaped_);
     if (!escaped.archivedClass()) escaped.setArchivedClass(mutableDictionary);
     coder.encodeObjectForKey(ns::Value(escaped), "data");
   } else {

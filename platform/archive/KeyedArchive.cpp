@@ -89,15 +89,16 @@ uint32_t KeyedArchive::Shape::find(const String& key) const {
   return position;
 }
 
-std::shared_ptr<KeyedArchive> KeyedArchive::open(const Data& data, const ClassRegistry& registry) {
+std::shared_ptr<KeyedArchive> KeyedArchive::open(const Data& data, const ClassRegistry& registry,
+                                                 Root root) {
   const bool isBinary = BinaryPropertyList::hasSignature(data.view());
   return std::shared_ptr<KeyedArchive>(
-      new KeyedArchive(isBinary ? data : binaryFromXmlPropertyList(data), registry));
+      new KeyedArchive(isBinary ? data : binaryFromXmlPropertyList(data), registry, root));
 }
 
 KeyedArchive::~KeyedArchive() = default;
 
-void KeyedArchive::readTop() {
+void KeyedArchive::readTop(Root required) {
   const Object top = list_.object(list_.topObject());
   if (top.type != Type::dictionary) refuse(std::string("the top is ") + nameOf(top.type));
   const Shape& shape = shapeOf(0, top);
@@ -132,12 +133,17 @@ void KeyedArchive::readTop() {
   const Record rootRecord{&rootShape, nullptr,
                           roots.bytes + rootShape.count() * list_.referenceSize()};
   const std::optional<Object> root = fieldForKey(rootRecord, "root");
-  if (!root) refuse("\"$top\" has no \"root\"");
-  if (root->type != Type::uid) {
+  if (!root && required == Root::required) refuse("\"$top\" has no \"root\"");
+  if (root && root->type != Type::uid) {
     refuse(std::string("the \"root\" of \"$top\" is ") + nameOf(root->type) +
            " and not a reference");
   }
-  root_ = target(*root);
+  if (root) root_ = target(*root);
+  for (uint32_t i = 0; i < rootShape.count(); ++i) {
+    if (rootShape.key(i) == "root") continue;
+    otherTopEntries_.emplace_back(rootShape.key(i), field(rootRecord, i));
+    otherTopIndexes_.push_back(fieldIndex(rootRecord, i));
+  }
 }
 
 const KeyedArchive::Shape& KeyedArchive::shapeOf(uint32_t number, const Object& dictionary) const {

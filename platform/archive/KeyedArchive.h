@@ -82,14 +82,21 @@ class KeyedArchive : public std::enable_shared_from_this<KeyedArchive> {
     Object object;
   };
 
+  /// Whether "$top" must name a root object.
+  enum class Root : uint8_t { required, optional };
+
   /// Opens binary or XML data.  Raises ArchiveException, with a message that says what is wrong
   /// and where.  `registry` must outlive the archive.
-  static std::shared_ptr<KeyedArchive> open(const Data& data, const ClassRegistry& registry);
+  static std::shared_ptr<KeyedArchive> open(const Data& data, const ClassRegistry& registry,
+                                            Root root = Root::required);
 
   ~KeyedArchive();
 
-  /// The number under "root" of "$top".
+  /// The number under "root" of "$top"; 0 where there is none.
   [[nodiscard]] uint32_t root() const { return root_; }
+  /// What else "$top" holds, in its order: references, or values of their own.
+  using TopEntries = std::vector<std::pair<String, Object>>;
+  [[nodiscard]] const TopEntries& otherTopEntries() const { return otherTopEntries_; }
   [[nodiscard]] uint32_t objectCount() const { return count_; }
   [[nodiscard]] size_t fileLength() const { return list_.fileLength(); }
   /// The numbers of all objects of classes with an identity, in the order they were reached.
@@ -187,13 +194,13 @@ class KeyedArchive : public std::enable_shared_from_this<KeyedArchive> {
   [[noreturn]] void fail(uint32_t number, const std::string& what) const;
 
  private:
-  KeyedArchive(const Data& data, const ClassRegistry& registry);
+  KeyedArchive(const Data& data, const ClassRegistry& registry, Root root);
   friend class DerivedOrigin;
   friend class ArchiveChecker;
   friend class ArchiveDecoder;
   friend class CachedOrigin;
 
-  void readTop();
+  void readTop(Root root);
   [[nodiscard]] const Shape& shapeOf(uint32_t number, const Object& dictionary) const;
   const Shape& addShape(uint32_t number, const Object& dictionary, uint64_t hash) const;
   [[nodiscard]] const Class& classAt(uint32_t number, uint32_t ofInstance) const;
@@ -238,6 +245,8 @@ class KeyedArchive : public std::enable_shared_from_this<KeyedArchive> {
   const uint8_t* numbers_ = nullptr;  // the references of "$objects"
   uint32_t count_ = 0;
   uint32_t root_ = 0;
+  TopEntries otherTopEntries_;
+  std::vector<uint32_t> otherTopIndexes_;  // their places in the object table
   std::vector<bool> reached_;
   std::vector<bool> byValue_;
   std::vector<uint32_t> objects_;
@@ -275,5 +284,15 @@ class ArchiveOrigin : public Origin {
   const uint32_t number_;
   const ValueTransform* const transform_;
 };
+
+/// Where a value came from; none for a value that was made or changed, and for scalars, which are
+/// equal or not and otherwise have no identity.  Valid while the value lives.
+const ArchiveOrigin* archiveOriginOf(const Value& value);
+
+/// An array, a dictionary or a string with an archived class that is what `transform` makes of an
+/// archive's object, said to come from there: written again it is the same object as all others
+/// that come from there in that way.  Other values are answered as they are.
+Value withArchiveOrigin(const Value& value, const std::shared_ptr<const KeyedArchive>& archive,
+                        uint32_t number, const ValueTransform* transform);
 
 }  // namespace ns

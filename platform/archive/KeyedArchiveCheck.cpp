@@ -31,6 +31,16 @@ class ArchiveChecker {
   void run() {
     // a root that is a list belongs to nobody: it refers to objects as a value does
     reach(archive_.root_, archive_.kind(archive_.root_) != Kind::object);
+    for (size_t i = 0; i < archive_.otherTopEntries_.size(); ++i) {
+      const Object& entry = archive_.otherTopEntries_[i].second;
+      if (entry.type == Type::uid) {
+        reach(archive_.target(entry), true);
+      } else if (entry.type == Type::array || entry.type == Type::dictionary) {
+        checkInline(0, entry, archive_.otherTopIndexes_[i], true);
+      } else {
+        checkText(0, entry);
+      }
+    }
     while (!pending_.empty()) {
       const uint32_t number = pending_.back();
       pending_.pop_back();
@@ -250,9 +260,9 @@ class ArchiveChecker {
   std::unordered_set<KeyedArchive::TextKey, KeyedArchive::TextHash> texts_;  // long ones seen
 };
 
-KeyedArchive::KeyedArchive(const Data& data, const ClassRegistry& registry)
+KeyedArchive::KeyedArchive(const Data& data, const ClassRegistry& registry, Root root)
     : list_(data), registry_(registry), nameBudget_(2 * data.length() + 100000) {
-  readTop();
+  readTop(root);
   reached_.resize(count_);
   byValue_.resize(count_);
   ArchiveChecker(*this).run();

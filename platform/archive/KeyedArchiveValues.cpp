@@ -117,9 +117,11 @@ class ArchiveDecoder {
       if (made.value.isNone()) {
         made.value = decodeByClass(number, coding);
         if (kind == Kind::attributedString && made.value.kind() == kind && transform) {
-          Value rewritten = transform->attributedString(made.value);
+          const Value rewritten = transform->attributedString(made.value);
           made.isChanged = !(rewritten.body() == made.value.body());
-          made.value = std::move(rewritten);
+          if (made.isChanged) {
+            made.value = withArchiveOrigin(rewritten, shared_, number, transform);
+          }
         }
       }
       if (made.isChanged) markChanged();
@@ -129,28 +131,32 @@ class ArchiveDecoder {
     switch (kind) {
       case Kind::string: {
         const auto text = archive_.fieldForKey(record, "NS.string");
+        bool isChanged = false;
         if (text) {
           value = archive_.sharedScalar(*text);
-          rewrite(*text, transform, value);
+          isChanged = rewrite(*text, transform, value);
         } else {
           const auto bytes = archive_.fieldForKey(record, "NS.bytes");
           value = Value(String(bytes->text()));
         }
-        value = Value(value.string().withArchivedClass(archivedClass));
+        value = ClassedAccess::string(value.string(), archivedClass,
+                                      origin(number, isChanged ? transform : nullptr));
         return true;
       }
       case Kind::data: {
         auto bytes = archive_.fieldForKey(record, "NS.data");
         if (!bytes) bytes = archive_.fieldForKey(record, "NS.bytes");
         if (bytes->type == Type::uid) bytes = archive_.entry(archive_.target(*bytes)).object;
-        value = Value::dataWithArchivedClass(archive_.sharedScalar(*bytes).data(), archivedClass);
+        value = ClassedAccess::data(archive_.sharedScalar(*bytes).data(), archivedClass,
+                                    origin(number, nullptr));
         return true;
       }
       case Kind::date: {
         const auto seconds = archive_.fieldForKey(record, "NS.time");
         if (seconds && seconds->type == Type::real && seconds->width == 8 &&
             record.shape->count() == 2) {
-          value = Value(Date{KeyedArchive::scalar(*seconds).doubleValue()});
+          value = ClassedAccess::date(Date{KeyedArchive::scalar(*seconds).doubleValue()},
+                                      origin(number, nullptr));
         } else {
           value = Record::inArchive(shared_, number, Kind::record);
         }
@@ -202,10 +208,17 @@ class ArchiveDecoder {
     return static_cast<const CachedOrigin*>(origin);
   }
 
-  void rewrite(const Object& text, const ValueTransform* transform, Value& value) {
-    if (!transform || !transform->changesText({text.text(), text.type == Type::utf16})) return;
+  [[nodiscard]] Ref<const Origin> origin(uint32_t number, const ValueTransform* transform) const {
+    return Ref<const Origin>(new ArchiveOrigin(shared_, number, transform));
+  }
+
+  bool rewrite(const Object& text, const ValueTransform* transform, Value& value) {
+    if (!transform || !transform->changesText({text.text(), text.type == Type::utf16})) {
+      return false;
+    }
     value = Value(transform->string(value.string()));
     markChanged();
+    return true;
   }
 
   void markChanged() {

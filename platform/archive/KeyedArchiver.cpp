@@ -40,12 +40,18 @@ const ClassRef& dateClass() {
   return classNamed("NSDate", nullptr, slot);
 }
 
-const ArchiveOrigin* originOf(const Value& value) {
+}  // namespace
+
+const ArchiveOrigin* archiveOriginOf(const Value& value) {
   switch (value.kind()) {
     case Kind::array:
       return dynamic_cast<const ArchiveOrigin*>(ArrayAccess::origin(value.array()));
     case Kind::dictionary:
       return dynamic_cast<const ArchiveOrigin*>(DictionaryAccess::origin(value.dictionary()));
+    case Kind::string:
+    case Kind::data:
+    case Kind::date:
+      return static_cast<const ArchiveOrigin*>(ClassedAccess::origin(value));
     case Kind::attributedString:
     case Kind::font:
     case Kind::color:
@@ -57,28 +63,53 @@ const ArchiveOrigin* originOf(const Value& value) {
   }
 }
 
-}  // namespace
+Value withArchiveOrigin(const Value& value, const std::shared_ptr<const KeyedArchive>& archive,
+                        uint32_t number, const ValueTransform* transform) {
+  const auto origin = [&] {
+    return Ref<const Origin>(new ArchiveOrigin(archive, number, transform));
+  };
+  switch (value.kind()) {
+    case Kind::array:
+      return Value(ArrayAccess::make(value.array().values(), value.archivedClass(), origin()));
+    case Kind::dictionary:
+      return Value(
+          DictionaryAccess::make(value.dictionary().entries(), value.archivedClass(), origin()));
+    case Kind::string:
+      if (!value.archivedClass()) return value;
+      return ClassedAccess::string(value.string(), value.archivedClass(), origin());
+    case Kind::attributedString:
+      return static_cast<const ArchivableBody&>(*value.body())
+          .withOrigin(Ref<const ArchiveOrigin>(new ArchiveOrigin(archive, number, transform)));
+    default:
+      return value;
+  }
+}
 
 KeyedArchiver::KeyedArchiver() = default;
 
-Data KeyedArchiver::archivedDataWithRootObject(const Value& root) {
+Data KeyedArchiver::archivedDataWithRootObject(const Value& root, const Fields& otherTopEntries) {
   KeyedArchiver archiver;
-  return archiver.run(root);
+  return archiver.run(root, otherTopEntries);
 }
 
-Data KeyedArchiver::run(const Value& root) {
+Data KeyedArchiver::run(const Value& root, const Fields& otherTopEntries) {
   const PropertyListWriter::Container top = writer_.dictionary(4);
   const char* const names[] = {"$version", "$archiver", "$top", "$objects"};
   for (size_t i = 0; i < 4; ++i) writer_.set(top, i, writer_.ascii(names[i]));
   writer_.set(top, 4, writer_.integer(100000));
   writer_.set(top, 5, writer_.ascii("NSKeyedArchiver"));
-  const PropertyListWriter::Container roots = writer_.dictionary(1);
+  const PropertyListWriter::Container roots = writer_.dictionary(1 + otherTopEntries.size());
   writer_.set(top, 6, roots.reference);
   writer_.set(roots, 0, writer_.ascii("root"));
   const Reference null = writer_.ascii("$null");
   entries_.push_back(null);
 
-  writer_.set(roots, 1, referenceTo(numberOf(root)));
+  const size_t topCount = 1 + otherTopEntries.size();
+  writer_.set(roots, topCount, referenceTo(numberOf(root)));
+  for (size_t i = 1; i < topCount; ++i) {
+    writer_.set(roots, i, string(otherTopEntries[i - 1].first));
+    writer_.set(roots, topCount + i, fieldReference(otherTopEntries[i - 1].second));
+  }
   while (!pending_.empty()) {
     const Pending next = pending_.front();
     pending_.pop_front();
@@ -184,10 +215,7 @@ uint32_t KeyedArchiver::numberOfRewritten(uint16_t source, uint32_t original,
   if (!transform || !sources_[source].archive->isChangedBy(*transform, original)) {
     return numberOfArchived(source, original);
   }
-  const auto known = std::find(transforms_.begin(), transforms_.end(), transform);
-  const auto place = static_cast<uint64_t>(known - transforms_.begin());
-  if (known == transforms_.end()) transforms_.push_back(transform);
-  uint32_t& number = rewrittenNumbers_[place << 48 | uint64_t{source} << 32 | original];
+  uint32_t& number = rewrittenNumber(source, original, transform);
   if (number != 0) return number;
   const KeyedArchive::Entry entry = sources_[source].archive->entry(original);
   if (entry.kind == KeyedArchive::EntryKind::scalar) {
@@ -199,6 +227,16 @@ uint32_t KeyedArchiver::numberOfRewritten(uint16_t source, uint32_t original,
   pending_.push_back({number, static_cast<uint32_t>(rewritten_.size()), source, What::rewritten});
   rewritten_.push_back({original, transform});
   return number;
+}
+
+uint32_t& KeyedArchiver::rewrittenNumber(uint16_t source, uint32_t original,
+                                         const ValueTransform* transform) {
+  const bool isText = sources_[source].archive->kind(original) == Kind::attributedString;
+  const void* rule = isText ? transform->attributedStringRule() : transform;
+  const auto known = std::find(rules_.begin(), rules_.end(), rule);
+  const auto place = static_cast<uint64_t>(known - rules_.begin());
+  if (known == rules_.end()) rules_.push_back(rule);
+  return rewrittenNumbers_[place << 48 | uint64_t{source} << 32 | original];
 }
 
 uint32_t KeyedArchiver::numberOfClass(const ClassRef& archivedClass) {
@@ -261,16 +299,25 @@ uint32_t KeyedArchiver::numberOf(const Value& value) {
     default:
       break;
   }
-  if (const ArchiveOrigin* origin = originOf(value)) {
+  if (const ArchiveOrigin* origin = archiveOriginOf(value)) {
     const uint16_t source = sourceOf(origin->archive());
+    if (value.kind() == Kind::attributedString && origin->transform()) {
+      // it has been rewritten already, which may have meant looking for fonts
+      uint32_t& number = rewrittenNumber(source, origin->number(), origin->transform());
+      if (number == 0) number = newPendingValue(value);
+      return number;
+    }
     return numberOfRewritten(source, origin->number(), origin->transform());
   }
   uint32_t& number = valueNumbers_[value.body().get()];
-  if (number == 0) {
-    number = newNumber();
-    pending_.push_back({number, static_cast<uint32_t>(values_.size()), 0, What::value});
-    values_.push_back(value);
-  }
+  if (number == 0) number = newPendingValue(value);
+  return number;
+}
+
+uint32_t KeyedArchiver::newPendingValue(const Value& value) {
+  const uint32_t number = newNumber();
+  pending_.push_back({number, static_cast<uint32_t>(values_.size()), 0, What::value});
+  values_.push_back(value);
   return number;
 }
 
@@ -596,7 +643,7 @@ void KeyedArchiver::writeRewritten(uint32_t number, uint16_t index, const Rewrit
   const ValueTransform* transform = rewritten.transform;
   const KeyedArchive::Record record = archive->record(rewritten.number);
   const Kind kind = record.archivedClass->kind();
-  if (kind != Kind::array && kind != Kind::dictionary) {
+  if (kind != Kind::array && kind != Kind::dictionary && kind != Kind::string) {
     return writeValue(number, archive->value(rewritten.number, transform));
   }
   const bool hasList = archive->fieldForKey(record, "NS.objects").has_value();
@@ -610,6 +657,10 @@ void KeyedArchiver::writeRewritten(uint32_t number, uint16_t index, const Rewrit
     Reference value = 0;
     if (name == "$class") {
       value = referenceTo(numberOfClass(record.archivedClass->info));
+    } else if (kind == Kind::string) {
+      const bool isText = name == "NS.string" && field.isString();
+      value = isText ? string(transform->string(KeyedArchive::string(field)))
+                     : copyInline(index, field, archive->fieldIndex(record, i));
     } else if (!hasList && field.type == KeyedArchive::Type::uid && isNumbered(name)) {
       value = referenceTo(numberOfRewritten(index, archive->target(field), transform));
     } else if (name == "NS.objects" && field.type == KeyedArchive::Type::array) {

@@ -30,9 +30,9 @@ struct ObjectList {
 /// record, without being decoded.
 class KeyedArchiver final : public Coder {
  public:
-  /// The archive of a root object, as the data of a file.  What `root` refers to must not change
-  /// meanwhile.
-  static Data archivedDataWithRootObject(const Value& root);
+  /// The archive of a root object, as the data of a file, with what else "$top" is to hold beside
+  /// "root".  What they refer to must not change meanwhile.
+  static Data archivedDataWithRootObject(const Value& root, const Fields& otherTopEntries = {});
 
   [[nodiscard]] bool allowsKeyedCoding() const override { return true; }
   void encodeObjectForKey(const Value& value, const char* key) override;
@@ -80,7 +80,7 @@ class KeyedArchiver final : public Coder {
   };
 
   KeyedArchiver();
-  Data run(const Value& root);
+  Data run(const Value& root, const Fields& otherTopEntries);
   void write(const Pending& pending);
   void writeArchived(uint32_t number, Source& source, uint32_t original);
   void writeRewritten(uint32_t number, uint16_t source, const Rewritten& rewritten);
@@ -97,6 +97,9 @@ class KeyedArchiver final : public Coder {
   uint32_t numberOfObject(const Object* object);
   uint32_t numberOfArchived(uint16_t source, uint32_t original);
   uint32_t numberOfRewritten(uint16_t source, uint32_t original, const ValueTransform* transform);
+  /// The number, or 0 so far, of an object as a transform that changes it makes it.
+  uint32_t& rewrittenNumber(uint16_t source, uint32_t original, const ValueTransform* transform);
+  uint32_t newPendingValue(const Value& value);
   uint32_t numberOfScalar(Reference scalar);
   uint32_t numberOfClass(const ClassRef& archivedClass);
   uint16_t sourceOf(const std::shared_ptr<const KeyedArchive>& archive);
@@ -124,7 +127,7 @@ class KeyedArchiver final : public Coder {
   std::vector<ObjectList> lists_;
   std::unordered_map<uint64_t, uint32_t> rewrittenNumbers_;
   std::vector<Rewritten> rewritten_;
-  std::vector<const ValueTransform*> transforms_;
+  std::vector<const void*> rules_;  // of rewriting, by place in the keys of rewrittenNumbers_
   std::unordered_map<const ClassInfo*, uint32_t> classNumbers_;
   std::unordered_multimap<std::string, std::pair<ClassRef, uint32_t>> classes_;  // by name
   std::vector<ClassRef> keptClasses_;

@@ -7,10 +7,8 @@
 
 namespace ns {
 
-namespace {
-
-Field fieldOf(const std::shared_ptr<const KeyedArchive>& archive,
-              const KeyedArchive::Object& object) {
+Field archivedField(const std::shared_ptr<const KeyedArchive>& archive,
+                    const KeyedArchive::Object& object) {
   Field field;
   switch (object.type) {
     case KeyedArchive::Type::uid:
@@ -18,20 +16,22 @@ Field fieldOf(const std::shared_ptr<const KeyedArchive>& archive,
     case KeyedArchive::Type::array:
       field.form = Field::Form::list;
       for (uint64_t i = 0; i < object.count; ++i) {
-        field.fields.push_back(fieldOf(archive, archive->element(object, i)));
+        field.fields.push_back(archivedField(archive, archive->element(object, i)));
       }
       return field;
     case KeyedArchive::Type::dictionary:
       field.form = Field::Form::map;
       for (uint64_t i = 0; i < object.count; ++i) {
         field.keys.push_back(KeyedArchive::string(archive->element(object, i)));
-        field.fields.push_back(fieldOf(archive, archive->element(object, object.count + i)));
+        field.fields.push_back(archivedField(archive, archive->element(object, object.count + i)));
       }
       return field;
     default:
       return Field::primitive(archive->sharedScalar(object));
   }
 }
+
+namespace {
 
 bool equalFields(const Field& a, const Field& b) {
   if (a.form != b.form || a.fields.size() != b.fields.size() || a.keys != b.keys) return false;
@@ -71,7 +71,7 @@ class RecordBody : public ArchivableBody {
     for (uint32_t i = 0; i < record.shape->count(); ++i) {
       if (i == record.shape->classPosition()) continue;
       all.emplace_back(record.shape->key(i),
-                       fieldOf(origin_->archive(), origin_->archive()->field(record, i)));
+                       archivedField(origin_->archive(), origin_->archive()->field(record, i)));
     }
     return all;
   }
@@ -91,7 +91,7 @@ class RecordBody : public ArchivableBody {
     if (origin_) {
       const auto found = origin_->archive()->fieldForKey(archived(), String(key));
       if (!found) return std::nullopt;
-      return fieldOf(origin_->archive(), *found);
+      return archivedField(origin_->archive(), *found);
     }
     for (const auto& [name, field] : fields_) {
       if (name == key) return field;

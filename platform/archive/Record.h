@@ -25,6 +25,13 @@ struct Field {
   static Field reference(Value value) { return {Form::reference, std::move(value), {}, {}}; }
 };
 
+/// A field as an archive holds it.
+Field archivedField(const std::shared_ptr<const KeyedArchive>& archive,
+                    const KeyedArchive::Object& object);
+
+/// Fields under their names, in order.
+using Fields = std::vector<std::pair<String, Field>>;
+
 /// An object of a class with named fields, held as it is archived: its class and its keys in
 /// order, with their exact kinds.  Fonts, colours and paragraph styles are read through one;
 /// objects of classes that nobody here interprets are nothing but one.
@@ -73,6 +80,8 @@ class ArchivableBody : public ValueBody {
   using ValueBody::ValueBody;
   /// Where the unchanged value came from, or none.
   [[nodiscard]] virtual const ArchiveOrigin* origin() const = 0;
+  /// The same value, rewritten and said to come from an archive; none where nothing is rewritten.
+  [[nodiscard]] virtual Value withOrigin(Ref<const ArchiveOrigin> /*origin*/) const { return {}; }
   [[nodiscard]] virtual ClassRef classForArchiver() const = 0;
   virtual void encode(KeyedArchiver& archiver) const = 0;
 };

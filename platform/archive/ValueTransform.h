@@ -32,6 +32,9 @@ class ValueTransform {
   [[nodiscard]] virtual bool mayChangeAttributedStrings(const KeyedArchive& archive) const = 0;
   /// The rewritten attributed string; the same handle when nothing changes.
   [[nodiscard]] virtual Value attributedString(const Value& value) const = 0;
+  /// An address that transforms which rewrite attributed strings alike have in common, so that
+  /// one that several of them reach stays one.
+  [[nodiscard]] virtual const void* attributedStringRule() const { return this; }
 };
 
 }  // namespace ns

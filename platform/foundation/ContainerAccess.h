@@ -4,13 +4,9 @@
 
 #include "platform/foundation/Array.h"
 #include "platform/foundation/Dictionary.h"
+#include "platform/foundation/Origin.h"
 
 namespace ns {
-
-/// Where an unchanged value came from: what an archive reader leaves with the containers it
-/// makes, so that an archive writer can put them back as they were.  Editing a container drops
-/// its origin.
-class Origin : public Body {};
 
 /// What the archive layer may do with containers and other code may not.
 class ArrayAccess {
@@ -25,6 +21,16 @@ class DictionaryAccess {
   static Dictionary make(std::vector<Dictionary::Entry> entries, ClassRef archivedClass,
                          Ref<const Origin> origin);
   static const Origin* origin(const Dictionary& dictionary);
+};
+
+/// The same for strings and data with an archived class, and for dates.
+class ClassedAccess {
+ public:
+  static Value string(const String& text, ClassRef archivedClass, Ref<const Origin> origin);
+  static Value data(const Data& data, ClassRef archivedClass, Ref<const Origin> origin);
+  static Value date(Date date, Ref<const Origin> origin);
+  /// The origin of a string, data or a date, or none; valid while the value lives.
+  static const Origin* origin(const Value& value);
 };
 
 }  // namespace ns

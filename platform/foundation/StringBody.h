@@ -3,6 +3,7 @@
 #include <cstring>
 #include <new>
 
+#include "platform/foundation/Origin.h"
 #include "platform/foundation/Value.h"
 
 namespace ns {
@@ -32,6 +33,7 @@ class StringBody : public ValueBody {
     return reinterpret_cast<Unit*>(this + 1);
   }
   [[nodiscard]] virtual const ClassRef& archivedClass() const;
+  [[nodiscard]] virtual const Origin* origin() const { return nullptr; }
 
   [[nodiscard]] bool isEqual(const ValueBody& other) const override;
   [[nodiscard]] size_t hash() const override;
@@ -56,18 +58,22 @@ class StringBody : public ValueBody {
 /// The text of another body, with a class of its own.
 class ClassedStringBody final : public StringBody {
  public:
-  ClassedStringBody(Ref<const StringBody> text, ClassRef archivedClass)
+  ClassedStringBody(Ref<const StringBody> text, ClassRef archivedClass,
+                    Ref<const Origin> origin = {})
       : StringBody(text->isWide() ? static_cast<const void*>(text->wide().data())
                                   : static_cast<const void*>(text->ascii().data()),
                    text->length(), text->isWide()),
         text_(std::move(text)),
-        class_(std::move(archivedClass)) {}
+        class_(std::move(archivedClass)),
+        origin_(std::move(origin)) {}
   [[nodiscard]] const ClassRef& archivedClass() const override { return class_; }
+  [[nodiscard]] const Origin* origin() const override { return origin_.get(); }
   [[nodiscard]] const Ref<const StringBody>& plain() const { return text_; }
 
  private:
   Ref<const StringBody> text_;
   ClassRef class_;
+  Ref<const Origin> origin_;
 };
 
 }  // namespace ns

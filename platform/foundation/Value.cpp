@@ -4,6 +4,7 @@
 #include <cmath>
 #include <limits>
 
+#include "platform/foundation/ContainerAccess.h"
 #include "platform/foundation/ContainerBodies.h"
 #include "platform/foundation/StringBody.h"
 
@@ -42,24 +43,30 @@ class RealBody final : public ValueBody {
 
 class DataBody final : public ValueBody {
  public:
-  DataBody(Data is, ClassRef of)
-      : ValueBody(Kind::data), value(std::move(is)), archivedClass(std::move(of)) {}
+  DataBody(Data is, ClassRef of, Ref<const Origin> from = {})
+      : ValueBody(Kind::data),
+        value(std::move(is)),
+        archivedClass(std::move(of)),
+        origin(std::move(from)) {}
   [[nodiscard]] bool isEqual(const ValueBody& other) const override {
     return value == static_cast<const DataBody&>(other).value;
   }
   [[nodiscard]] size_t hash() const override { return std::hash<std::string_view>()(value.view()); }
   const Data value;
   const ClassRef archivedClass;
+  const Ref<const Origin> origin;
 };
 
 class DateBody final : public ValueBody {
  public:
-  explicit DateBody(Date is) : ValueBody(Kind::date), value(is) {}
+  explicit DateBody(Date is, Ref<const Origin> from = {})
+      : ValueBody(Kind::date), value(is), origin(std::move(from)) {}
   [[nodiscard]] bool isEqual(const ValueBody& other) const override {
     return value == static_cast<const DateBody&>(other).value;
   }
   [[nodiscard]] size_t hash() const override { return std::hash<double>()(value.seconds); }
   const Date value;
+  const Ref<const Origin> origin;
 };
 
 class ObjectBody final : public ValueBody {
@@ -201,6 +208,35 @@ Value Value::fromObject(std::shared_ptr<Object> object) {
 
 Value Value::dataWithArchivedClass(const Data& data, ClassRef archivedClass) {
   return Value(Ref<const ValueBody>(new DataBody(data, std::move(archivedClass))));
+}
+
+Value ClassedAccess::string(const String& text, ClassRef archivedClass, Ref<const Origin> origin) {
+  const Value plain(text.withArchivedClass(nullptr));
+  return Value(Ref<const ValueBody>(
+      new ClassedStringBody(Ref<const StringBody>(&as<StringBody>(plain.body())),
+                            std::move(archivedClass), std::move(origin))));
+}
+
+Value ClassedAccess::data(const Data& data, ClassRef archivedClass, Ref<const Origin> origin) {
+  return Value(
+      Ref<const ValueBody>(new DataBody(data, std::move(archivedClass), std::move(origin))));
+}
+
+Value ClassedAccess::date(Date date, Ref<const Origin> origin) {
+  return Value(Ref<const ValueBody>(new DateBody(date, std::move(origin))));
+}
+
+const Origin* ClassedAccess::origin(const Value& value) {
+  switch (value.kind()) {
+    case Kind::string:
+      return as<StringBody>(value.body()).origin();
+    case Kind::data:
+      return as<DataBody>(value.body()).origin.get();
+    case Kind::date:
+      return as<DateBody>(value.body()).origin.get();
+    default:
+      return nullptr;
+  }
 }
 
 bool Value::boolValue() const {

@@ -30,11 +30,31 @@ Dictionary AttributedStringBody::attributesOf(size_t run) const {
   return number == 0 ? Dictionary() : from->archive()->value(number).dictionary();
 }
 
+Value AttributedStringBody::withOrigin(Ref<const ArchiveOrigin> origin) const {
+  auto* made = new AttributedStringBody();
+  Value value{Ref<const ValueBody>(made)};
+  made->text = text;
+  made->runs = runs;
+  for (const Dictionary& each : attributes) made->attributes.push_back(each);
+  if (!archivedAttributes.empty()) {
+    // those may be of another archive
+    made->runs.clear();
+    for (size_t run = 0; run < runs.size(); ++run) {
+      made->runs.push_back({runs[run].start, static_cast<uint32_t>(run)});
+      made->attributes.push_back(attributesOf(run));
+    }
+  }
+  made->archivedClass = archivedClass;
+  made->otherFields = otherFields;
+  made->from = std::move(origin);
+  return value;
+}
+
 bool AttributedStringBody::isEqual(const ValueBody& other) const {
   const auto& that = static_cast<const AttributedStringBody&>(other);
   if (this == &that) return true;
   if (from && that.from && from->archive() == that.from->archive() &&
-      from->number() == that.from->number()) {
+      from->number() == that.from->number() && from->transform() == that.from->transform()) {
     return true;
   }
   if (!(text == that.text)) return false;

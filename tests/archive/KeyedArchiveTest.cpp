@@ -79,6 +79,37 @@ TEST(KeyedArchive, RefusesOtherTops) {
             "keyed archive: a dictionary key is an integer and not a string");
 }
 
+TEST(KeyedArchive, LooksAtWhatStandsBesideTheRoot) {
+  const auto fault = [](const P& entry) {
+    return faultOfArchive(top({{"$archiver", "NSKeyedArchiver"},
+                               {"$version", 100000},
+                               {"$top", P::dictionary({{"other", entry}, {"root", P::uid(1)}})},
+                               {"$objects", P::array({"$null", "x", P::array({})})}})
+                              .binary());
+  };
+  EXPECT_EQ(fault(P::uid(1)), "no fault");
+  EXPECT_EQ(fault(P::array({P::uid(1), P::dictionary({{"a", P::uid(0)}})})), "no fault");
+  EXPECT_EQ(fault(P::uid(3)), "keyed archive: reference to object 3 of 3");
+  EXPECT_EQ(fault(P::array({P::uid(3)})), "keyed archive: reference to object 3 of 3");
+  EXPECT_EQ(fault(P::uid(2)), "keyed archive: object 2: the entry is an array");
+  EXPECT_EQ(fault(P::string("\xFF")), "keyed archive: an ASCII string holds bytes above 127");
+}
+
+TEST(KeyedArchive, NeedsNoRootWhereTheReaderSaysSo) {
+  const ns::Data data = top({{"$archiver", "NSKeyedArchiver"},
+                             {"$version", 100000},
+                             {"$top", P::dictionary({{"other", P::uid(1)}, {"number", 7}})},
+                             {"$objects", P::array({"$null", "x"})}})
+                            .binary();
+  EXPECT_EQ(faultOfArchive(data), "keyed archive: \"$top\" has no \"root\"");
+  const auto held =
+      ns::KeyedArchive::open(data, testing_archives::registry(), ns::KeyedArchive::Root::optional);
+  EXPECT_EQ(held->root(), 0U);
+  ASSERT_EQ(held->otherTopEntries().size(), 2U);
+  EXPECT_EQ(held->otherTopEntries()[0].first, "other");
+  EXPECT_TRUE(held->isReached(1));
+}
+
 TEST(KeyedArchive, TakesTheOrderOfTheTopAndWideKeys) {
   const P objects = P::array({"$null", "x"});
   const P roots = P::dictionary({{P::wide(u"root"), P::uid(1, 4)}});

@@ -218,6 +218,79 @@ TEST(KeyedArchiver, AnEditedContainerKeepsItsNeighboursAsTheyWere) {
   EXPECT_EQ(inner[0], numbers[0]);
 }
 
+TEST(KeyedArchiver, ValuesWithAClassStayOneWhenOneOfTheirHoldersIsEdited) {
+  const std::vector<std::string> classes[] = {{"NSMutableString", "NSString", "NSObject"},
+                                              {"NSMutableData", "NSData", "NSObject"},
+                                              {"NSDate", "%NSDate", "NSObject"}};
+  // the array 1 holds 3, 4, 5 and the array 6, which holds them too
+  const ns::Data data =
+      archive({"$null", instance(2, {{"NS.objects", references({3, 4, 5, 6})}}),
+               classRecord({"NSMutableArray", "NSArray", "NSObject"}),
+               instance(7, {{"more", 1}, {"NS.string", "text"}}),
+               instance(8, {{"NS.data", P::data("x")}}), instance(9, {{"NS.time", P::real(1.5)}}),
+               instance(2, {{"NS.objects", references({3, 4, 5})}}), classRecord(classes[0]),
+               classRecord(classes[1]), classRecord(classes[2])});
+  Array edited = readBack(data).array();
+  edited.append("more");
+  const auto held = opened(written(edited));
+  const auto numbers = held->elementNumbers(held->record(held->root()), "NS.objects", "");
+  const auto inner = held->elementNumbers(held->record(numbers[3]), "NS.objects", "");
+  ASSERT_EQ(inner.size(), 3U);
+  for (size_t i = 0; i < 3; ++i) {
+    EXPECT_EQ(numbers[i], inner[i]);
+    EXPECT_EQ(held->record(numbers[i]).archivedClass->info->chain, classes[i]);
+  }
+  EXPECT_EQ(held->record(numbers[0]).shape->count(), 3U);  // the field that nobody knows, too
+  EXPECT_EQ(held->objectCount(), 10U + 1U);
+}
+
+TEST(KeyedArchiver, AValueInPlaceOfAnotherLeavesTheOtherToItsHolders) {
+  const ns::Data data =
+      archive({"$null", instance(2, {{"NS.objects", references({3, 5})}}),
+               classRecord({"NSArray", "NSObject"}), instance(4, {{"NS.string", "old"}}),
+               classRecord({"NSMutableString", "NSString", "NSObject"}),
+               instance(2, {{"NS.objects", references({3})}})});
+  const Array array = readBack(data).array();
+  const ns::String old = array[0].string();
+  const Array edited{Value(ns::String("new").withArchivedClass(old.archivedClass())), array[1]};
+  const Array read = roundTrip(edited).array();
+  EXPECT_EQ(utf8(read[0]), "new");
+  EXPECT_EQ(read[0].archivedClass()->name, "NSMutableString");
+  EXPECT_EQ(utf8(read[1].array()[0]), "old");
+  // the same text under another class is another value
+  const auto changed = roundTrip(Array{Value(old.withArchivedClass(nullptr)), array[1]}).array();
+  EXPECT_FALSE(changed[0].archivedClass());
+  EXPECT_EQ(utf8(changed[0]), "old");
+}
+
+TEST(KeyedArchiver, WritesWhatStandsBesideTheRoot) {
+  const Array shared{1};
+  ns::Field list;
+  list.form = ns::Field::Form::list;
+  list.fields = {ns::Field::reference(Value(shared)), ns::Field::primitive("x")};
+  const ns::Data data = KeyedArchiver::archivedDataWithRootObject(
+      Value(shared), {{"flag", ns::Field::primitive(true)},
+                      {"größe", ns::Field::primitive(0.5F)},
+                      {"same", ns::Field::reference(Value(shared))},
+                      {"none", ns::Field::reference(Value())},
+                      {"list", list}});
+  const auto held = opened(data);
+  EXPECT_EQ(held->root(), 1U);
+  const auto& others = held->otherTopEntries();
+  ASSERT_EQ(others.size(), 5U);
+  EXPECT_EQ(others[0].first, "flag");
+  EXPECT_EQ(others[0].second.type, ns::KeyedArchive::Type::boolean);
+  EXPECT_EQ(others[1].first, "größe");
+  EXPECT_EQ(others[1].second.width, 4);
+  EXPECT_EQ(held->target(others[2].second), held->root());
+  EXPECT_EQ(held->target(others[3].second), 0U);
+  EXPECT_EQ(held->target(held->element(others[4].second, 0)), held->root());
+  // and again
+  ns::Fields again;
+  for (const auto& [key, entry] : others) again.emplace_back(key, ns::archivedField(held, entry));
+  EXPECT_EQ(KeyedArchiver::archivedDataWithRootObject(held->value(held->root()), again), data);
+}
+
 TEST(KeyedArchiver, ValuesOfSeveralArchivesGoIntoOne) {
   const ns::Data first =
       archive({"$null", instance(2, {{"a", 1}}), classRecord({"Thing", "NSObject"})});

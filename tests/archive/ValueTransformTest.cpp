@@ -140,6 +140,37 @@ TEST(ValueTransform, CopyingReachesNumberedElementsToo) {
   EXPECT_EQ(describeGraph(copied(held)), describeGraph(decoded));
 }
 
+TEST(ValueTransform, CopyingKeepsTheOtherFieldsOfARewrittenString) {
+  const auto held = opened(archive(
+      {"$null", instance(2, {{"NS.objects", references({3, 3})}}), classRecord(kArray),
+       instance(4, {{"first", P::uid(3)}, {"NS.string", "old text"}, {"last", P::real4(1)}}),
+       classRecord(kMutableString)}));
+  const auto copy = opened(
+      ns::KeyedArchiver::archivedDataWithRootObject(ns::Value(std::make_shared<Carrier>(held))));
+  const uint32_t list = copy->target(*copy->fieldForKey(copy->record(copy->root()), "data"));
+  const auto numbers = copy->elementNumbers(copy->record(list), "NS.objects", "");
+  EXPECT_EQ(numbers[0], numbers[1]);
+  const auto record = copy->record(numbers[0]);
+  ASSERT_EQ(record.shape->count(), 4U);
+  EXPECT_EQ(record.shape->key(0), "first");
+  EXPECT_EQ(ns::KeyedArchive::string(copy->field(record, 1)), "new text");
+  EXPECT_EQ(copy->field(record, 2).width, 4);
+}
+
+TEST(ValueTransform, ARewrittenValueIsOneWithItsCopies) {
+  // decoded and rewritten, it comes from the same place as what is copied from there
+  const auto held = opened(archive(entries()));
+  const ns::Array array = held->value(1, &renewal).array();
+  const auto carrier = std::make_shared<Carrier>(held);
+  const ns::Array both{array[2], array[5], ns::Value(carrier)};
+  const auto copy = opened(ns::KeyedArchiver::archivedDataWithRootObject(ns::Value(both)));
+  const auto top = copy->elementNumbers(copy->record(copy->root()), "NS.objects", "");
+  const uint32_t list = copy->target(*copy->fieldForKey(copy->record(top[2]), "data"));
+  const auto numbers = copy->elementNumbers(copy->record(list), "NS.objects", "");
+  EXPECT_EQ(top[0], numbers[2]);
+  EXPECT_EQ(top[1], numbers[5]);
+}
+
 TEST(ValueTransform, KeysStayAsTheyAreHoweverDeep) {
   const auto held = opened(archive(
       {"$null", instance(2, {{"NS.keys", references({3})}, {"NS.objects", references({3})}}),

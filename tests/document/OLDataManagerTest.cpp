@@ -56,6 +56,27 @@ TEST(OLDataManager, NewDocumentIsAnEmptyTreeUnderAPlainController) {
   EXPECT_TRUE(document->isDocumentRichText());
 }
 
+TEST(OLDataManager, WhatTheArchiveNamesBesideItsRootGoesAlong) {
+  const auto made = OLDataManager::create();
+  const auto item = made->treeController()->addItemWithSelected(nullptr);
+  const ns::Data data = ns::KeyedArchiver::archivedDataWithRootObject(
+      ns::Value(made->treeController()),
+      {{"version", ns::Field::primitive(7)},
+       {"item", ns::Field::reference(ns::Value(item))},
+       {"list", ns::Field::reference(ns::Value(ns::Array{"a", "b"}))}});
+  const auto document = OLDataManager::create();
+  ASSERT_TRUE(document->loadDataRepresentationOfType(data));
+  EXPECT_EQ(*document->dataRepresentation(), data);
+  // they belong to the archive that was loaded last
+  ASSERT_TRUE(document->loadDataRepresentationOfType(archiveOf(ns::Value(made->treeController()))));
+  EXPECT_EQ(*document->dataRepresentation(), archiveOf(ns::Value(made->treeController())));
+  // and stay when an archive is refused
+  ASSERT_TRUE(document->loadDataRepresentationOfType(data));
+  LogCapture log;
+  EXPECT_FALSE(document->loadDataRepresentationOfType(archiveOf("text")));
+  EXPECT_EQ(*document->dataRepresentation(), data);
+}
+
 TEST(OLDataManager, NoDataIsRefused) {
   LogCapture log;
   const auto document = OLDataManager::create();
