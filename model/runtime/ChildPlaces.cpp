@@ -7,12 +7,24 @@
 namespace tavlin {
 
 ChildPlaces::ChildPlaces(OLItems items) {
-  std::unordered_map<const OLNode*, size_t> itemsOfParents;
+  struct Wanted {
+    size_t count = 0;
+    const OLNode* last = nullptr;
+  };
+  std::unordered_map<const OLNode*, Wanted> itemsOfParents;
   for (const auto& item : items) {
     const auto parent = item ? item->parent() : nullptr;
-    if (parent && indexes_.try_emplace(item.get(), -1).second) ++itemsOfParents[parent.get()];
+    if (!parent || !indexes_.try_emplace(item.get(), -1).second) continue;
+    Wanted& wanted = itemsOfParents[parent.get()];
+    ++wanted.count;
+    wanted.last = item.get();
   }
-  for (auto [parent, itemsLeft] : itemsOfParents) {
+  for (const auto& [parent, wanted] : itemsOfParents) {
+    if (wanted.count == 1) {
+      indexes_[wanted.last] = parent->indexOfChild(wanted.last);
+      continue;
+    }
+    size_t itemsLeft = wanted.count;
     const OLNodeList& children = parent->children();
     for (size_t i = 0; i < children.size() && itemsLeft > 0; ++i) {
       const auto found = indexes_.find(children[i].get());

@@ -7,14 +7,16 @@
 
 namespace tavlin {
 
-/// Where each of many items is among its parent's children.  Passes over the children of each
-/// parent once, where OLNode::indexOfChild() would search them for every item.
+/// Where each of many items is among its parent's children.  Passes over the children of a parent
+/// of several items once, where OLNode::indexOfChild() would search them for every item.  A single
+/// item is looked for with that, which may know its place already.
 class ChildPlaces {
  public:
   /// None among the items, and items without parent, are ignored.
   explicit ChildPlaces(OLItems items);
 
-  /// The first place of one of the items, from 0; -1 when its parent does not list it.
+  /// The place of one of the items, from 0; -1 when its parent does not list it.  Of an item that
+  /// is listed twice the first, or for a single item the one that OLNode::indexOfChild() finds.
   [[nodiscard]] int64_t indexOf(const OLNode* item) const;
 
  private:

@@ -249,6 +249,15 @@ TEST(ChildPlacesTest, AreThoseOfALinearSearch) {
   EXPECT_EQ(places.indexOf(outline["A"].get()), -1) << "was not among the items";
 }
 
+TEST(ChildPlacesTest, ASingleItemOfAParentIsLookedForAtTheCachedIndex) {
+  const Outline outline("A(B C D) E(F)");
+  outline["A"]->addChild(outline["B"]);
+  outline["A"]->setCacheIndexOfChild(3);
+  const ChildPlaces places({outline["B"], outline["F"]});
+  EXPECT_EQ(places.indexOf(outline["B"].get()), 3) << "which a search would not find";
+  EXPECT_EQ(places.indexOf(outline["F"].get()), 0);
+}
+
 TEST(UpwardRefreshTest, EachItemIsGoneOnAtByTheLastThatComesToIt) {
   const Outline outline("A(B(C D(E)) F) G");
   const auto tree = OLTree::initWithRootItem(outline.root);
