@@ -3,10 +3,11 @@
 #include <gtest/gtest.h>
 #include <stdlib.h>
 
+#include <cctype>
+#include <cstddef>
 #include <fstream>
 #include <iterator>
 #include <map>
-#include <regex>
 #include <set>
 #include <string>
 #include <vector>
@@ -147,12 +148,35 @@ class SNUIStringTest : public testing::Test {
     return ns::StringsTable::parse(
         ns::readFile(kResources + "/" + language + ".lproj/Localizable.strings"));
   }
+  /// What "%" begins, with digits and "$" between if there are any.
   static std::multiset<std::string> placeholdersOf(const std::string& text) {
-    const std::regex placeholder("%([0-9]+\\$)?(ld|@|.?)");
     std::multiset<std::string> found;
-    for (std::sregex_iterator i(text.begin(), text.end(), placeholder), end; i != end; ++i)
-      found.insert(i->str());
+    for (size_t i = text.find('%'); i != std::string::npos; i = text.find('%', i + 1)) {
+      const size_t type = text.find_first_not_of("0123456789$", i + 1);
+      const size_t end = type == std::string::npos ? type : type + (text[type] == 'l' ? 2 : 1);
+      found.insert(text.substr(i, end - i));
+    }
     return found;
+  }
+  static std::string contentOf(const std::string& path) {
+    std::ifstream file(path);
+    return {std::istreambuf_iterator<char>(file), {}};
+  }
+  static bool isWord(char c) {
+    return std::isalnum(static_cast<unsigned char>(c)) != 0 || c == '_';
+  }
+  /// What stands between `before` and `after`, wherever it is a word.
+  static std::vector<std::string> wordsBetween(const std::string& text, const std::string& before,
+                                               const std::string& after) {
+    std::vector<std::string> words;
+    for (size_t at = text.find(before); at != std::string::npos; at = text.find(before, at)) {
+      at += before.size();
+      size_t end = at;
+      while (end < text.size() && isWord(text[end])) ++end;
+      if (end > at && text.compare(end, after.size(), after) == 0)
+        words.push_back(text.substr(at, end - at));
+    }
+    return words;
   }
 };
 
@@ -190,12 +214,8 @@ TEST_F(SNUIStringTest, ShowsTheTextsOfTheLanguage) {
 }
 
 TEST_F(SNUIStringTest, DeclaresItsOperationsInOrderAndNoOthers) {
-  std::ifstream file(TAVLIN_SOURCE_DIR "/ui/SNUIString.h");
-  const std::string header((std::istreambuf_iterator<char>(file)), {});
-  const std::regex declaration("static ns::String (\\w+)\\(\\);");
-  std::vector<std::string> declared;
-  for (std::sregex_iterator i(header.begin(), header.end(), declaration), end; i != end; ++i)
-    declared.push_back((*i)[1]);
+  const std::vector<std::string> declared =
+      wordsBetween(contentOf(TAVLIN_SOURCE_DIR "/ui/SNUIString.h"), "static ns::String ", "();");
   std::vector<std::string> expected;
   expected.reserve(kRows.size());
   for (const Row& row : kRows) expected.emplace_back(row.operation);
@@ -218,13 +238,9 @@ TEST_F(SNUIStringTest, EveryTableHasExactlyTheKeys) {
 }
 
 TEST_F(SNUIStringTest, NoTableHasAKeyTwice) {
-  const std::regex entry("(^|\n)\"(\\w+)\" = ");
   for (const char* language : kLanguages) {
-    const ns::Data data = ns::readFile(kResources + "/" + language + ".lproj/Localizable.strings");
-    const std::string text(data.view());
-    const auto entries = std::distance(std::sregex_iterator(text.begin(), text.end(), entry),
-                                       std::sregex_iterator());
-    EXPECT_EQ(static_cast<size_t>(entries), tableOf(language).count()) << language;
+    const std::string text = contentOf(kResources + "/" + language + ".lproj/Localizable.strings");
+    EXPECT_EQ(wordsBetween(text, "\n\"", "\" = ").size(), tableOf(language).count()) << language;
   }
 }
 
