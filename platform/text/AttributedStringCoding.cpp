@@ -76,6 +76,7 @@ void AttributedStringBody::check(const KeyedArchive& archive, uint32_t number) {
   const KeyedArchive::Record record = archive.record(number);
   const auto textNumber = reference(archive, record, "NSString");
   const auto stored = textNumber ? archive.storedText(*textNumber) : std::nullopt;
+  if (!stored && textNumber && archive.kind(*textNumber) == Kind::string) return;
   if (!stored) archive.fail(number, "an attributed string without text");
   if (!stored->isString()) archive.fail(number, "the text of an attributed string is no string");
   const auto attributes = reference(archive, record, "NSAttributes");
@@ -125,6 +126,10 @@ void AttributedStringBody::check(const KeyedArchive& archive, uint32_t number) {
 
 Value AttributedStringBody::decode(const std::shared_ptr<const KeyedArchive>& archive,
                                    uint32_t number) {
+  if (!archive->storedText(*reference(*archive, archive->record(number), "NSString"))) {
+    // its text is in UTF-8, an old form in which its runs cannot be checked against its units
+    return Record::inArchive(archive, number, Kind::record);
+  }
   auto* body = new AttributedStringBody();
   Value value{Ref<const ValueBody>(body)};
   body->from = Ref<const ArchiveOrigin>(new ArchiveOrigin(archive, number, nullptr));

@@ -263,6 +263,19 @@ TEST(KeyedArchiver, AValueInPlaceOfAnotherLeavesTheOtherToItsHolders) {
   EXPECT_EQ(utf8(changed[0]), "old");
 }
 
+TEST(KeyedArchiver, WritesAsManyEntriesAsThereAre) {
+  // on both sides of what references of one and of two bytes can name, in "$objects" and outside
+  for (const size_t count : {240U, 250U, 254U, 256U, 65000U, 65533U, 65534U, 65536U, 70000U}) {
+    std::vector<Value> values;
+    for (size_t i = 0; i < count; ++i) values.emplace_back(static_cast<int64_t>(i));
+    const Array array(std::move(values));
+    const ns::Data data = written(array);
+    EXPECT_EQ(readBack(data), Value(array)) << count;
+    EXPECT_EQ(written(readBack(data)), data);
+    EXPECT_EQ(opened(data)->objectCount(), count + 3);
+  }
+}
+
 TEST(KeyedArchiver, WritesWhatStandsBesideTheRoot) {
   const Array shared{1};
   ns::Field list;

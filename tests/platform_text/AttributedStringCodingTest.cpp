@@ -3,6 +3,7 @@
 #include "TextTesting.h"
 #include "platform/archive/KeyedArchiver.h"
 #include "platform/archive/KeyedUnarchiver.h"
+#include "platform/archive/Record.h"
 #include "platform/foundation/Array.h"
 #include "platform/text/Color.h"
 #include "platform/text/TextClasses.h"
@@ -37,6 +38,31 @@ AttributedString thereAndBack(const AttributedString& text) {
   EXPECT_EQ(AttributedString(there(changed.copy().asValue())), read);
   EXPECT_TRUE(coversExactly(read));
   return read;
+}
+
+/// A record of a class, which nothing has checked yet.
+Value recordOf(const char* name, std::vector<std::pair<String, Field>> fields) {
+  return Record(makeClass({name, "NSObject"}), std::move(fields)).asValue();
+}
+
+/// An attributed string with text of four units, attributes and a run list as given; none is left
+/// out.
+Value stored(const Value& attributes, const std::optional<std::string>& runs,
+             const Value& text = "four") {
+  std::vector<std::pair<String, Field>> fields{{"NSString", Field::reference(text)}};
+  if (!attributes.isNone()) fields.emplace_back("NSAttributes", Field::reference(attributes));
+  if (runs) fields.emplace_back("NSAttributeInfo", Field::reference(Value(Data(*runs))));
+  return recordOf("NSAttributedString", std::move(fields));
+}
+
+/// What is wrong with a stored text; "no fault" when it can be read.
+std::string faultOf(const Value& value) {
+  try {
+    EXPECT_EQ(there(value).kind(), Kind::attributedString);
+  } catch (const ArchiveException& exception) {
+    return exception.what();
+  }
+  return "no fault";
 }
 
 Dictionary attributes() {
@@ -97,6 +123,66 @@ TEST(AttributedStringCoding, LoneSurrogatesSurvive) {
   MutableAttributedString text{textOf(units)};
   text.addAttributeValueRange("a", 1, {1, 1});
   EXPECT_EQ(thereAndBack(text.copy()).string().units(), units);
+}
+
+TEST(AttributedStringCoding, RefusesRunsThatDoNotFitTheText) {
+  const Value two(Array{Dictionary{{"a", 1}}, Dictionary()});
+  const std::string start = "keyed archive: object 1: ";
+  EXPECT_EQ(faultOf(stored(two, std::string("\1\0\3\1", 4))), "no fault");
+  // a length of four in two bytes, and a run of nothing
+  EXPECT_EQ(faultOf(stored(two, std::string("\x84\0\0\0\1", 5))), "no fault");
+  EXPECT_EQ(faultOf(stored(two, std::string("\x84\0\0", 3))), "no fault");
+  EXPECT_EQ(faultOf(stored(two, std::string("\0\0\4\1", 4))), "no fault");
+  EXPECT_EQ(faultOf(stored(two, std::string("\4", 1))),
+            start + "the runs of an attributed string break off");
+  EXPECT_EQ(faultOf(stored(two, std::string("\4\x80", 2))),
+            start + "the runs of an attributed string break off");
+  EXPECT_EQ(faultOf(stored(two, std::string(10, '\xFF') + std::string("\1\0", 2))),
+            start + "the runs of an attributed string break off");
+  EXPECT_EQ(faultOf(stored(two, std::string("\4\2", 2))), start + "a run with attributes 2 of 2");
+  EXPECT_EQ(faultOf(stored(two, std::string("\3\0", 2))),
+            start + "the runs of an attributed string cover 3 of 4 units");
+  EXPECT_EQ(faultOf(stored(two, std::string())),
+            start + "the runs of an attributed string cover 0 of 4 units");
+  EXPECT_EQ(faultOf(stored(two, std::string("\3\0\2\1", 4))),
+            start + "the runs of an attributed string are longer than its text");
+  EXPECT_EQ(faultOf(stored(two, std::string("\1\0", 2) + std::string(8, '\xFF') + "\x7F\1")),
+            start + "the runs of an attributed string are longer than its text");
+  // a character outside the basic plane has two units
+  EXPECT_EQ(faultOf(stored(two, std::string("\3\0\1\1", 4), "xx\U0001F33F")), "no fault");
+}
+
+TEST(AttributedStringCoding, RefusesOtherForms) {
+  const Value one(Dictionary{{"a", 1}});
+  const std::string start = "keyed archive: object 1: ";
+  EXPECT_EQ(faultOf(stored(one, std::nullopt)), "no fault");
+  EXPECT_EQ(faultOf(stored(Value(), std::nullopt)), "no fault");
+  EXPECT_EQ(faultOf(recordOf("NSAttributedString", {})),
+            start + "an attributed string without text");
+  EXPECT_EQ(faultOf(stored(one, std::nullopt, 7)), start + "an attributed string without text");
+  EXPECT_EQ(faultOf(recordOf("NSAttributedString", {{"NSString", Field::primitive("inside")}})),
+            start + "an attributed string without text");
+  EXPECT_EQ(faultOf(stored("text", std::nullopt)),
+            start + "the attributes of a text are no dictionary");
+  EXPECT_EQ(faultOf(stored(one, std::string("\4\0", 2))),
+            start + "the attributes of a text are no dictionary");
+  EXPECT_EQ(faultOf(stored(Value(), std::string("\4\0", 2))),
+            start + "an attributed string with runs but without attributes");
+  EXPECT_EQ(faultOf(stored(Value(Array{Dictionary(), "x"}), std::string("\4\0", 2))),
+            start + "the attributes of a run are no dictionary");
+  EXPECT_EQ(faultOf(recordOf("NSAttributedString",
+                             {{"NSString", Field::reference("four")},
+                              {"NSAttributes", Field::reference(Value(Array{Dictionary()}))},
+                              {"NSAttributeInfo", Field::reference(7)}})),
+            start + "the runs of an attributed string are no data");
+}
+
+TEST(AttributedStringCoding, TextInAnOldFormStaysARecord) {
+  const Value text = recordOf("NSMutableString", {{"NS.bytes", Field::primitive(Data("größe"))}});
+  const Value value = there(stored(Value(Dictionary{{"a", 1}}), std::nullopt, text));
+  EXPECT_EQ(value.kind(), Kind::record);
+  EXPECT_EQ(Record(value).valueForKey("NSString").string().utf8(), "größe");
+  EXPECT_EQ(archived(value), archived(there(value)));
 }
 
 TEST(AttributedStringCoding, AttributesSharedBetweenTextsAreWrittenOnce) {

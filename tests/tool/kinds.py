@@ -333,6 +333,8 @@ KINDS = {
     'circle of containers': circle_of_containers,
     'rich text': lambda: attributed('plain', {'NSFont': font()}),
     'rich text without attributes': lambda: attributed('none', {}),
+    'rich text of an old form': lambda: attributed(Instance(MUTABLE_STRING, {
+        'NS.bytes': 'größe $null'.encode()}), (3, {'NSFont': font()}), (8, {})),
     'empty rich text': lambda: attributed(''), 'runs': rich_runs, 'long runs': long_runs,
     'mutable rich text': lambda: rich_runs(MUTABLE_ATTRIBUTED),
     'text storage': lambda: rich_runs(TEXT_STORAGE), 'every attribute': every_attribute,
