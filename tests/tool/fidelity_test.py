@@ -24,6 +24,50 @@ TOOL = sys.argv[1]
 KEYWORDS = ['n', 'größe, $null']
 
 
+class Comparing(unittest.TestCase):
+    """The comparison sees what it is for."""
+
+    def test_differences(self):
+        shared, style = mutable_string('x'), {'a': 1, 'b': archives.Single(0.5)}
+        gone = Instance('ZZGone')
+
+        def made(value, **more):
+            return document(node({'documentProperties': properties(['k']), 'value': value}), **more)
+
+        def thing(fields=None, chain=('ZZ', 'NSObject'), **more):
+            return Instance(chain, fields or style, **more)
+        pairs = {
+            'width of a real': (thing(), thing({'a': 1, 'b': 0.5})),
+            'width of an integer': (thing(), thing({**style, 'a': archives.Wide(1)})),
+            'kind': (thing(), thing({**style, 'a': True})),
+            'order of keys': (thing(), thing(dict(reversed(style.items())))),
+            'key more': (thing(), thing({**style, 'c': NIL})),
+            'chain': (thing(), thing(chain=('ZZ', '%ZZ', 'NSObject'))),
+            'no chain': (thing(), thing(has_chain=False)),
+            'substitutes': (thing(), thing(hints=['NSString'])),
+            'split': ([shared, shared], [shared, mutable_string('x')]),
+            'merged': ([shared, mutable_string('x')], [shared, shared]),
+            'null': (thing({'a': NIL}), thing({'a': archives.Conditional(gone)})),
+            'null apart': (thing({'a': archives.Conditional(gone), 'b': archives.Conditional(gone)}),
+                           thing({'a': archives.Conditional(gone),
+                                  'b': archives.Conditional(Instance('ZZGone'))})),
+            'inline': (thing({'a': 'x'}), thing({'a': ref('x')})),
+            'order of entries': ({'a': 1, 'b': 2}, {'b': 2, 'a': 1}),
+            'not escaped': ('a $null', 'a $null'), 'escaped twice': ('$null x', '\\\\$null x'),
+            'mutable': (mutable_string('x'), 'x'), 'sign of zero': (0.0, -0.0),
+        }
+        for name, (one, other) in pairs.items():
+            with self.subTest(name):
+                with self.assertRaises(Difference):
+                    compared(made(one), made(other), ['k'])
+        compared(made('a $null'), made('a \\$null'), ['k'])
+        compared(made(thing()), made(thing()), ['k'])
+        compared(made(['x', Value('x')]), made(['x', 'x']), ['k'])
+        for keywords, more in ((['l'], {}), (['k'], {'version': 1})):
+            with self.assertRaises(Difference):
+                compared(made('x'), made('x', **more), keywords)
+
+
 class Fidelity(unittest.TestCase):
     def setUp(self):
         self.folder = tempfile.mkdtemp()
@@ -257,6 +301,7 @@ class Fidelity(unittest.TestCase):
             [node({'title': rich, 'list': [rich, '$null']}, version=n % 3) for n in range(50)]))
         after = Archive(self.write_twice(before))
         self.assertEqual(after.count('NSAttributedString'), 1)
+        self.assertNotIn('.HelveticaNeueDeskUI', after.objects)
         self.assertLessEqual(after.count('NSFont'), 1)
 
 
