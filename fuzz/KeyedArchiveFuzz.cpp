@@ -97,12 +97,17 @@ void decodeEverything(const ns::KeyedArchive& archive) {
   }
 }
 
-/// The archive of the root of an archive; empty when the data is none.
+/// The archive of the root of an archive, and of what stands beside it.
 ns::Data archivedAgain(const ns::Data& data) {
-  const std::shared_ptr<ns::KeyedArchive> archive = ns::KeyedArchive::open(data, classes());
+  const std::shared_ptr<ns::KeyedArchive> archive =
+      ns::KeyedArchive::open(data, classes(), ns::KeyedArchive::Root::optional);
   const ns::Value root = ns::KeyedUnarchiver::unarchiveObject(archive, archive->root());
   decodeEverything(*archive);
-  return ns::KeyedArchiver::archivedDataWithRootObject(root);
+  ns::Fields others;
+  for (const auto& [key, entry] : archive->otherTopEntries()) {
+    others.emplace_back(key, ns::archivedField(archive, entry));
+  }
+  return ns::KeyedArchiver::archivedDataWithRootObject(root, others);
 }
 
 }  // namespace
