@@ -22,6 +22,12 @@ bool holdsMarker(const ns::StoredText& text) {
   return false;
 }
 
+/// Whether a value is a font that may not stand in a document.
+bool isPrivateFont(const ns::Value& value) {
+  const auto font = ns::Font::fromValue(value);
+  return font && !isFamilyNameSuitableForUserDocuments(font->familyName());
+}
+
 class NodeDataTransform final : public ns::ValueTransform {
  public:
   NodeDataTransform(bool unescapes, bool escapes) : unescapes_(unescapes), escapes_(escapes) {}
@@ -48,21 +54,18 @@ class NodeDataTransform final : public ns::ValueTransform {
       const ns::KeyedArchive::Entry entry = archive.entry(number);
       if (entry.kind != ns::KeyedArchive::EntryKind::instance) continue;
       if (archive.record(number, entry.object).archivedClass->kind() != ns::Kind::font) continue;
-      const auto font = ns::Font::fromValue(archive.value(number));
-      if (font && ns::isInterfaceFontName(font->fontName())) return true;
+      if (isPrivateFont(archive.value(number))) return true;
     }
     return false;
   }
 
   [[nodiscard]] ns::Value attributedString(const ns::Value& value) const override {
     const ns::AttributedString text(value);
-    bool hasInterfaceFont = false;
-    for (size_t run = 0; run < text.runCount() && !hasInterfaceFont; ++run) {
-      const auto font =
-          ns::Font::fromValue(text.runAttributes(run).objectForKey(ns::kFontAttributeName));
-      hasInterfaceFont = font && ns::isInterfaceFontName(font->fontName());
+    bool hasPrivateFont = false;
+    for (size_t run = 0; run < text.runCount() && !hasPrivateFont; ++run) {
+      hasPrivateFont = isPrivateFont(text.runAttributes(run).objectForKey(ns::kFontAttributeName));
     }
-    if (!hasInterfaceFont) return value;
+    if (!hasPrivateFont) return value;
     ns::MutableAttributedString fixed(text);
     fixFontAttributes_suitableForDocumentInRange(fixed, {0, text.length()});
     const ns::Value result = fixed.copy().asValue();

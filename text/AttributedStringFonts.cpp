@@ -112,9 +112,7 @@ void fixFontAttributes_suitableForDocumentInRange(ns::MutableAttributedString& t
     const ns::Value value = text.attributedString().attributeAtIndexLongestEffectiveRangeInRange(
         ns::kFontAttributeName, rest.location, &run, rest);
     const std::optional<ns::Font> font = ns::Font::fromValue(value);
-    // only an interface font's family can be unsuitable, so others are not looked up
-    if (font && ns::isInterfaceFontName(font->fontName()) &&
-        !isFamilyNameSuitableForUserDocuments(font->familyName())) {
+    if (font && !isFamilyNameSuitableForUserDocuments(font->familyName())) {
       const auto name = replacementFor(*font, text.string().substring(run));
       if (name) setFont(text, replacements.fontFor(*font, *name), *name, run);
     }

@@ -39,7 +39,7 @@ ns::AttributedString coloredAttributedString(const ns::AttributedString& text,
 /// Options of comparing strings; may be combined with |.
 enum StringCompareOptions : uint64_t {
   kCaseInsensitiveSearch = 1,  ///< by the simple case mapping of each character
-  kLiteralSearch = 2,          ///< unit by unit: also right before a combining mark
+  kLiteralSearch = 2,          ///< unit by unit: also inside a character and before its marks
   kBackwardsSearch = 4,
   kAnchoredSearch = 8,  ///< only at the end of what is left to search
 };
@@ -47,8 +47,8 @@ enum StringCompareOptions : uint64_t {
 /// -attributedStringByReplacingOccurrencesOfString:withString:options:range:  Searches for the
 /// target backwards, whatever the options say, in the unchanged text of the range; what replaces
 /// an occurrence takes the attributes of its first character.  Without kLiteralSearch an
-/// occurrence does not end before a combining mark, which belongs to its last character.  An empty
-/// target occurs nowhere.
+/// occurrence does not end before a combining mark or a joiner, which belong to its last character,
+/// and does not divide a pair of surrogates.  An empty target occurs nowhere.
 ///
 /// Raises RangeException when the range reaches past the end, InvalidArgumentException for other
 /// options.  Linear in the text.

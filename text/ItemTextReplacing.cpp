@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "platform/foundation/Exception.h"
+#include "platform/text/LinkTables.h"
 #include "text/ItemText.h"
 
 namespace tavlin {
@@ -15,19 +16,20 @@ namespace {
 constexpr uint64_t kKnownOptions =
     kCaseInsensitiveSearch | kLiteralSearch | kBackwardsSearch | kAnchoredSearch;
 
-/// Marks that belong to the character before them.
-constexpr struct {
-  char16_t first;
-  char16_t last;
-} kCombiningMarks[] = {{0x0300, 0x036F}, {0x0483, 0x0489}, {0x0591, 0x05BD}, {0x064B, 0x065F},
-                       {0x1AB0, 0x1AFF}, {0x1DC0, 0x1DFF}, {0x200D, 0x200D}, {0x20D0, 0x20FF},
-                       {0x3099, 0x309A}, {0xFE00, 0xFE0F}, {0xFE20, 0xFE2F}};
+bool isHighSurrogate(char16_t unit) { return (unit & 0xFC00) == 0xD800; }
+bool isLowSurrogate(char16_t unit) { return (unit & 0xFC00) == 0xDC00; }
 
-bool isCombiningMark(char16_t unit) {
-  for (const auto& marks : kCombiningMarks) {
-    if (unit >= marks.first && unit <= marks.last) return true;
-  }
-  return false;
+/// Whether a stretch of a text begins or ends inside a character: between its two units, or before
+/// a mark or a joiner that belongs to it.
+bool dividesACharacter(const std::u16string& text, ns::Range stretch) {
+  const auto dividesPair = [&](size_t at) {
+    return at > 0 && at < text.size() && isHighSurrogate(text[at - 1]) && isLowSurrogate(text[at]);
+  };
+  if (dividesPair(stretch.location) || dividesPair(stretch.end())) return true;
+  if (stretch.end() == text.size()) return false;
+  const char32_t next = ns::codePointAt(text, stretch.end()).value;
+  constexpr char32_t kJoiner = 0x200D;
+  return next == kJoiner || ns::linkCharacter(next).isMark();
 }
 
 /// The text in lower case, unit for unit: a character keeps its case where the other one would
@@ -77,9 +79,7 @@ std::vector<ns::Range> occurrences(const std::u16string& text, std::u16string ta
     if (text[at] == target[agree]) ++agree;
     if ((options & kAnchoredSearch) != 0 && end - at >= length && agree < length) break;
     if (agree < length) continue;
-    const bool endsInsideCharacter = (options & kLiteralSearch) == 0 && at + length < text.size() &&
-                                     isCombiningMark(text[at + length]);
-    if (endsInsideCharacter) {
+    if ((options & kLiteralSearch) == 0 && dividesACharacter(text, {at, length})) {
       if ((options & kAnchoredSearch) != 0) break;
       agree = left[agree - 1];
       continue;

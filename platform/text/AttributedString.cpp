@@ -1,6 +1,8 @@
 #include "platform/text/AttributedString.h"
 
 #include <algorithm>
+#include <compare>
+#include <set>
 
 #include "platform/foundation/Exception.h"
 #include "platform/text/AttributedStringBody.h"
@@ -8,6 +10,88 @@
 namespace ns {
 
 namespace {
+
+/// The comparison that is going on, of texts whose attributes may hold other texts.  A pair met
+/// once is taken for equal when met again: if it is not, what holds it is not equal either.  That
+/// ends circles and keeps shared texts from being compared over and over.
+class Comparison {
+ public:
+  static Comparison& current() {
+    static thread_local Comparison comparison;
+    return comparison;
+  }
+
+  /// Whether two texts of the same characters have equal attributes.
+  bool areEqual(const AttributedStringBody& a, const AttributedStringBody& b) {
+    if (depth_ >= kDeepest) return false;
+    const Pair pair(Identity::of(a), Identity::of(b));
+    if (!pairs_.insert(pair).second) return true;
+    const size_t before = met_.size();
+    met_.push_back({pair, Ref<const ValueBody>(&a), Ref<const ValueBody>(&b)});
+    const Level level(*this);
+    const bool areEqual = haveEqualAttributes(a, b);
+    if (!areEqual) forget(before);
+    return areEqual;
+  }
+
+ private:
+  /// A text in an archive may have a new body each time it is reached.
+  struct Identity {
+    const void* place;
+    uint32_t number;  // in an archive
+    static Identity of(const AttributedStringBody& body) {
+      if (body.from) return {body.from->archive().get(), body.from->number()};
+      return {&body, 0};
+    }
+    auto operator<=>(const Identity&) const = default;
+  };
+  using Pair = std::pair<Identity, Identity>;
+  struct Met {
+    Pair pair;
+    // held, so that no address stands for two texts
+    Ref<const ValueBody> a;
+    Ref<const ValueBody> b;
+  };
+
+  // texts nested deeper than this are equal only when they are the same
+  static constexpr int kDeepest = 100;
+
+  /// The outermost level ends the comparison, however it is left.
+  class Level {
+   public:
+    explicit Level(Comparison& comparison) : comparison_(comparison) { ++comparison_.depth_; }
+    Level(const Level&) = delete;
+    Level& operator=(const Level&) = delete;
+    ~Level() {
+      if (--comparison_.depth_ == 0) comparison_.forget(0);
+    }
+
+   private:
+    Comparison& comparison_;
+  };
+
+  static bool haveEqualAttributes(const AttributedStringBody& a, const AttributedStringBody& b) {
+    for (size_t i = 0, j = 0; i < a.runs.size() && j < b.runs.size();) {
+      if (!(a.attributesOf(i) == b.attributesOf(j))) return false;
+      const size_t aEnd = a.runEnd(i);
+      const size_t bEnd = b.runEnd(j);
+      if (aEnd <= bEnd) ++i;
+      if (bEnd <= aEnd) ++j;
+    }
+    return true;
+  }
+
+  /// What was taken for equal inside texts that are not: a key that differs is no reason for the
+  /// dictionaries to differ.
+  void forget(size_t from) {
+    for (size_t at = from; at < met_.size(); ++at) pairs_.erase(met_[at].pair);
+    met_.erase(met_.begin() + static_cast<std::ptrdiff_t>(from), met_.end());
+  }
+
+  int depth_ = 0;
+  std::set<Pair> pairs_;
+  std::vector<Met> met_;  // the pairs in order
+};
 
 void checkIndex(size_t index, size_t length) {
   if (index < length) return;
@@ -58,20 +142,7 @@ bool AttributedStringBody::isEqual(const ValueBody& other) const {
     return true;
   }
   if (!(text == that.text)) return false;
-  // attributes that hold text that holds the attributes: equal only if the same
-  constexpr int kDeepest = 100;
-  static thread_local int depth = 0;
-  if (depth >= kDeepest) return false;
-  ++depth;
-  bool equal = true;
-  for (size_t i = 0, j = 0; equal && i < runs.size() && j < that.runs.size();) {
-    equal = attributesOf(i) == that.attributesOf(j);
-    const size_t end = std::min(runEnd(i), that.runEnd(j));
-    if (runEnd(i) == end) ++i;
-    if (that.runEnd(j) == end) ++j;
-  }
-  --depth;
-  return equal;
+  return Comparison::current().areEqual(*this, that);
 }
 
 AttributedString::AttributedString() : AttributedString(String()) {}

@@ -55,7 +55,8 @@ class AttributedString {
 
   /// Raises RangeException when the range reaches past the end.
   [[nodiscard]] AttributedString attributedSubstringFromRange(Range range) const;
-  /// Equal text and, unit by unit, equal attributes.
+  /// Equal text and, unit by unit, equal attributes.  Attributes may hold text that holds text and
+  /// so on, also in circles; from the hundredth level on, only the very same text counts as equal.
   [[nodiscard]] bool isEqualToAttributedString(const AttributedString& other) const;
   bool operator==(const AttributedString& other) const { return isEqualToAttributedString(other); }
 

@@ -1,5 +1,9 @@
 #include "platform/text/Font.h"
 
+#include <algorithm>
+#include <iterator>
+#include <string_view>
+
 #include "platform/text/FontSource.h"
 
 namespace ns {
@@ -9,35 +13,69 @@ namespace {
 // Chosen by name, without a matrix: what every named font carries in archives.
 constexpr int64_t kFlagsOfNamedFont = 16;
 
-struct InterfaceFamily {
-  const char* prefix;  // of the font name
+struct KnownFamily {
+  std::string_view font;  // the font name up to its first hyphen
   const char* family;
 };
 
-constexpr InterfaceFamily kInterfaceFamilies[] = {
+// Families that need no look at the machine's fonts, which would take longer than reading a whole
+// document: fonts that most documents are made of, and the interface's.  Sorted by name.
+constexpr KnownFamily kKnownFamilies[] = {
     {".HelveticaNeueDeskUI", ".Helvetica Neue Desk UI"},
     {".LucidaGrandeUI", ".Lucida Grande UI"},
+    {"AmericanTypewriter", "American Typewriter"},
     {"AquaKana", ".Aqua Kana"},
+    {"Arial", "Arial"},
+    {"ArialMT", "Arial"},
+    {"Avenir", "Avenir"},
+    {"AvenirNext", "Avenir Next"},
+    {"Baskerville", "Baskerville"},
+    {"Courier", "Courier"},
+    {"CourierNewPS", "Courier New"},
+    {"CourierNewPSMT", "Courier New"},
+    {"Futura", "Futura"},
+    {"Geneva", "Geneva"},
+    {"Georgia", "Georgia"},
+    {"GillSans", "Gill Sans"},
+    {"Helvetica", "Helvetica"},
+    {"HelveticaNeue", "Helvetica Neue"},
+    {"HiraKakuPro", "Hiragino Kaku Gothic Pro"},
+    {"HiraKakuProN", "Hiragino Kaku Gothic ProN"},
+    {"HiraMinPro", "Hiragino Mincho Pro"},
+    {"HiraMinProN", "Hiragino Mincho ProN"},
+    {"HiraginoSans", "Hiragino Sans"},
+    {"LastResort", ".LastResort"},
+    {"LucidaGrande", "Lucida Grande"},
+    {"Menlo", "Menlo"},
+    {"Monaco", "Monaco"},
+    {"Optima", "Optima"},
+    {"Osaka", "Osaka"},
+    {"Palatino", "Palatino"},
+    {"SFMono", "SF Mono"},
+    {"Times", "Times"},
+    {"TimesNewRomanPS", "Times New Roman"},
+    {"TimesNewRomanPSMT", "Times New Roman"},
+    {"TrebuchetMS", "Trebuchet MS"},
+    {"Verdana", "Verdana"},
 };
 
-/// The family of a name that is the prefix, or the prefix and a face.
-std::optional<String> interfaceFamily(const String& name) {
-  for (const InterfaceFamily& known : kInterfaceFamilies) {
-    const String prefix(known.prefix);
-    if (!name.hasPrefix(prefix)) continue;
-    if (name.length() == prefix.length() || name.at(prefix.length()) == u'-') {
-      return String(known.family);
-    }
-  }
-  return std::nullopt;
+/// A font name without its face.
+String withoutFace(const String& name) {
+  const size_t hyphen = name.find("-");
+  return hyphen == kNotFound ? name : name.substring({0, hyphen});
+}
+
+/// The family that fonts of a name, without its face, are known to have.
+std::optional<String> knownFamily(const String& name) {
+  if (!name.isAscii()) return std::nullopt;
+  const auto* found = std::lower_bound(
+      std::begin(kKnownFamilies), std::end(kKnownFamilies), name.ascii(),
+      [](const KnownFamily& known, std::string_view wanted) { return known.font < wanted; });
+  if (found == std::end(kKnownFamilies) || found->font != name.ascii()) return std::nullopt;
+  return String(found->family);
 }
 
 }  // namespace
-
-bool isInterfaceFontName(const String& name) {
-  if (!name.empty() && name.at(0) == u'.') return true;
-  return interfaceFamily(name).has_value();
-}
 
 std::optional<Font> Font::fromValue(const Value& value) {
   if (value.kind() != Kind::font) return std::nullopt;
@@ -66,14 +104,9 @@ Font Font::systemFontOfSize(double pointSize) {
 double Font::pointSize() const { return record_.valueForKey("NSSize").doubleValue(); }
 
 String Font::familyName() const {
-  if (const std::optional<String> known = interfaceFamily(name_)) return *known;
-  const size_t hyphen = name_.find("-");
-  // a private font is not looked for: its family begins like its name
-  if (isInterfaceFontName(name_)) {
-    return hyphen == kNotFound ? name_ : name_.substring({0, hyphen});
-  }
-  if (const FontFace* face = FontSource::shared().faceNamed(name_)) return face->familyName;
-  return hyphen == kNotFound ? name_ : name_.substring({0, hyphen});
+  const String start = withoutFace(name_);
+  if (const auto known = knownFamily(start)) return *known;
+  return FontSource::shared().familyNameOfFont(name_).value_or(start);
 }
 
 Font Font::withName(const String& postScriptName) const {

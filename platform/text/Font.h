@@ -32,8 +32,9 @@ class Font {
   [[nodiscard]] String fontName() const { return name_; }
   /// In points.
   [[nodiscard]] double pointSize() const;
-  /// The family: that of the installed font of this name; else, of an interface font, the one
-  /// known to belong to the name; else the name up to its first hyphen.
+  /// The family: of the fonts that most documents are made of the one known to belong to the name,
+  /// which costs a look into a table; else that of the installed font of this name; else the name
+  /// up to its first hyphen.  A family that begins with a full stop is the interface's own.
   [[nodiscard]] String familyName() const;
 
   /// The same record with another name: the size keeps its stored form, and everything that
@@ -48,9 +49,5 @@ class Font {
   Record record_;
   String name_;
 };
-
-/// Whether a font name is that of a private interface font of the desktop platform: one that
-/// begins with a full stop, or a face of the interface's kana font.
-bool isInterfaceFontName(const String& postScriptName);
 
 }  // namespace ns

@@ -11,16 +11,25 @@ const FontSource*& override() {
 
 }  // namespace
 
-const FontFace* FontList::faceNamed(const String& postScriptName) const {
-  for (const FontFace& face : faces_) {
-    if (face.postScriptName == postScriptName) return &face;
+FontList::FontList(std::vector<FontFace> faces) : faces_(std::move(faces)) {
+  for (size_t place = 0; place < faces_.size(); ++place) {
+    places_.try_emplace(faces_[place].postScriptName, place);
   }
-  return nullptr;
+}
+
+const FontFace* FontList::faceNamed(const String& postScriptName) const {
+  const auto found = places_.find(postScriptName);
+  return found == places_.end() ? nullptr : &faces_[found->second];
+}
+
+std::optional<String> FontList::familyNameOfFont(const String& postScriptName) const {
+  const FontFace* face = faceNamed(postScriptName);
+  return face ? std::optional(face->familyName) : std::nullopt;
 }
 
 const FontSource& FontSource::shared() {
   if (override()) return *override();
-  static const FontSource* const installed = new FontList(installedFontFaces());
+  static const FontSource* const installed = installedFonts().release();
   return *installed;
 }
 

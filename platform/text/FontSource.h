@@ -1,6 +1,8 @@
 #pragma once
 
 #include <memory>
+#include <optional>
+#include <unordered_map>
 #include <vector>
 
 #include "platform/foundation/CharacterSet.h"
@@ -22,6 +24,9 @@ class FontSource {
  public:
   virtual ~FontSource() = default;
 
+  /// The family of a PostScript name, or none.  Costs no look at what characters fonts have.
+  [[nodiscard]] virtual std::optional<String> familyNameOfFont(
+      const String& postScriptName) const = 0;
   /// The face of a PostScript name, or none; valid while the source lives.
   [[nodiscard]] virtual const FontFace* faceNamed(const String& postScriptName) const = 0;
   /// All faces, the ones that suit general text best first, always in the same order.
@@ -43,18 +48,23 @@ class FontSource {
   };
 };
 
-/// A source over a list of faces, for tests and for machines without a font service.
+/// A source over a list of faces, for tests and for machines without a font service.  Of faces
+/// with the same PostScript name the first counts.
 class FontList : public FontSource {
  public:
-  explicit FontList(std::vector<FontFace> faces) : faces_(std::move(faces)) {}
+  explicit FontList(std::vector<FontFace> faces);
+  [[nodiscard]] std::optional<String> familyNameOfFont(const String& postScriptName) const override;
   [[nodiscard]] const FontFace* faceNamed(const String& postScriptName) const override;
   [[nodiscard]] const std::vector<FontFace>& faces() const override { return faces_; }
 
  private:
   std::vector<FontFace> faces_;
+  std::unordered_map<String, size_t> places_;
 };
 
-/// The fonts that Fontconfig knows, asked now.  Without Fontconfig, or without fonts, none.
-std::vector<FontFace> installedFontFaces();
+/// The fonts that Fontconfig knows now; none without Fontconfig.  Faces come in the order of its
+/// preference.  Characters that draw nothing (controls, joiners, marks of direction, ends of
+/// lines, the place of an attachment) and unpaired surrogates count as covered by every face.
+std::unique_ptr<FontSource> installedFonts();
 
 }  // namespace ns

@@ -58,8 +58,15 @@ String text(const Fontconfig& fc, FcPattern* pattern, const char* property) {
   return String(std::string_view(reinterpret_cast<const char*>(found)));
 }
 
+/// Characters that draw nothing, and halves of characters.  Few fonts list them, and no text needs
+/// a font that does.
+constexpr CharacterSet::Interval kInvisible[] = {
+    {0x00, 0x1F},     {0x7F, 0x9F},     {0xAD, 0xAD},     {0x200B, 0x200F}, {0x2028, 0x202E},
+    {0x2060, 0x206F}, {0xD800, 0xDFFF}, {0xFE00, 0xFE0F}, {0xFEFF, 0xFEFF}, {0xFFFC, 0xFFFC}};
+
 CharacterSet coverage(const Fontconfig& fc, FcPattern* pattern) {
   CharacterSet set;
+  for (const CharacterSet::Interval& interval : kInvisible) set.addInterval(interval);
   FcCharSet* charset = nullptr;
   if (fc.getCharSet(pattern, FC_CHARSET, 0, &charset) != FcResultMatch) return set;
   std::array<FcChar32, FC_CHARSET_MAP_SIZE> map{};
@@ -78,32 +85,72 @@ CharacterSet coverage(const Fontconfig& fc, FcPattern* pattern) {
   return set;
 }
 
+/// The machine's fonts.  Names are read at once, characters when somebody asks for a face.
+class InstalledFonts : public FontSource {
+ public:
+  explicit InstalledFonts(void* library) : fc_(library) {
+    if (fc_.isComplete) config_ = fc_.init();
+    if (!config_) return;
+    FcPattern* wanted = fc_.createPattern();
+    fc_.substitute(config_, wanted, FcMatchPattern);
+    fc_.substituteDefaults(wanted);
+    FcResult result = FcResultMatch;
+    sorted_ = fc_.sort(config_, wanted, FcFalse, nullptr, &result);
+    fc_.destroyPattern(wanted);
+    for (int i = 0; sorted_ && i < sorted_->nfont; ++i) {
+      FcPattern* font = sorted_->fonts[i];
+      FcBool isScalable = FcFalse;
+      if (fc_.getBool(font, FC_SCALABLE, 0, &isScalable) == FcResultMatch && !isScalable) continue;
+      const String name = text(fc_, font, FC_POSTSCRIPT_NAME);
+      if (name.empty()) continue;
+      fonts_.push_back(font);
+      families_.try_emplace(name, text(fc_, font, FC_FAMILY));
+    }
+  }
+  ~InstalledFonts() override {
+    if (sorted_) fc_.destroySet(sorted_);
+    if (config_) fc_.destroyConfig(config_);
+  }
+  InstalledFonts(const InstalledFonts&) = delete;
+  InstalledFonts& operator=(const InstalledFonts&) = delete;
+
+  [[nodiscard]] std::optional<String> familyNameOfFont(
+      const String& postScriptName) const override {
+    const auto found = families_.find(postScriptName);
+    return found == families_.end() ? std::nullopt : std::optional(found->second);
+  }
+  [[nodiscard]] const FontFace* faceNamed(const String& postScriptName) const override {
+    return families_.count(postScriptName) > 0 ? list().faceNamed(postScriptName) : nullptr;
+  }
+  [[nodiscard]] const std::vector<FontFace>& faces() const override { return list().faces(); }
+
+ private:
+  [[nodiscard]] const FontList& list() const {
+    if (!list_) {
+      std::vector<FontFace> faces;
+      for (FcPattern* font : fonts_) {
+        faces.push_back({text(fc_, font, FC_POSTSCRIPT_NAME), text(fc_, font, FC_FAMILY),
+                         text(fc_, font, FC_STYLE), coverage(fc_, font)});
+      }
+      list_.emplace(std::move(faces));
+    }
+    return *list_;
+  }
+
+  Fontconfig fc_;
+  FcConfig* config_ = nullptr;
+  FcFontSet* sorted_ = nullptr;
+  std::vector<FcPattern*> fonts_;  // of the sorted set
+  std::unordered_map<String, String> families_;
+  mutable std::optional<FontList> list_;
+};
+
 }  // namespace
 
-std::vector<FontFace> installedFontFaces() {
-  std::vector<FontFace> faces;
+std::unique_ptr<FontSource> installedFonts() {
   void* library = dlopen("libfontconfig.so.1", RTLD_NOW | RTLD_LOCAL);
-  if (!library) return faces;
-  const Fontconfig fc(library);
-  FcConfig* config = fc.isComplete ? fc.init() : nullptr;
-  if (!config) return faces;
-  FcPattern* wanted = fc.createPattern();
-  fc.substitute(config, wanted, FcMatchPattern);
-  fc.substituteDefaults(wanted);
-  FcResult result = FcResultMatch;
-  FcFontSet* sorted = fc.sort(config, wanted, FcFalse, nullptr, &result);
-  for (int i = 0; sorted && i < sorted->nfont; ++i) {
-    FcPattern* font = sorted->fonts[i];
-    FcBool isScalable = FcFalse;
-    if (fc.getBool(font, FC_SCALABLE, 0, &isScalable) == FcResultMatch && !isScalable) continue;
-    FontFace face{text(fc, font, FC_POSTSCRIPT_NAME), text(fc, font, FC_FAMILY),
-                  text(fc, font, FC_STYLE), coverage(fc, font)};
-    if (!face.postScriptName.empty()) faces.push_back(std::move(face));
-  }
-  if (sorted) fc.destroySet(sorted);
-  fc.destroyPattern(wanted);
-  fc.destroyConfig(config);
-  return faces;
+  if (!library) return std::make_unique<FontList>(std::vector<FontFace>());
+  return std::make_unique<InstalledFonts>(library);
 }
 
 }  // namespace ns

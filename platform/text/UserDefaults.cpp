@@ -1,7 +1,9 @@
 #include "platform/text/UserDefaults.h"
 
 #include <sys/stat.h>
+#include <time.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdlib>
 #include <filesystem>
@@ -40,8 +42,8 @@ const ClassRegistry& textClasses() {
   return *classes;
 }
 
-Dictionary read(const std::string& path) {
-  const Value list = propertyListFromData(readFile(path));
+Dictionary valuesIn(const Data& file, const std::string& path) {
+  const Value list = propertyListFromData(file);
   if (!list.isDictionary()) throw ArchiveException(path + ": the preferences are no dictionary");
   return list.dictionary();
 }
@@ -68,6 +70,9 @@ void makeFolderOf(const std::string& path) {
     if (stat(made.c_str(), &status) != 0) throw FileException("mkdir", made.string(), error);
   }
 }
+
+// How long times of files may stand still: some file systems count in twos of seconds.
+constexpr int64_t kUnsettled = 2'500'000'000;
 
 int64_t nanoseconds(const timespec& time) {
   return int64_t{time.tv_sec} * 1'000'000'000 + time.tv_nsec;
@@ -109,14 +114,27 @@ UserDefaults::Stamp UserDefaults::stamp() const {
 void UserDefaults::refresh() {
   const Stamp now = stamp();
   if (seen_ == now) return;
-  seen_ = now;
-  unarchived_.clear();
-  values_ = Dictionary();
-  if (!now.exists) return;
+  timespec clock{};
+  clock_gettime(CLOCK_REALTIME, &clock);
+  // A file may change again without its times changing, so soon after a change the times prove
+  // nothing and the file is read again.
+  const bool isSettled = nanoseconds(clock) - std::max(now.modified, now.changed) > kUnsettled;
+  seen_ = isSettled || !now.exists ? std::optional(now) : std::nullopt;
+  std::optional<Data> file;
   try {
-    values_ = read(path_);
+    if (now.exists) file = readFile(path_);
   } catch (const Exception&) {
     // preferences that cannot be read count as none
+  }
+  if (file && file_ && file->view() == file_->view()) return;
+  file_ = file;
+  unarchived_.clear();
+  values_ = Dictionary();
+  if (!file) return;
+  try {
+    values_ = valuesIn(*file, path_);
+  } catch (const Exception&) {
+    // the same of preferences that are no property list
   }
 }
 
@@ -139,7 +157,7 @@ void UserDefaults::setValueForKeyPath(const Value& value, const String& keyPath)
   const std::optional<String> key = keyOf(keyPath);
   if (!key) throw InvalidArgumentException("no key path of a preference: " + keyPath.utf8());
   Dictionary values;
-  if (stamp().exists) values = read(path_);
+  if (stamp().exists) values = valuesIn(readFile(path_), path_);
   values.setObjectForKey(value, Value(*key));
   const Data data = dataFromPropertyList(Value(values));
   makeFolderOf(path_);

@@ -5,6 +5,7 @@
 #include <string>
 #include <unordered_map>
 
+#include "platform/foundation/Data.h"
 #include "platform/foundation/Dictionary.h"
 
 namespace ns {
@@ -15,8 +16,9 @@ namespace ns {
 /// the list.  A font or a colour is data that holds it archived, in a keyed archive or in one of
 /// the platform's older ones without keys.
 ///
-/// The file is read when somebody asks and again when it has changed since, which costs a
-/// stat(2) each time.  Reading raises nothing: what is missing or cannot be read is none.
+/// The file is read when somebody asks and again when it may have changed since: that costs a
+/// stat(2) each time, and for moments after a change reading it.  Reading raises nothing: what is
+/// missing or cannot be read is none.
 class UserDefaults {
  public:
   /// The preferences in a file, which need not exist.
@@ -77,7 +79,8 @@ class UserDefaults {
   void refresh();
 
   const std::string path_;
-  std::optional<Stamp> seen_;
+  std::optional<Stamp> seen_;  ///< none where it could stand for two versions
+  std::optional<Data> file_;   ///< what was read
   Dictionary values_;
   std::unordered_map<String, Value> unarchived_;
 };

@@ -24,12 +24,6 @@ Workspace*& override() {
   return workspace;
 }
 
-std::string userFile() {
-  const char* const set = std::getenv("XDG_DATA_HOME");
-  const std::string folder = set && *set == '/' ? set : expandTildeInPath("~/.local/share");
-  return folder + "/tavlin/types.plist";
-}
-
 String lowerCase(const String& text) {
   std::u16string units = text.units();
   for (char16_t& unit : units) {
@@ -58,10 +52,16 @@ void addMissing(std::vector<String>& list, const String& text) {
 
 Workspace::Workspace(std::vector<std::string> files) : files_(std::move(files)) {}
 
+std::string Workspace::userTypesPath() {
+  const char* const set = std::getenv("XDG_DATA_HOME");
+  const std::string folder = set && *set == '/' ? set : expandTildeInPath("~/.local/share");
+  return folder + "/tavlin/types.plist";
+}
+
 Workspace& Workspace::shared() {
   if (override()) return *override();
   static Workspace* const workspace =
-      new Workspace({Bundle::mainBundle().resourcePath() + "/types.plist", userFile()});
+      new Workspace({Bundle::mainBundle().resourcePath() + "/types.plist", userTypesPath()});
   return *workspace;
 }
 
@@ -86,7 +86,10 @@ void Workspace::readOnce() {
 }
 
 void Workspace::read(const std::string& file) {
-  const Dictionary list = propertyListFromData(readFile(file)).dictionary();
+  const Value content = propertyListFromData(readFile(file));
+  if (!content.isDictionary())
+    throw ArchiveException("the declarations of types are no dictionary");
+  const Dictionary list = content.dictionary();
   for (const char* key : {"UTExportedTypeDeclarations", "UTImportedTypeDeclarations"}) {
     for (const Value& each : list.objectForKey(key).array()) declare(each.dictionary());
   }
@@ -95,7 +98,8 @@ void Workspace::read(const std::string& file) {
 void Workspace::declare(const Dictionary& declaration) {
   const String identifier = declaration.objectForKey("UTTypeIdentifier").string();
   if (identifier.empty()) return;
-  Type& type = types_[identifier];
+  Type& type = types_[lowerCase(identifier)];
+  if (type.identifier.empty()) type.identifier = identifier;
   for (const String& each : strings(declaration.objectForKey("UTTypeConformsTo"))) {
     addMissing(type.conformsTo, each);
   }
@@ -103,13 +107,13 @@ void Workspace::declare(const Dictionary& declaration) {
   for (const String& each : strings(tags.objectForKey("public.filename-extension"))) {
     if (each.empty()) continue;
     addMissing(type.extensions, each);
-    addMissing(byExtension_[lowerCase(each)], identifier);
+    addMissing(byExtension_[lowerCase(each)], type.identifier);
   }
 }
 
 std::optional<String> Workspace::preferredFilenameExtensionForType(const String& type) {
   readOnce();
-  const auto found = types_.find(type);
+  const auto found = types_.find(lowerCase(type));
   if (found == types_.end() || found->second.extensions.empty()) return std::nullopt;
   return found->second.extensions.front();
 }
@@ -124,7 +128,7 @@ bool Workspace::isPackage(const String& type) const {
   std::vector<String> ahead{type};
   std::unordered_set<String> seen;
   while (!ahead.empty()) {
-    const String each = ahead.back();
+    const String each = lowerCase(ahead.back());
     ahead.pop_back();
     if (each == kPackageType) return true;
     if (!seen.insert(each).second) continue;

@@ -21,8 +21,8 @@ namespace ns {
 ///     UTTypeTagSpecification  public.filename-extension: txt  (one, or a list; the first is
 ///                                                              the preferred one)
 ///
-/// A type that is declared again gets what is new added.  Extensions are compared without regard
-/// to the case of ASCII letters, and have no dot.
+/// A type that is declared again gets what is new added.  Types and extensions are compared without
+/// regard to the case of ASCII letters; extensions have no dot.
 class Workspace {
  public:
   /// The types of some files, read at the first question.  A file that does not exist declares
@@ -31,9 +31,11 @@ class Workspace {
   Workspace(const Workspace&) = delete;
   Workspace& operator=(const Workspace&) = delete;
 
+  /// Where the user declares types: "tavlin/types.plist" in $XDG_DATA_HOME, or in ~/.local/share
+  /// when that is not set to an absolute path.
+  static std::string userTypesPath();
   /// +sharedWorkspace  The types of "types.plist" in the resources of the main bundle, and then
-  /// those that the user declares in tavlin/types.plist in $XDG_DATA_HOME, or in ~/.local/share
-  /// when that is not set to an absolute path.  A test may put others in their place.
+  /// those in userTypesPath() as it was at the first call.  A test may put others in their place.
   static Workspace& shared();
 
   /// -preferredFilenameExtensionForType:  None for a type that is not known or has none.
@@ -58,6 +60,7 @@ class Workspace {
 
  private:
   struct Type {
+    String identifier;               // as it was first declared
     std::vector<String> extensions;  // as declared
     std::vector<String> conformsTo;
   };
@@ -68,7 +71,7 @@ class Workspace {
 
   std::vector<std::string> files_;
   bool isRead_ = false;
-  std::unordered_map<String, Type> types_;
+  std::unordered_map<String, Type> types_;                       // in lower case
   std::unordered_map<String, std::vector<String>> byExtension_;  // in lower case
 };
 

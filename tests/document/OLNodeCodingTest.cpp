@@ -192,7 +192,8 @@ TEST(Coding, PrivateFontsLeaveTitlesWhenLoaded) {
   ns::CharacterSet latin;
   latin.addInterval({U' ', U'~'});
   const ns::FontList fonts({{"HelveticaNeue-Bold", "Helvetica Neue", "Bold", latin},
-                            {"Plain-Regular", "Plain", "Regular", latin}});
+                            {"Plain-Regular", "Plain", "Regular", latin},
+                            {"Ordinary-Regular", ".Private Family", "Regular", latin}});
   const ns::FontSource::ScopedShared scope(fonts);
   const auto titleIn = [](const char* font) {
     return ns::AttributedString("Title", ns::Dictionary{{ns::kFontAttributeName,
@@ -204,6 +205,7 @@ TEST(Coding, PrivateFontsLeaveTitlesWhenLoaded) {
   item->setDataForKey(titleIn(".HelveticaNeueDeskUI-Bold"), "title");
   item->setDataForKey(ns::Array{ns::Dictionary{{"deep", titleIn(".SFNSText")}}}, "list");
   item->setDataForKey(titleIn("Times-Roman"), "note");
+  item->setDataForKey(titleIn("Ordinary-Regular"), "ordinary");
 
   const auto fontOf = [](const ns::Value& text) {
     return *ns::Font::fromValue(
@@ -217,6 +219,7 @@ TEST(Coding, PrivateFontsLeaveTitlesWhenLoaded) {
     const ns::Value deep = node->dataForKey("list").array()[0].dictionary().objectForKey("deep");
     EXPECT_EQ(fontOf(deep).fontName(), "HelveticaNeue-Bold");
     EXPECT_EQ(fontOf(node->dataForKey("note")).fontName(), "Times-Roman");
+    EXPECT_EQ(fontOf(node->dataForKey("ordinary")).fontName(), "HelveticaNeue-Bold");
   }
 }
 

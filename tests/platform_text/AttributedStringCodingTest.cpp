@@ -196,6 +196,53 @@ TEST(AttributedStringCoding, AttributesSharedBetweenTextsAreWrittenOnce) {
             Value(AttributedString(read.at(99)).runAttributes(0)).body());
 }
 
+/// A text that holds texts in texts: each level twice, in two runs.
+AttributedString nested(int levels) {
+  AttributedString text(String("ab"), {{"innermost", 1}});
+  for (int level = 1; level < levels; ++level) {
+    MutableAttributedString next(AttributedString(String("ab")));
+    next.addAttributeValueRange("first", text.asValue(), {0, 1});
+    next.addAttributeValueRange("second", text.asValue(), {1, 1});
+    text = next.copy();
+  }
+  return text;
+}
+
+TEST(AttributedStringCoding, TextsThatShareTheTextsInsideAreComparedOnce) {
+  EXPECT_EQ(nested(60), nested(60));
+  EXPECT_EQ(thereAndBack(nested(60)), nested(60));
+  EXPECT_EQ(thereAndBack(nested(60)), thereAndBack(nested(60)));
+  MutableAttributedString other(nested(60));
+  other.addAttributeValueRange("second", nested(58).asValue(), {1, 1});
+  EXPECT_FALSE(other.copy() == nested(60));
+}
+
+TEST(AttributedStringCoding, TextsNestedTooDeepAreEqualOnlyToThemselves) {
+  const AttributedString deep = nested(5000);
+  EXPECT_EQ(deep, deep);
+  EXPECT_FALSE(deep == nested(5000));
+}
+
+TEST(AttributedStringCoding, AKeyThatDiffersDoesNotMakeDictionariesDiffer) {
+  // each key of one is the other's second one, so keys that differ are compared first
+  const auto key = [](int64_t number) {
+    return AttributedString(String("key"), {{"n", number}}).asValue();
+  };
+  Dictionary one;
+  one.setObjectForKey(key(1), key(1));
+  one.setObjectForKey(key(2), key(2));
+  Dictionary other;
+  other.setObjectForKey(key(2), key(2));
+  other.setObjectForKey(key(1), key(1));
+  EXPECT_EQ(AttributedString(String("x"), {{"in", one}}),
+            AttributedString(String("x"), {{"in", other}}));
+  Dictionary swapped;
+  swapped.setObjectForKey(key(1), key(2));
+  swapped.setObjectForKey(key(2), key(1));
+  EXPECT_FALSE(AttributedString(String("x"), {{"in", one}}) ==
+               AttributedString(String("x"), {{"in", swapped}}));
+}
+
 TEST(AttributedStringCoding, AnyTextComesBack) {
   std::mt19937 random(5);
   for (int round = 0; round < 200; ++round) {

@@ -33,7 +33,9 @@ TEST(Font, ByRole) {
 }
 
 TEST(Font, TheFamilyIsThatOfTheInstalledFontOrOfTheName) {
-  const FontList fonts({{"HelveticaNeue-Bold", "Helvetica Neue", "Bold", {}}});
+  const FontList fonts({{"HelveticaNeue-Bold", "Helvetica Neue", "Bold", {}},
+                        {"Some-Face", ".Some Family", "Face", {}},
+                        {".Dotted-Face", "Dotted", "Face", {}}});
   const FontSource::ScopedShared scope(fonts);
   EXPECT_EQ(Font::named("HelveticaNeue-Bold", 9).familyName(), "Helvetica Neue");
   EXPECT_EQ(Font::named("Missing-Bold", 9).familyName(), "Missing");
@@ -43,6 +45,42 @@ TEST(Font, TheFamilyIsThatOfTheInstalledFontOrOfTheName) {
   EXPECT_EQ(Font::named("AquaKana-Bold", 9).familyName(), ".Aqua Kana");
   EXPECT_EQ(Font::named("AquaKanaSomething", 9).familyName(), "AquaKanaSomething");
   EXPECT_EQ(Font::named(".Unknown-Light", 9).familyName(), ".Unknown");
+  EXPECT_EQ(Font::named("Some-Face", 9).familyName(), ".Some Family");
+  EXPECT_EQ(Font::named(".Dotted-Face", 9).familyName(), "Dotted");
+  EXPECT_EQ(Font::named("LastResort", 9).familyName(), ".LastResort");
+  EXPECT_EQ(Font::named("TimesNewRomanPS-BoldMT", 9).familyName(), "Times New Roman");
+  EXPECT_EQ(Font::named("H\u00E9lvetica-Bold", 9).familyName(), "H\u00E9lvetica");
+  EXPECT_EQ(Font::named("", 9).familyName(), "");
+}
+
+/// Fonts that nobody may look at.
+class Untouchable : public FontSource {
+ public:
+  std::optional<String> familyNameOfFont(const String& name) const override {
+    ADD_FAILURE() << name.utf8();
+    return std::nullopt;
+  }
+  const FontFace* faceNamed(const String& name) const override {
+    ADD_FAILURE() << name.utf8();
+    return nullptr;
+  }
+  const std::vector<FontFace>& faces() const override {
+    ADD_FAILURE();
+    return none_;
+  }
+
+ private:
+  std::vector<FontFace> none_;
+};
+
+TEST(Font, ThatOfMostDocumentsIsNotLookedUp) {
+  const Untouchable fonts;
+  const FontSource::ScopedShared scope(fonts);
+  for (const char* name :
+       {"Helvetica", "Helvetica-BoldOblique", "HelveticaNeue-Light", "LucidaGrande-Bold",
+        "Times-Roman", "Menlo-Regular", "Verdana", "ArialMT", "Arial-BoldMT", "HiraKakuProN-W3"}) {
+    EXPECT_NE(Font::named(name, 9).familyName().at(0), u'.') << name;
+  }
 }
 
 TEST(Font, AnotherNameKeepsSizeAndUnknownFieldsAndDropsTheRole) {
@@ -67,13 +105,31 @@ TEST(Font, AValueWithoutANameIsNoFont) {
   EXPECT_FALSE(Font::fromValue(nullptr));
 }
 
+TEST(FontSource, OfFacesOfOneNameTheFirstCounts) {
+  const FontList fonts({{"A", "One", "", {}}, {"A", "Two", "", {}}});
+  EXPECT_EQ(fonts.familyNameOfFont("A"), String("One"));
+  EXPECT_EQ(fonts.faceNamed("A"), &fonts.faces()[0]);
+  EXPECT_EQ(fonts.familyNameOfFont("B"), std::nullopt);
+}
+
+TEST(FontSource, WhatDrawsNothingIsCoveredByTheMachinesFonts) {
+  const CharacterSet invisible =
+      CharacterSet::inString("\n\r\t\u0085\u2028\u2029\uFFFC\u200D\u200F");
+  for (const FontFace& face : FontSource::shared().faces()) {
+    EXPECT_TRUE(face.coverage.isSupersetOf(invisible)) << face.postScriptName.utf8();
+  }
+}
+
 TEST(FontSource, TheMachinesFontsHaveNamesAndCharacters) {
   for (const FontFace& face : FontSource::shared().faces()) {
     EXPECT_FALSE(face.postScriptName.empty());
     EXPECT_FALSE(face.familyName.empty());
     EXPECT_FALSE(face.coverage.empty());
-    ASSERT_NE(FontSource::shared().faceNamed(face.postScriptName), nullptr);
+    const FontFace* const named = FontSource::shared().faceNamed(face.postScriptName);
+    ASSERT_NE(named, nullptr);
+    EXPECT_EQ(FontSource::shared().familyNameOfFont(face.postScriptName), named->familyName);
   }
+  EXPECT_EQ(FontSource::shared().familyNameOfFont("NoSuchFontAnywhere"), std::nullopt);
   EXPECT_EQ(FontSource::shared().faceNamed("NoSuchFontAnywhere"), nullptr);
 }
 

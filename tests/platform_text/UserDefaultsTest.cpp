@@ -94,6 +94,11 @@ TEST_F(UserDefaultsTest, AChangedFileTakesEffect) {
   EXPECT_EQ(defaults.valueForKeyPath("values.a"), Value("one"));
   write(Dictionary{{"a", "longer"}});
   EXPECT_EQ(defaults.valueForKeyPath("values.a"), Value("longer"));
+  // a file of the same length, written in place within the same tick of the clock
+  for (const char* each : {"smalla", "smallb", "smallc", "smalld"}) {
+    write(Dictionary{{"a", each}});
+    EXPECT_EQ(defaults.valueForKeyPath("values.a"), Value(each));
+  }
   // a file of the same length, moved into place
   UserDefaults other(folder / "other");
   other.setValueForKeyPath("biggie", "values.a");

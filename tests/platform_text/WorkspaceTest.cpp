@@ -8,6 +8,7 @@
 #include "platform/archive/PropertyList.h"
 #include "platform/foundation/Array.h"
 #include "platform/foundation/Dictionary.h"
+#include "platform/foundation/File.h"
 #include "platform/foundation/Log.h"
 
 namespace ns {
@@ -46,6 +47,43 @@ TEST_F(WorkspaceTest, ExtensionsOfTypesAndTypesOfExtensions) {
   EXPECT_EQ(workspace.typesForFilenameExtension(""), Types());
 }
 
+TEST_F(WorkspaceTest, TypesHaveNoCase) {
+  Workspace workspace(
+      {file("a", {declaration("My.Text", "a"), declaration("my.text", Array({"b", "a"})),
+                  declaration("my.dir", "d", "Com.Apple.Package")})});
+  EXPECT_EQ(workspace.preferredFilenameExtensionForType("my.TEXT"), String("a"));
+  EXPECT_EQ(workspace.typesForFilenameExtension("a"), (Types{"My.Text"}));
+  EXPECT_EQ(workspace.typesForFilenameExtension("B"), (Types{"My.Text"}));
+  std::filesystem::create_directory(folder / "x.d");
+  EXPECT_TRUE(workspace.isFilePackageAtPath(folder / "x.d"));
+}
+
+TEST_F(WorkspaceTest, TheUserMayDeclareMore) {
+  const char* const before = getenv("XDG_DATA_HOME");
+  const std::string kept = before ? before : "";
+  setenv("XDG_DATA_HOME", folder.path().c_str(), 1);
+  EXPECT_EQ(Workspace::userTypesPath(), folder / "tavlin/types.plist");
+  std::filesystem::create_directory(folder / "tavlin");
+  std::ofstream(Workspace::userTypesPath())
+      << "<plist version=\"1.0\"><dict><key>UTExportedTypeDeclarations</key><array><dict>"
+         "<key>UTTypeIdentifier</key><string>my.outline</string><key>UTTypeConformsTo</key>"
+         "<string>com.apple.package</string><key>UTTypeTagSpecification</key><dict>"
+         "<key>public.filename-extension</key><array><string>myoutline</string>"
+         "<string>opml</string></array></dict></dict></array></dict></plist>";
+  Workspace workspace(
+      {std::string(TAVLIN_SOURCE_DIR) + "/resources/types.plist", Workspace::userTypesPath()});
+  EXPECT_EQ(workspace.preferredFilenameExtensionForType("my.outline"), String("myoutline"));
+  EXPECT_EQ(workspace.typesForFilenameExtension("opml"), (Types{"org.opml.opml", "my.outline"}));
+  std::filesystem::create_directory(folder / "a.myoutline");
+  EXPECT_TRUE(workspace.isFilePackageAtPath(folder / "a.myoutline"));
+  setenv("XDG_DATA_HOME", "relative", 1);
+  const std::string home = expandTildeInPath("~") + "/.local/share/tavlin/types.plist";
+  EXPECT_EQ(Workspace::userTypesPath(), home);
+  unsetenv("XDG_DATA_HOME");
+  EXPECT_EQ(Workspace::userTypesPath(), home);
+  if (before) setenv("XDG_DATA_HOME", kept.c_str(), 1);
+}
+
 TEST_F(WorkspaceTest, PackagesAreFoldersOfAPackageType) {
   Workspace workspace({file("a", {declaration("my.base", Array(), Array({"com.apple.package"})),
                                   declaration("my.bundle", "pkgdir", "my.base"),
@@ -67,16 +105,18 @@ TEST_F(WorkspaceTest, PackagesAreFoldersOfAPackageType) {
 
 TEST_F(WorkspaceTest, AFileThatCannotBeReadIsLoggedOnce) {
   std::ofstream(folder / "junk") << "junk";
-  Workspace workspace(
-      {folder / "junk", file("a", {declaration("a.b", "c"), "no declaration", Dictionary()})});
+  std::ofstream(folder / "list") << "<plist version=\"1.0\"><array/></plist>";
+  Workspace workspace({folder / "junk", folder / "list",
+                       file("a", {declaration("a.b", "c"), "no declaration", Dictionary()})});
   std::vector<std::string> messages;
   const LogHandler before =
       setLogHandler([&](std::string_view message) { messages.emplace_back(message); });
   EXPECT_EQ(workspace.typesForFilenameExtension("c"), (Types{"a.b"}));
   EXPECT_EQ(workspace.typesForFilenameExtension("c"), (Types{"a.b"}));
   setLogHandler(before);
-  ASSERT_EQ(messages.size(), 1U);
+  ASSERT_EQ(messages.size(), 2U);
   EXPECT_EQ(messages[0].find(folder / "junk: "), 0U);
+  EXPECT_EQ(messages[1].find(folder / "list: "), 0U);
 }
 
 TEST_F(WorkspaceTest, TheTypesThatComeAlong) {

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 #include "../platform_text/TextTesting.h"
 #include "platform/text/FontSource.h"
 
@@ -101,6 +103,16 @@ TEST(AttributedStringFonts, OtherPrivateFontsTakeTheGeneralPath) {
   }
 }
 
+TEST(AttributedStringFonts, TheFamilyDecidesAndNotTheName) {
+  const FontList fonts({{"Ordinary-Regular", ".Private Family", "Regular", latin()},
+                        {"General", "General", "Regular", latin()},
+                        {".Dotted", "Public Family", "Regular", latin()}});
+  const ns::FontSource::ScopedShared scope(fonts);
+  EXPECT_EQ(fixed("text", "Ordinary-Regular"), "General 12");
+  EXPECT_EQ(fixed("text", "LastResort"), "General 12");
+  EXPECT_EQ(fixed("text", ".Dotted"), ".Dotted 12");
+}
+
 TEST(AttributedStringFonts, TheCharactersOfAnInstalledPrivateFontAreWanted) {
   // the substitute must have what the font has, whatever the text needs of it
   const FontList fonts({{".PrivateUI", ".Private UI", "Regular", kana()},
@@ -167,6 +179,95 @@ TEST(AttributedStringFonts, ASecondTimeChangesNothing) {
   const AttributedString once = text.copy();
   fixFontAttributes_suitableForDocumentInRange(text, {0, 3});
   EXPECT_EQ(text.copy().asValue().body(), once.asValue().body());
+}
+
+TEST(AttributedStringFonts, LawsOfNormalisation) {
+  const FontList fonts(everyFace());
+  const ns::FontSource::ScopedShared scope(fonts);
+  std::mt19937 random(6);
+  constexpr std::u16string_view kUnits = u"ab\n\u304B\u0301\xD83C\xDF3F\xFFFC";
+  const char* const names[] = {".LucidaGrandeUI", "AquaKana-Bold", ".Unknown", "Helvetica",
+                               "NotInstalled"};
+  for (int round = 0; round < 300; ++round) {
+    std::u16string units(random() % 16, u' ');
+    for (char16_t& unit : units) unit = kUnits[random() % kUnits.size()];
+    MutableAttributedString text{ns::textOf(units)};
+    for (int i = 0; i < 8 && !units.empty(); ++i) {
+      const size_t start = random() % units.size();
+      const ns::Range range{start, random() % (units.size() - start + 1)};
+      const size_t which = random() % 7;
+      if (which < 5) {
+        const auto size = static_cast<double>(9 + random() % 2);
+        text.addAttributeValueRange(ns::kFontAttributeName,
+                                    ns::Font::named(names[which], size).asValue(), range);
+      } else {
+        text.addAttributeValueRange(which == 5 ? "untouched" : ns::kParagraphStyleAttributeName,
+                                    static_cast<int64_t>(random() % 3), range);
+      }
+    }
+    const AttributedString before = text.copy();
+    const size_t start = units.empty() ? 0 : random() % units.size();
+    const ns::Range range{start, units.size() - start};
+    fixFontAttributes_suitableForDocumentInRange(text, range);
+    const AttributedString once = text.copy();
+    ASSERT_EQ(once.string(), before.string());
+    ASSERT_TRUE(ns::coversExactly(once));
+    for (size_t at = 0; at < units.size(); ++at) {
+      for (const char* name : {"untouched", ns::kParagraphStyleAttributeName}) {
+        ASSERT_EQ(once.attributeAtIndex(name, at), before.attributeAtIndex(name, at));
+      }
+      const auto old = ns::Font::fromValue(before.attributeAtIndex(ns::kFontAttributeName, at));
+      const auto fresh = ns::Font::fromValue(once.attributeAtIndex(ns::kFontAttributeName, at));
+      ASSERT_EQ(old.has_value(), fresh.has_value());
+      if (!old) continue;
+      ASSERT_EQ(fresh->pointSize(), old->pointSize());
+      if (at < start || isFamilyNameSuitableForUserDocuments(old->familyName())) {
+        ASSERT_EQ(fresh->fontName(), old->fontName());
+      }
+    }
+    fixFontAttributes_suitableForDocumentInRange(text, range);
+    ASSERT_EQ(text.copy().asValue().body(), once.asValue().body());
+  }
+}
+
+TEST(AttributedStringFonts, ManyRuns) {
+  const FontList fonts(everyFace());
+  const ns::FontSource::ScopedShared scope(fonts);
+  constexpr size_t kRuns = 100'000;
+  std::vector<std::pair<ns::Range, ns::Dictionary>> attributes;
+  for (size_t run = 0; run < kRuns; ++run) {
+    const char* const name = run % 2 == 0 ? ".LucidaGrandeUI" : "Helvetica";
+    attributes.push_back({{run, 1},
+                          {{ns::kFontAttributeName, ns::Font::named(name, 12).asValue()},
+                           {"number", static_cast<int64_t>(run)}}});
+  }
+  MutableAttributedString text(AttributedString(ns::String::fromAscii(std::string(kRuns, 'x'))));
+  text.setAttributesInRanges(attributes);
+  fixFontAttributes_suitableForDocumentInRange(text, {0, kRuns});
+  ASSERT_EQ(text.attributedString().runCount(), kRuns);
+  EXPECT_EQ(ns::printed(text.attributedString().attributeAtIndex("NSFont", kRuns - 2)),
+            "LucidaGrande 12");
+  EXPECT_EQ(ns::printed(text.attributedString().attributeAtIndex("NSFont", kRuns - 1)),
+            "Helvetica 12");
+}
+
+TEST(AttributedStringFonts, TextOfManyLinesIsFixedWithTheMachinesFonts) {
+  const CharacterSet wanted = CharacterSet::inString("onetw");
+  const auto& faces = ns::FontSource::shared().faces();
+  const bool canBeFixed = std::any_of(faces.begin(), faces.end(), [&](const FontFace& face) {
+    return isFamilyNameSuitableForUserDocuments(face.familyName) &&
+           face.coverage.isSupersetOf(wanted);
+  });
+  if (!canBeFixed) GTEST_SKIP() << "no font with Latin letters here";
+  for (const auto& [name, twin] : kTable) {
+    EXPECT_NE(fixed("one\ntwo\r\n\tone\u2028two\uFFFC", name), std::string(name) + " 12");
+  }
+}
+
+TEST(AttributedStringFonts, WithTheMachinesFontsPublicOnesStay) {
+  for (const char* name : {"Helvetica", "Helvetica-Bold", "NotInstalledAnywhere-Bold"}) {
+    EXPECT_EQ(fixed("text", name), std::string(name) + " 12");
+  }
 }
 
 TEST(AttributedStringFonts, WithTheMachinesFontsTheResultIsInstalledAndSuitable) {

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "../platform_text/TextTesting.h"
+#include "platform/archive/Record.h"
 #include "platform/text/LinkDetector.h"
 #include "platform/text/URL.h"
 
@@ -83,6 +84,33 @@ TEST(ItemLinks, UselessResultsAreSkipped) {
   EXPECT_FALSE(appendLinkForMe(text));
 }
 
+TEST(ItemLinks, LawsOfMarking) {
+  std::mt19937 random(8);
+  constexpr std::u16string_view kPieces[] = {
+      u"a.example ", u"http://b.org/(x) ", u"me@c.org,", u"\n", u"\xD83C",
+      u"\x0301",     u"plan.md ",          u"x"};
+  for (int round = 0; round < 200; ++round) {
+    std::u16string units;
+    for (size_t pieces = random() % 6; pieces > 0; --pieces) units += kPieces[random() % 8];
+    MutableAttributedString text{ns::textOf(units)};
+    for (int i = 0; i < 4 && !units.empty(); ++i) {
+      const size_t start = random() % units.size();
+      text.addAttributeValueRange("untouched", static_cast<int64_t>(random() % 3),
+                                  {start, random() % (units.size() - start + 1)});
+    }
+    const AttributedString before = text.copy();
+    const bool isMarked = appendLinkForMe(text);
+    const AttributedString once = text.copy();
+    ASSERT_EQ(once.string(), before.string());
+    ASSERT_TRUE(ns::coversExactly(once));
+    ASSERT_EQ(isMarked, !(once == before));
+    ASSERT_EQ(appendLinkForMe(text), isMarked);
+    ASSERT_EQ(text.copy(), once);
+    removeLinkAttributesForMe(text);
+    ASSERT_EQ(text.copy(), before);
+  }
+}
+
 TEST(ItemLinks, ACallerMayMarkLinksItsOwnWay) {
   MutableAttributedString text(AttributedString(ns::String("http://a.example")));
   EXPECT_TRUE(appendLinkForMe(text, [](const ns::Value&) {
@@ -95,6 +123,19 @@ TEST(ItemLinks, TheAttributesOfALinkAreItsUrlAlone) {
   const ns::Dictionary attributes = linkAttributesForMeWithURL(url("http://a.b"));
   EXPECT_EQ(attributes.count(), 1U);
   EXPECT_EQ(attributes.objectForKey("NSLink"), url("http://a.b"));
+}
+
+TEST(ItemLinks, TheSchemeOfARelativeUrlIsThatOfItsBase) {
+  const auto relative = [](const ns::Value& base) {
+    return ns::Record(ns::makeClass({"NSURL", "NSObject"}),
+                      {{"NS.base", ns::Field::reference(base)},
+                       {"NS.relative", ns::Field::reference("page.html")}})
+        .asValue();
+  };
+  EXPECT_FALSE(checkURLForMe(relative(nullptr)));
+  EXPECT_FALSE(checkURLForMe(relative(url("folder/"))));
+  EXPECT_TRUE(checkURLForMe(relative(url("http://a.b/"))));
+  EXPECT_TRUE(checkURLForMe(relative(relative(url("http://a.b/")))));
 }
 
 TEST(ItemLinks, AUrlNeedsAScheme) {

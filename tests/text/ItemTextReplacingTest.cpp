@@ -72,6 +72,24 @@ TEST(ItemTextReplacing, AMarkBelongsToItsCharacter) {
   EXPECT_EQ(replaced("ae\u0301e", "e", "x"), "ae\u0301x");
   EXPECT_EQ(replaced("ae\u0301e", "e", "x", kLiteralSearch), "ax\u0301x");
   EXPECT_EQ(replaced("e\u0301", "e\u0301", "x"), "x");
+  // marks of other scripts, of other planes and around a character; a joiner
+  for (const char* mark : {"\u093F", "\u0E34", "\U0001D165", "\u20DD", "\u200D"}) {
+    EXPECT_EQ(replaced((std::string("ae") + mark + "e").c_str(), "e", "x"),
+              std::string("ae") + mark + "x");
+  }
+}
+
+TEST(ItemTextReplacing, APairOfSurrogatesIsOneCharacter) {
+  const AttributedString text = ns::textOf({u'a', 0xD83C, 0xDF3F, 0xD83C, u'b', 0xDF3F});
+  const auto with = [&](char16_t half, uint64_t options) {
+    return replace(text, ns::String(std::u16string_view(&half, 1)), "x", options, {0, 6})
+        .string()
+        .units();
+  };
+  EXPECT_EQ(with(0xD83C, 0), (std::u16string{u'a', 0xD83C, 0xDF3F, u'x', u'b', 0xDF3F}));
+  EXPECT_EQ(with(0xDF3F, 0), (std::u16string{u'a', 0xD83C, 0xDF3F, 0xD83C, u'b', u'x'}));
+  EXPECT_EQ(with(0xDF3F, kLiteralSearch), (std::u16string{u'a', 0xD83C, u'x', 0xD83C, u'b', u'x'}));
+  EXPECT_EQ(replaced("\U0001F33F\U0001F340", "\U0001F33F", "x"), "x\U0001F340");
 }
 
 TEST(ItemTextReplacing, OtherOptionsAreRefused) {

@@ -199,5 +199,40 @@ TEST(ItemText, LawsOfNormalisation) {
   }
 }
 
+/// Work in proportion to more than the runs of these texts would take hours.
+TEST(ItemText, OneRunOfTenMillionUnits) {
+  constexpr size_t kLength = 10'000'000;
+  const ns::String plain = ns::String::fromAscii(std::string(kLength, 'x'));
+  const AttributedString text(plain, {{kStyle, layout().asValue()}, {"NSOriginalFont", 1}});
+  const AttributedString cleaned =
+      cleanedAttributedStringAsItemText(attributedStringByRemovingInterferingAttributes(text));
+  EXPECT_EQ(cleaned.length(), kLength);
+  EXPECT_EQ(cleaned.runCount(), 1U);
+  EXPECT_EQ(coloredAttributedString(text, "red").runCount(), 1U);
+}
+
+TEST(ItemText, ManyRuns) {
+  constexpr size_t kRuns = 200'000;
+  std::vector<std::pair<ns::Range, ns::Dictionary>> attributes;
+  for (size_t run = 0; run < kRuns; ++run) {
+    ParagraphStyle style = layout();
+    style.setHeadIndent(static_cast<double>(run % 2));
+    attributes.push_back({{run, 1},
+                          {{kStyle, style.asValue()},
+                           {"number", static_cast<int64_t>(run)},
+                           {"NSOriginalFont", 1}}});
+  }
+  MutableAttributedString text(AttributedString(ns::String::fromAscii(std::string(kRuns, '\n'))));
+  text.setAttributesInRanges(attributes);
+  const AttributedString cleaned = cleanedAttributedStringAsItemText(
+      attributedStringByRemovingInterferingAttributes(text.copy()));
+  ASSERT_EQ(cleaned.runCount(), kRuns);
+  EXPECT_EQ(cleaned.attributeAtIndex("number", kRuns - 1),
+            ns::Value(static_cast<int64_t>(kRuns - 1)));
+  EXPECT_EQ(styleAt(cleaned, kRuns - 1).headIndent(), 0);
+  EXPECT_TRUE(cleaned.attributeAtIndex("NSOriginalFont", 5).isNone());
+  EXPECT_EQ(coloredAttributedString(text.copy(), "red").runCount(), kRuns);
+}
+
 }  // namespace
 }  // namespace tavlin

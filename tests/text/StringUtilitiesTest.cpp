@@ -87,6 +87,15 @@ TEST(RemoveCharacters, AnyTextIsTheOneThatRemovingOneByOneGives) {
   }
 }
 
+TEST(RemoveCharacters, TenMillionUnits) {
+  std::string units(10'000'000, 'a');
+  for (size_t at = 0; at < units.size(); at += 2) units[at] = ' ';
+  String text = String::fromAscii(units);
+  removeCharactersFromSet(text, ns::CharacterSet::whitespace());
+  EXPECT_EQ(text.length(), units.size() / 2);
+  EXPECT_EQ(lines(String::fromAscii(std::string(1'000'000, '\n'))).size(), 1'000'000U);
+}
+
 class FileLists : public ::testing::Test {
  protected:
   FileLists() {

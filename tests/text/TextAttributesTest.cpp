@@ -77,6 +77,27 @@ TEST_F(TextAttributes, EachPreferenceHasItsPlace) {
   EXPECT_EQ(colorOf(OLTree::noteStringAttributes()), green);
 }
 
+TEST_F(TextAttributes, PreferencesMayBeInArchivesWithoutKeys) {
+  using namespace std::string_literals;
+  const std::string header = "\x04\x0Bstreamtyped\x81\xE8\x03\x84\x01@\x84\x84\x84"s;
+  const std::string object = "\x84\x84\x08NSObject\0\x85"s;
+  const std::string name = "\x06\0\0\0\x0E\0\0\0\xFF\xFEM\0o\0n\0a\0c\0o\0"s;
+  const std::string font = header + "\x06NSFont\x1E" + object + "\x84\x01i\x16\x84\x05[22c]" +
+                           name + "\x84\x01" + "f\x0F\x84\x01" + "c\0\x98\x01\x98\0\x98\0\x86"s;
+  const std::string color =
+      header + "\x07NSColor\0"s + object + "\x84\x01" + "c\x02\x84\x04" + "ffff\x01\0\0\x01\x86"s;
+  for (const char* path : {"values.textFont", "values.noteFont"}) {
+    defaults.setValueForKeyPath(ns::Data(font), path);
+  }
+  for (const char* path : {"values.textColor", "values.noteColor"}) {
+    defaults.setValueForKeyPath(ns::Data(color), path);
+  }
+  for (const auto& attributes : {OLTree::titleStringAttributes(), OLTree::noteStringAttributes()}) {
+    EXPECT_EQ(fontNameOf(attributes), "Monaco 15");
+    EXPECT_EQ(colorOf(attributes), red);
+  }
+}
+
 TEST_F(TextAttributes, FontAndColourFallBackOnTheirOwn) {
   defaults.setUnarchivedValueForKeyPath(red, "values.textColor");
   defaults.setValueForKeyPath(ns::Data(std::string("junk")), "values.textFont");
