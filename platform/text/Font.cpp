@@ -21,8 +21,13 @@ struct KnownFamily {
 // Families that need no look at the machine's fonts, which would take longer than reading a whole
 // document: fonts that most documents are made of, and the interface's.  Sorted by name.
 constexpr KnownFamily kKnownFamilies[] = {
+    {".AppleSystemUIFont", ".AppleSystemUIFont"},
+    {".AppleSystemUIFontBold", ".AppleSystemUIFont"},
     {".HelveticaNeueDeskUI", ".Helvetica Neue Desk UI"},
     {".LucidaGrandeUI", ".Lucida Grande UI"},
+    {".SFNS", ".SF NS"},
+    {".SFNSText", ".SF NS Text"},
+    {".SFUI", ".SF UI"},
     {"AmericanTypewriter", "American Typewriter"},
     {"AquaKana", ".Aqua Kana"},
     {"Arial", "Arial"},

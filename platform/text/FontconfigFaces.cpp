@@ -85,42 +85,26 @@ CharacterSet coverage(const Fontconfig& fc, FcPattern* pattern) {
   return set;
 }
 
-/// The machine's fonts.  Names are read at once, characters when somebody asks for a face.
+/// The machine's fonts.  Names are read when somebody asks for a family, characters when somebody
+/// asks for a face; in between nothing of Fontconfig's is kept, which is large.
 class InstalledFonts : public FontSource {
  public:
-  explicit InstalledFonts(void* library) : fc_(library) {
-    if (fc_.isComplete) config_ = fc_.init();
-    if (!config_) return;
-    FcPattern* wanted = fc_.createPattern();
-    fc_.substitute(config_, wanted, FcMatchPattern);
-    fc_.substituteDefaults(wanted);
-    FcResult result = FcResultMatch;
-    sorted_ = fc_.sort(config_, wanted, FcFalse, nullptr, &result);
-    fc_.destroyPattern(wanted);
-    for (int i = 0; sorted_ && i < sorted_->nfont; ++i) {
-      FcPattern* font = sorted_->fonts[i];
-      FcBool isScalable = FcFalse;
-      if (fc_.getBool(font, FC_SCALABLE, 0, &isScalable) == FcResultMatch && !isScalable) continue;
-      const String name = text(fc_, font, FC_POSTSCRIPT_NAME);
-      if (name.empty()) continue;
-      fonts_.push_back(font);
-      families_.try_emplace(name, text(fc_, font, FC_FAMILY));
-    }
-  }
-  ~InstalledFonts() override {
-    if (sorted_) fc_.destroySet(sorted_);
-    if (config_) fc_.destroyConfig(config_);
-  }
-  InstalledFonts(const InstalledFonts&) = delete;
-  InstalledFonts& operator=(const InstalledFonts&) = delete;
+  explicit InstalledFonts(void* library) : fc_(library) {}
 
   [[nodiscard]] std::optional<String> familyNameOfFont(
       const String& postScriptName) const override {
-    const auto found = families_.find(postScriptName);
-    return found == families_.end() ? std::nullopt : std::optional(found->second);
+    if (list_) return list_->familyNameOfFont(postScriptName);
+    if (!families_) {
+      families_.emplace();
+      visit([this](const String& name, FcPattern* font) {
+        families_->try_emplace(name, text(fc_, font, FC_FAMILY));
+      });
+    }
+    const auto found = families_->find(postScriptName);
+    return found == families_->end() ? std::nullopt : std::optional(found->second);
   }
   [[nodiscard]] const FontFace* faceNamed(const String& postScriptName) const override {
-    return families_.count(postScriptName) > 0 ? list().faceNamed(postScriptName) : nullptr;
+    return list().faceNamed(postScriptName);
   }
   [[nodiscard]] const std::vector<FontFace>& faces() const override { return list().faces(); }
 
@@ -128,20 +112,39 @@ class InstalledFonts : public FontSource {
   [[nodiscard]] const FontList& list() const {
     if (!list_) {
       std::vector<FontFace> faces;
-      for (FcPattern* font : fonts_) {
-        faces.push_back({text(fc_, font, FC_POSTSCRIPT_NAME), text(fc_, font, FC_FAMILY),
-                         text(fc_, font, FC_STYLE), coverage(fc_, font)});
-      }
+      visit([&](const String& name, FcPattern* font) {
+        faces.push_back(
+            {name, text(fc_, font, FC_FAMILY), text(fc_, font, FC_STYLE), coverage(fc_, font)});
+      });
       list_.emplace(std::move(faces));
     }
     return *list_;
   }
 
+  /// Calls `font` with the PostScript name and the pattern of every scalable font that has one.
+  template <class Visit>
+  void visit(Visit font) const {
+    FcConfig* config = fc_.isComplete ? fc_.init() : nullptr;
+    if (!config) return;
+    FcPattern* wanted = fc_.createPattern();
+    fc_.substitute(config, wanted, FcMatchPattern);
+    fc_.substituteDefaults(wanted);
+    FcResult result = FcResultMatch;
+    FcFontSet* sorted = fc_.sort(config, wanted, FcFalse, nullptr, &result);
+    for (int i = 0; sorted && i < sorted->nfont; ++i) {
+      FcPattern* each = sorted->fonts[i];
+      FcBool isScalable = FcFalse;
+      if (fc_.getBool(each, FC_SCALABLE, 0, &isScalable) == FcResultMatch && !isScalable) continue;
+      const String name = text(fc_, each, FC_POSTSCRIPT_NAME);
+      if (!name.empty()) font(name, each);
+    }
+    if (sorted) fc_.destroySet(sorted);
+    fc_.destroyPattern(wanted);
+    fc_.destroyConfig(config);
+  }
+
   Fontconfig fc_;
-  FcConfig* config_ = nullptr;
-  FcFontSet* sorted_ = nullptr;
-  std::vector<FcPattern*> fonts_;  // of the sorted set
-  std::unordered_map<String, String> families_;
+  mutable std::optional<std::unordered_map<String, String>> families_;
   mutable std::optional<FontList> list_;
 };
 

@@ -76,6 +76,7 @@ class Untouchable : public FontSource {
 TEST(Font, ThatOfMostDocumentsIsNotLookedUp) {
   const Untouchable fonts;
   const FontSource::ScopedShared scope(fonts);
+  EXPECT_EQ(Font::named(".SFNSText-Bold", 9).familyName(), ".SF NS Text");
   for (const char* name :
        {"Helvetica", "Helvetica-BoldOblique", "HelveticaNeue-Light", "LucidaGrande-Bold",
         "Times-Roman", "Menlo-Regular", "Verdana", "ArialMT", "Arial-BoldMT", "HiraKakuProN-W3"}) {

@@ -212,7 +212,7 @@ TEST(ItemText, OneRunOfTenMillionUnits) {
 }
 
 TEST(ItemText, ManyRuns) {
-  constexpr size_t kRuns = 200'000;
+  constexpr size_t kRuns = 50'000;
   std::vector<std::pair<ns::Range, ns::Dictionary>> attributes;
   for (size_t run = 0; run < kRuns; ++run) {
     ParagraphStyle style = layout();
