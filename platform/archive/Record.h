@@ -81,7 +81,9 @@ class ArchivableBody : public ValueBody {
   /// Where the unchanged value came from, or none.
   [[nodiscard]] virtual const ArchiveOrigin* origin() const = 0;
   /// The same value, rewritten and said to come from an archive; none where nothing is rewritten.
-  [[nodiscard]] virtual Value withOrigin(Ref<const ArchiveOrigin> /*origin*/) const { return {}; }
+  [[nodiscard]] virtual Value withOrigin(const Ref<const ArchiveOrigin>& /*origin*/) const {
+    return {};
+  }
   [[nodiscard]] virtual ClassRef classForArchiver() const = 0;
   virtual void encode(KeyedArchiver& archiver) const = 0;
 };

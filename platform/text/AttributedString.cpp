@@ -114,7 +114,7 @@ Dictionary AttributedStringBody::attributesOf(size_t run) const {
   return number == 0 ? Dictionary() : from->archive()->value(number).dictionary();
 }
 
-Value AttributedStringBody::withOrigin(Ref<const ArchiveOrigin> origin) const {
+Value AttributedStringBody::withOrigin(const Ref<const ArchiveOrigin>& origin) const {
   auto* made = new AttributedStringBody();
   Value value{Ref<const ValueBody>(made)};
   made->text = text;
@@ -130,7 +130,7 @@ Value AttributedStringBody::withOrigin(Ref<const ArchiveOrigin> origin) const {
   }
   made->archivedClass = archivedClass;
   made->otherFields = otherFields;
-  made->from = std::move(origin);
+  made->from = origin;
   return value;
 }
 

@@ -32,7 +32,7 @@ class AttributedStringBody final : public ArchivableBody {
   [[nodiscard]] bool isEqual(const ValueBody& other) const override;
   [[nodiscard]] size_t hash() const override { return text.hash(); }
   [[nodiscard]] const ArchiveOrigin* origin() const override { return from.get(); }
-  [[nodiscard]] Value withOrigin(Ref<const ArchiveOrigin> origin) const override;
+  [[nodiscard]] Value withOrigin(const Ref<const ArchiveOrigin>& origin) const override;
   [[nodiscard]] ClassRef classForArchiver() const override;
   void encode(KeyedArchiver& archiver) const override;
 
