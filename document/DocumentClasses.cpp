@@ -1,5 +1,7 @@
 #include "document/DocumentClasses.h"
 
+#include "document/NodeArchiving.h"
+
 #include "model/OLTree.h"
 #include "model/undo/OLTreeUndoController.h"
 #include "platform/text/TextClasses.h"
@@ -24,7 +26,9 @@ const ns::ClassRegistry& documentClasses() {
   static const ns::ClassRegistry* const classes = [] {
     auto* registry = new ns::ClassRegistry();
     ns::addTextClasses(*registry);
-    registry->add("OLNode", objectClass<OLNode>());
+    ns::ClassCoding node = objectClass<OLNode>();
+    node.fields = archivedNodeFields();
+    registry->add("OLNode", node);
     registry->add("OLTree", objectClass<OLTree>());
     registry->add("OLTreeController", objectClass<OLTreeController>());
     registry->add("OLTreeRuntimeAttributesController",

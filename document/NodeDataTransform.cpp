@@ -9,19 +9,6 @@ namespace tavlin {
 
 namespace {
 
-/// Whether text holds "$null".
-bool holdsMarker(const ns::StoredText& text) {
-  constexpr std::string_view kNarrow = "$null";
-  constexpr std::string_view kWide("\0$\0n\0u\0l\0l", 10);
-  const std::string_view marker = text.isWide ? kWide : kNarrow;
-  if (text.bytes.size() < marker.size()) return false;
-  for (size_t at = text.bytes.find(marker); at != std::string_view::npos;
-       at = text.bytes.find(marker, at + 1)) {
-    if (!text.isWide || at % 2 == 0) return true;
-  }
-  return false;
-}
-
 /// Whether a value is a font that may not stand in a document.
 bool isPrivateFont(const ns::Value& value) {
   const auto font = ns::Font::fromValue(value);
@@ -33,7 +20,7 @@ class NodeDataTransform final : public ns::ValueTransform {
   NodeDataTransform(bool unescapes, bool escapes) : unescapes_(unescapes), escapes_(escapes) {}
 
   [[nodiscard]] bool changesText(const ns::StoredText& text) const override {
-    if (!(unescapes_ || escapes_) || !holdsMarker(text)) return false;
+    if (!(unescapes_ || escapes_) || !text.holdsNullMarker()) return false;
     const ns::String stored = text.isWide ? ns::String::fromUtf16BigEndian(text.bytes)
                                           : ns::String::fromAscii(text.bytes);
     return !(string(stored) == stored);
@@ -49,11 +36,7 @@ class NodeDataTransform final : public ns::ValueTransform {
   }
 
   [[nodiscard]] bool mayChangeAttributedStrings(const ns::KeyedArchive& archive) const override {
-    for (uint32_t number = 1; number < archive.objectCount(); ++number) {
-      if (!archive.isReached(number)) continue;
-      const ns::KeyedArchive::Entry entry = archive.entry(number);
-      if (entry.kind != ns::KeyedArchive::EntryKind::instance) continue;
-      if (archive.record(number, entry.object).archivedClass->kind() != ns::Kind::font) continue;
+    for (const uint32_t number : archive.fonts()) {
       if (isPrivateFont(archive.value(number))) return true;
     }
     return false;

@@ -43,7 +43,10 @@ bool OLDataManager::loadDataRepresentationOfType(const std::optional<ns::Data>& 
     ns::log("Document contains unacceptable data");
     return false;
   }
-  if (controller->tree()) refuseItemCircles(controller->tree()->rootNode());
+  // in a tree there are none
+  if (!archive->isTree() && controller->tree()) {
+    refuseItemCircles(controller->tree()->rootNode());
+  }
   ns::Fields otherTopEntries;
   for (const auto& [key, entry] : archive->otherTopEntries()) {
     otherTopEntries.emplace_back(key, ns::archivedField(archive, entry));

@@ -8,6 +8,7 @@
 //   "encoding_version"  2; records without it, or below 2, hold strings that are not escaped
 
 #include "document/ContainerRewriting.h"
+#include "document/NodeArchiving.h"
 #include "document/NodeDataTransform.h"
 #include "model/OLExceptionController.h"
 #include "model/OLNode.h"
@@ -94,91 +95,117 @@ ns::ClassRef OLNode::classForCoder() const {
 void OLNode::encodeWithCoder(ns::Coder& coder) const {
   checkKeyedCoding(coder);
   auto* archiver = dynamic_cast<ns::KeyedArchiver*>(&coder);
-  coder.encodeConditionalObjectForKey(parent(), "parent");
+  coder.encodeConditionalObjectForKey(parent(), kParentKey);
   if (!hasChildrenArray()) {
-    coder.encodeObjectForKey(ns::Value(), "children");
+    coder.encodeObjectForKey(ns::Value(), kChildrenKey);
   } else if (archiver) {
     // lists that nodes share are known by their address, and so is a node's own empty list
+    const size_t count = countChildren();
     const void* list = children_ ? static_cast<const void*>(children_.get()) : this;
     archiver->encodeListForKey(
-        {list, countChildren(), childAt, childrenForm_ == ChildrenForm::immutableArray},
-        "children");
+        {list, count, childAt, childrenForm_ == ChildrenForm::immutableArray}, kChildrenKey);
   } else {
     std::vector<ns::Value> values;
     for (const auto& child : children()) values.emplace_back(child);
-    coder.encodeObjectForKey(ns::Value(ns::Array(std::move(values))), "children");
+    coder.encodeObjectForKey(ns::Value(ns::Array(std::move(values))), kChildrenKey);
   }
-  if (archivedData_.archive && archiver) {
-    archiver->encodeArchivedValueForKey(archivedData_.archive, archivedData_.number,
-                                        &dataForSaving(isArchivedDataEscaped_), "data");
+  if (hasArchivedData_ && archiver) {
+    const ns::FieldReader fields(*archived_.archive, archived_.number);
+    archiver->encodeArchivedValueForKey(archived_.archive, fields.reference(kDataKey),
+                                        &dataForSaving(isArchivedDataEscaped_), kDataKey);
   } else if (const ns::Dictionary* data = loadedData()) {
     static thread_local const ns::ClassRef mutableDictionary =
         ns::makeClass({"NSMutableDictionary", "NSDictionary", "NSObject"});
     ns::Dictionary escaped = escapedData(*data, isArchivedDataEscaped_);
     if (!escaped.archivedClass()) escaped.setArchivedClass(mutableDictionary);
-    coder.encodeObjectForKey(ns::Value(escaped), "data");
+    coder.encodeObjectForKey(ns::Value(escaped), kDataKey);
   } else {
-    coder.encodeObjectForKey(ns::Value(), "data");
+    coder.encodeObjectForKey(ns::Value(), kDataKey);
   }
-  coder.encodeBoolForKey(isExpanded_, "expanded");
-  coder.encodeBoolForKey(isOutlineStyle_, "outlineStyle");
-  coder.encodeIntegerForKey(kEncodingVersion, "encoding_version");
+  coder.encodeBoolForKey(isExpanded_, kExpandedKey);
+  coder.encodeBoolForKey(isOutlineStyle_, kOutlineStyleKey);
+  coder.encodeIntegerForKey(kEncodingVersion, kEncodingVersionKey);
+}
+
+const std::vector<ns::FieldForm>& archivedNodeFields() {
+  using Form = ns::FieldForm::Form;
+  static const std::vector<ns::FieldForm> fields = {
+      {kParentKey, Form::parent},        {kChildrenKey, Form::children},
+      {kDataKey, Form::dictionary},      {kExpandedKey, Form::boolean},
+      {kOutlineStyleKey, Form::boolean}, {kEncodingVersionKey, Form::integer}};
+  return fields;
 }
 
 void OLNode::initWithCoder(ns::Coder& coder) {
   checkKeyedCoding(coder);
-  auto* unarchiver = dynamic_cast<ns::KeyedUnarchiver*>(&coder);
-  const std::shared_ptr<ns::Object> parent = coder.decodeReferenceForKey("parent");
+  const std::shared_ptr<ns::Object> parent = coder.decodeReferenceForKey(kParentKey);
   parent_ = std::dynamic_pointer_cast<OLNode>(parent);
   if (parent && !parent_.lock()) {
     throw ns::ArchiveException("keyed archive: the parent of an OLNode is not an OLNode");
   }
-  if (unarchiver) {
-    switch (unarchiver->listKindForKey("children")) {
-      case ns::KeyedUnarchiver::ListKind::none:
-        childrenForm_ = ChildrenForm::none;
-        break;
-      case ns::KeyedUnarchiver::ListKind::immutableList:
-        childrenForm_ = ChildrenForm::immutableArray;
-        break;
-      case ns::KeyedUnarchiver::ListKind::mutableList:
-        childrenForm_ = ChildrenForm::mutableArray;
-        break;
+  isExpanded_ = coder.decodeBoolForKey(kExpandedKey);
+  isOutlineStyle_ = coder.decodeBoolForKey(kOutlineStyleKey);
+  isArchivedDataEscaped_ = coder.decodeIntegerForKey(kEncodingVersionKey) >= kFirstEscapingVersion;
+  setData(std::nullopt);
+  if (auto* unarchiver = dynamic_cast<ns::KeyedUnarchiver*>(&coder)) {
+    const ns::FieldReader& fields = unarchiver->fields();
+    childrenForm_ = childrenFormOf(fields.listKind(kChildrenKey));
+    hasArchivedData_ = fields.reference(kDataKey) != 0;
+    hasArchivedChildren_ = unarchiver->isLazy() && hasChildrenArray();
+    if (!hasArchivedChildren_) {
+      children_ = std::static_pointer_cast<OLNodeList>(
+          unarchiver->decodeListForKey(kChildrenKey, makeChildren));
     }
-    children_ = std::static_pointer_cast<OLNodeList>(
-        unarchiver->decodeListForKey("children", makeChildren));
-    archivedData_ = unarchiver->archivedValueForKey("data");
-    data_.reset();
-    isDataEmpty_ = false;
-    if (archivedData_.archive && unarchiver->kindForKey("data") != ns::Kind::dictionary) {
-      unarchiver->fail(std::string("\"data\" is ") + ns::describe(unarchiver->kindForKey("data")) +
-                       " and not a dictionary");
-    }
-  } else {
-    const ns::Value list = coder.decodeObjectForKey("children");
-    childrenForm_ = list.isNone() ? ChildrenForm::none : ChildrenForm::mutableArray;
-    const ns::Array values = list.array();
-    children_ = std::static_pointer_cast<OLNodeList>(
-        makeChildren(values.count(), [&](size_t i) { return values[i].object(); }));
-    const ns::Value data = coder.decodeObjectForKey("data");
-    setData(data.isDictionary() ? std::optional(data.dictionary()) : std::nullopt);
+    archived_ = {unarchiver->archive(), fields.number()};
+    leaveArchive();
+    return;
   }
-  isExpanded_ = coder.decodeBoolForKey("expanded");
-  isOutlineStyle_ = coder.decodeBoolForKey("outlineStyle");
-  isArchivedDataEscaped_ = coder.decodeIntegerForKey("encoding_version") >= kFirstEscapingVersion;
-  if (!unarchiver && data_) {
-    if (isArchivedDataEscaped_) {
-      replaceOccurenceOfStringWithStringInDictionary("\\$null", "$null", *data_);
-    }
-    fixFontAttributesInDictionary(*data_);
+  const ns::Value list = coder.decodeObjectForKey(kChildrenKey);
+  childrenForm_ = list.isNone() ? ChildrenForm::none : ChildrenForm::mutableArray;
+  const ns::Array values = list.array();
+  children_ = std::static_pointer_cast<OLNodeList>(
+      makeChildren(values.count(), [&](size_t i) { return values[i].object(); }));
+  const ns::Value stored = coder.decodeObjectForKey(kDataKey);
+  if (!stored.isDictionary()) return;
+  ns::Dictionary data = stored.dictionary();
+  if (isArchivedDataEscaped_) {
+    replaceOccurenceOfStringWithStringInDictionary("\\$null", "$null", data);
   }
+  fixFontAttributesInDictionary(data);
+  setData(data);
+}
+
+OLNode::ChildrenForm OLNode::childrenFormOf(ns::FieldReader::ListKind kind) {
+  switch (kind) {
+    case ns::FieldReader::ListKind::none:
+      return ChildrenForm::none;
+    case ns::FieldReader::ListKind::immutableList:
+      return ChildrenForm::immutableArray;
+    case ns::FieldReader::ListKind::mutableList:
+      break;
+  }
+  return ChildrenForm::mutableArray;
+}
+
+void OLNode::loadArchivedChildren() const {
+  hasArchivedChildren_ = false;
+  const auto self = std::const_pointer_cast<ns::Object>(shared_from_this());
+  children_ = std::static_pointer_cast<OLNodeList>(ns::KeyedUnarchiver::decodeChildren(
+      archived_.archive, archived_.number, self, kChildrenKey, makeChildren));
+  leaveArchive();
 }
 
 void OLNode::loadArchivedData() const {
-  const ns::ArchivedValue archived = std::move(archivedData_);
-  archivedData_ = {};
-  data_ = archived.archive->value(archived.number, &dataAfterLoading(isArchivedDataEscaped_))
+  hasArchivedData_ = false;
+  const ns::FieldReader fields(*archived_.archive, archived_.number);
+  data_ = archived_.archive
+              ->value(fields.reference(kDataKey), &dataAfterLoading(isArchivedDataEscaped_))
               .dictionary();
+  leaveArchive();
+}
+
+void OLNode::leaveArchive() const {
+  if (!hasArchivedChildren_ && !hasArchivedData_) archived_ = {};
 }
 
 void OLNode::replaceOccurenceOfStringWithStringInDictionary(const ns::String& target,

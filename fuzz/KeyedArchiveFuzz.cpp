@@ -44,7 +44,8 @@ class Item final : public ns::Object {
   void initWithCoder(ns::Coder& coder) override {
     auto& unarchiver = dynamic_cast<ns::KeyedUnarchiver&>(coder);
     parent_ = coder.decodeReferenceForKey("parent");
-    data_ = unarchiver.archivedValueForKey("data");
+    const uint32_t number = unarchiver.fields().reference("data");
+    if (number != 0) data_ = {unarchiver.archive(), number};
     size_ = coder.decodeIntegerForKey("size");
     if (auto list = unarchiver.decodeListForKey("children", makeList)) {
       children_ = *std::static_pointer_cast<List>(list);
@@ -85,8 +86,9 @@ const ns::ClassRegistry& classes() {
 }
 
 void decodeEverything(const ns::KeyedArchive& archive) {
+  const std::vector<bool> reached = archive.reachedNumbers();
   for (uint32_t number = 0; number < archive.objectCount(); ++number) {
-    if (!archive.isReached(number)) continue;
+    if (!reached[number]) continue;
     const ns::Value value = archive.value(number);
     (void)value.hash();
     (void)(archive.value(number) == value);

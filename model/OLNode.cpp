@@ -72,9 +72,10 @@ std::shared_ptr<OLNode> OLNode::create() {
 
 std::shared_ptr<OLNode> OLNode::copy() const {
   auto copy = create();
+  if (hasArchivedChildren_) loadArchivedChildren();
+  if (hasArchivedData_) loadArchivedData();
   copy->children_ = children_;
   copy->childrenForm_ = hasChildrenArray() ? ChildrenForm::immutableArray : ChildrenForm::none;
-  if (archivedData_.archive) loadArchivedData();
   copy->data_ = data_;
   copy->isDataEmpty_ = isDataEmpty_;
   copy->isExpanded_ = isExpanded_;
@@ -113,13 +114,13 @@ bool OLNode::isContainedBy(const OLNode* node) const {
 
 const ns::Dictionary* OLNode::loadedData() const {
   static thread_local const ns::Dictionary empty;
-  if (archivedData_.archive) loadArchivedData();
+  if (hasArchivedData_) loadArchivedData();
   if (data_) return &*data_;
   return isDataEmpty_ ? &empty : nullptr;
 }
 
 ns::Dictionary* OLNode::editData() {
-  if (archivedData_.archive) loadArchivedData();
+  if (hasArchivedData_) loadArchivedData();
   if (!data_) data_.emplace();
   return &*data_;
 }
@@ -130,7 +131,8 @@ std::optional<ns::Dictionary> OLNode::data() const {
 }
 
 void OLNode::setData(std::optional<ns::Dictionary> data) {
-  archivedData_ = {};
+  hasArchivedData_ = false;
+  leaveArchive();
   isDataEmpty_ = false;
   data_ = std::move(data);
 }

@@ -7,6 +7,7 @@
 
 #include "model/OLItems.h"
 #include "platform/archive/ArchivedValue.h"
+#include "platform/archive/FieldReader.h"
 #include "platform/foundation/Dictionary.h"
 #include "platform/foundation/IndexSet.h"
 #include "platform/foundation/Object.h"
@@ -111,7 +112,10 @@ class OLNode : public ns::Object {
   [[nodiscard]] std::shared_ptr<OLNode> childAtIndex(uint64_t index) const;
 
   /// -countChildren
-  [[nodiscard]] uint64_t countChildren() const { return children_ ? children_->size() : 0; }
+  [[nodiscard]] uint64_t countChildren() const {
+    if (hasArchivedChildren_) loadArchivedChildren();
+    return children_ ? children_->size() : 0;
+  }
 
   /// -countLeaves  1 for a node without children, else the sum over the children.  Raises
   /// OLException "It is not expected that control reach here." when a node is its own
@@ -227,6 +231,7 @@ class OLNode : public ns::Object {
   /// every change of the list makes it a mutable array.
   enum class ChildrenForm : uint8_t { none, immutableArray, mutableArray };
 
+  static ChildrenForm childrenFormOf(ns::FieldReader::ListKind kind);
   /// The list for a change: made when there is none, copied when another node shares it.
   OLNodeList& editChildren();
   std::shared_ptr<OLNode> self();
@@ -240,8 +245,11 @@ class OLNode : public ns::Object {
 
   /// What is stored under a key, whatever its kind.
   [[nodiscard]] ns::Value storedValueForKey(const ns::Value& key) const;
-  /// Decodes data that still lies in an archive.  Defined in document/.
+  /// Makes the children, or the data, that still lie in the archive.  Defined in document/.
+  void loadArchivedChildren() const;
   void loadArchivedData() const;
+  /// Forgets the archive when nothing of the node lies there any longer.
+  void leaveArchive() const;
   /// The data for reading, or none when there is no dictionary.  Valid until the data changes.
   [[nodiscard]] const ns::Dictionary* loadedData() const;
   /// The data for a change; made when there is none.
@@ -250,12 +258,12 @@ class OLNode : public ns::Object {
   std::weak_ptr<OLNode> parent_;
   /// Null or empty while there are no children.  Nodes may share one list: a copy with its source,
   /// nodes whose archive had them share it.
-  std::shared_ptr<OLNodeList> children_;
+  mutable std::shared_ptr<OLNodeList> children_;
   /// The dictionary.  Without one the data is none, or empty if `isDataEmpty_` says so: a new node
-  /// gets its dictionary with the first value.  While `archivedData_` has an archive, the data
-  /// lies there and `data_` is empty.
+  /// gets its dictionary with the first value.
   mutable std::optional<ns::Dictionary> data_;
-  mutable ns::ArchivedValue archivedData_;
+  /// The node's record, while children or data have not been asked for since they were loaded.
+  mutable ns::ArchivedValue archived_;
   /// Null while empty.
   std::unique_ptr<ns::Dictionary> runtimeAttributes_;
   mutable ns::Value hashNumber_;
@@ -263,6 +271,8 @@ class OLNode : public ns::Object {
   bool isDataEmpty_ = false;
   bool isExpanded_ = false;
   bool isOutlineStyle_ = false;
+  mutable bool hasArchivedChildren_ = false;
+  mutable bool hasArchivedData_ = false;
   bool isArchivedDataEscaped_ = false;
   ChildrenForm childrenForm_ = ChildrenForm::mutableArray;
 };

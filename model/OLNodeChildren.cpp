@@ -41,7 +41,7 @@ void OLNode::walkBelow(Node& top, Visit visit) {
       continue;
     }
     Node& parent = *level.node;
-    Node& child = *(*parent.children_)[level.next++];
+    Node& child = *parent.children()[level.next++];
     visit(parent, child);
     if (child.countChildren() == 0) continue;
     // A circle makes the levels repeat.  Each new one is compared with the last whose depth is a
@@ -55,10 +55,12 @@ void OLNode::walkBelow(Node& top, Visit visit) {
 
 const OLNodeList& OLNode::children() const {
   static const OLNodeList empty;
+  if (hasArchivedChildren_) loadArchivedChildren();
   return children_ ? *children_ : empty;
 }
 
 OLNodeList& OLNode::editChildren() {
+  if (hasArchivedChildren_) loadArchivedChildren();
   childrenForm_ = ChildrenForm::mutableArray;
   if (!children_) {
     children_ = std::make_shared<OLNodeList>();
@@ -70,6 +72,8 @@ OLNodeList& OLNode::editChildren() {
 
 void OLNode::setChildren(std::optional<OLNodeList> children) {
   if (children) checkNoneAmong(*children, "setChildren:");
+  // the nodes that go are heard of, also those that nobody has asked for
+  if (hasArchivedChildren_) loadArchivedChildren();
   childrenForm_ = children ? ChildrenForm::mutableArray : ChildrenForm::none;
   std::shared_ptr<OLNodeList> list;
   if (children && !children->empty()) list = std::make_shared<OLNodeList>(std::move(*children));
@@ -79,7 +83,7 @@ void OLNode::setChildren(std::optional<OLNodeList> children) {
 }
 
 std::shared_ptr<OLNode> OLNode::childAtIndex(uint64_t index) const {
-  return index < countChildren() ? (*children_)[index] : nullptr;
+  return index < countChildren() ? children()[index] : nullptr;
 }
 
 uint64_t OLNode::countLeaves() const {
@@ -96,8 +100,8 @@ void OLNode::buildTreeWithRetainForChild(bool) {
 }
 
 int64_t OLNode::indexOfChild(const OLNode* child) const {
-  if (!child || !children_) return -1;
-  const OLNodeList& list = *children_;
+  if (!child) return -1;
+  const OLNodeList& list = children();
   // Unsigned, so that the neighbours of any cached index are past the end rather than undefined.
   const auto cached = static_cast<uint64_t>(cacheIndexOfChild_);
   for (const uint64_t probe : {cached, cached + 1, cached - 1}) {

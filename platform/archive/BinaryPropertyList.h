@@ -56,6 +56,10 @@ class BinaryPropertyList {
   [[nodiscard]] uint32_t objectCount() const { return count_; }
   [[nodiscard]] uint32_t topObject() const { return top_; }
   [[nodiscard]] size_t fileLength() const { return data_.length(); }
+  [[nodiscard]] const Data& data() const { return data_; }
+  /// Where the objects end.
+  [[nodiscard]] uint64_t tableOffset() const { return tableOffset_; }
+  [[nodiscard]] const uint8_t* bytesAt(uint64_t offset) const { return base_ + offset; }
 
   /// The object of an index below objectCount(); raises ArchiveException when its bytes are no
   /// object or run into the offset table.

@@ -13,6 +13,20 @@ namespace ns {
 
 class KeyedArchive;
 
+/// What a field of an object holds; else opening the archive raises ArchiveException.  Any field
+/// may be missing.
+struct FieldForm {
+  enum class Form : uint8_t {
+    parent,      ///< a reference back to an object that has this one among its children
+    children,    ///< an array of objects, or null
+    dictionary,  ///< a dictionary, or null
+    boolean,     ///< a number, in the record or as an object
+    integer      ///< the same
+  };
+  const char* key;  ///< a literal; the one that the class itself uses is found fastest
+  Form form;
+};
+
 /// How instances of one class are read from archives.
 struct ClassCoding {
   Kind kind = Kind::record;
@@ -27,6 +41,9 @@ struct ClassCoding {
 
   /// Makes an empty object of a class whose instances have an identity; `initWithCoder` fills it.
   std::shared_ptr<Object> (*create)() = nullptr;
+
+  /// The fields of a class whose objects form trees.
+  std::vector<FieldForm> fields = {};
 };
 
 /// The classes that a reader of archives knows, by name.  A class that it does not know is kept

@@ -48,12 +48,6 @@ const char* nameOf(BinaryPropertyList::Type type) {
   throw ArchiveException("keyed archive: " + what);
 }
 
-bool isNullMarker(const BinaryPropertyList::Object& object) {
-  // other writers may store ASCII text in the wide form
-  constexpr std::string_view kWide("\0$\0n\0u\0l\0l", 10);
-  return object.text() == (object.type == BinaryPropertyList::Type::ascii ? "$null" : kWide);
-}
-
 /// A class in one piece of text, by which equal ones are found.
 std::string contentOf(const ClassInfo& info) {
   std::string content = info.hasChain ? "+" : "-";
@@ -68,6 +62,12 @@ std::string contentOf(const ClassInfo& info) {
 }
 
 }  // namespace
+
+bool KeyedArchive::isNullMarker(const Object& object) {
+  // other writers may store ASCII text in the wide form
+  constexpr std::string_view kWide("\0$\0n\0u\0l\0l", 10);
+  return object.text() == (object.type == Type::ascii ? "$null" : kWide);
+}
 
 uint32_t KeyedArchive::Shape::find(const char* literal) const {
   const uint32_t count = this->count();
@@ -97,6 +97,19 @@ std::shared_ptr<KeyedArchive> KeyedArchive::open(const Data& data, const ClassRe
 }
 
 KeyedArchive::~KeyedArchive() = default;
+
+bool StoredText::holdsNullMarker() const {
+  constexpr std::string_view kNarrow = "$null";
+  constexpr std::string_view kWide("\0$\0n\0u\0l\0l", 10);
+  // a dollar is rare, and found much faster than a text that begins with a zero
+  for (size_t at = bytes.find('$'); at != std::string_view::npos; at = bytes.find('$', at + 1)) {
+    if (isWide ? at % 2 == 1 && bytes.substr(at - 1).starts_with(kWide)
+               : bytes.substr(at).starts_with(kNarrow)) {
+      return true;
+    }
+  }
+  return false;
+}
 
 void KeyedArchive::readTop(Root required) {
   const Object top = list_.object(list_.topObject());
@@ -208,12 +221,8 @@ std::optional<KeyedArchive::Object> KeyedArchive::fieldForKey(const Record& reco
   return field(record, position);
 }
 
-uint32_t KeyedArchive::target(const Object& uid) const {
-  const uint64_t number = BinaryPropertyList::load(uid.bytes, uid.width);
-  if (number >= count_) {
-    refuse("reference to object " + std::to_string(number) + " of " + std::to_string(count_));
-  }
-  return static_cast<uint32_t>(number);
+void KeyedArchive::failTarget(uint64_t number) const {
+  refuse("reference to object " + std::to_string(number) + " of " + std::to_string(count_));
 }
 
 KeyedArchive::Entry KeyedArchive::entry(uint32_t number) const {
@@ -241,6 +250,11 @@ KeyedArchive::Entry KeyedArchive::entry(uint32_t number) const {
   fail(number, std::string("the entry is ") + nameOf(object.type));
 }
 
+bool KeyedArchive::isClassRecord(uint32_t number, const Object& dictionary) const {
+  const Shape& shape = shapeOf(number, dictionary);
+  return shape.class_ == shape.count() && shape.className_ != shape.count();
+}
+
 KeyedArchive::Record KeyedArchive::record(uint32_t number) const {
   const Entry found = entry(number);
   if (found.kind != EntryKind::instance) {
@@ -257,14 +271,15 @@ KeyedArchive::Record KeyedArchive::record(uint32_t number, const Object& object)
                      ? "a dictionary without \"$class\""
                      : "a class record stands where an instance should");
   }
-  const Object reference = list_.object(list_.reference(values, shape.class_));
-  if (reference.type != Type::uid) {
-    fail(number, std::string("\"$class\" is ") + nameOf(reference.type) + " and not a reference");
-  }
-  const uint32_t classNumber = target(reference);
-  if (classNumber != shape.recentClassNumber_ || !shape.recentClass_) {
-    shape.recentClass_ = &classAt(classNumber, number);
-    shape.recentClassNumber_ = classNumber;
+  // the same reference names the same class
+  const uint32_t index = list_.reference(values, shape.class_);
+  if (index != shape.recentClassIndex_ || !shape.recentClass_) {
+    const Object reference = list_.object(index);
+    if (reference.type != Type::uid) {
+      fail(number, std::string("\"$class\" is ") + nameOf(reference.type) + " and not a reference");
+    }
+    shape.recentClass_ = &classAt(target(reference), number);
+    shape.recentClassIndex_ = index;
   }
   return {&shape, shape.recentClass_, values};
 }
@@ -447,10 +462,7 @@ const KeyedArchive::Changes& KeyedArchive::changesOf(const ValueTransform& trans
   const auto [found, isNew] = changes_.try_emplace(&transform);
   Changes& changes = found->second;
   if (!isNew) return changes;
-  changes.changed.assign(count_, false);
   std::vector<uint32_t> pending;
-  std::vector<std::pair<uint32_t, uint32_t>> holders;  // element, container
-  const bool looksAtText = transform.mayChangeAttributedStrings(*this);
   std::unordered_map<TextKey, bool, TextHash> longTexts;
   const auto changesText = [&](const Object& text) {
     const StoredText stored{text.text(), text.type == Type::utf16};
@@ -460,32 +472,24 @@ const KeyedArchive::Changes& KeyedArchive::changesOf(const ValueTransform& trans
     if (isNewText) known->second = transform.changesText(stored);
     return known->second;
   };
-  for (uint32_t number = 1; number < count_; ++number) {
-    if (!reached_[number]) continue;
-    const Entry it = entry(number);
-    if (it.kind == EntryKind::null) continue;
-    bool isChanged = false;
-    if (it.kind == EntryKind::scalar) {
-      isChanged = it.object.isString() && changesText(it.object);
-    } else {
-      const Kind kindOfIt = record(number, it.object).archivedClass->kind();
-      if (kindOfIt == Kind::string) {
-        const std::optional<Object> text = storedText(number);
-        isChanged = text && changesText(*text);
-      } else if (kindOfIt == Kind::attributedString && looksAtText) {
-        const Value before = value(number);
-        isChanged = !(transform.attributedString(before).body() == before.body());
-      }
-    }
-    if (isChanged) {
-      changes.changed[number] = true;
-      pending.push_back(number);
+  for (const uint32_t number : findings_.markedTexts) {
+    const std::optional<Object> text = storedText(number);
+    if (text && changesText(*text)) pending.push_back(number);
+  }
+  if (transform.mayChangeAttributedStrings(*this)) {
+    for (const uint32_t number : findings_.attributedStrings) {
+      const Value before = value(number);
+      if (!(transform.attributedString(before).body() == before.body())) pending.push_back(number);
     }
   }
   changes.nothing = pending.empty();
   if (changes.nothing) return changes;
+  changes.changed.assign(count_, false);
+  for (const uint32_t number : pending) changes.changed[number] = true;
+  const std::vector<bool> reached = reachedNumbers();
+  std::vector<std::pair<uint32_t, uint32_t>> holders;  // element, container
   for (uint32_t number = 1; number < count_; ++number) {
-    if (!reached_[number]) continue;
+    if (!reached[number]) continue;
     const Entry it = entry(number);
     if (it.kind != EntryKind::instance) continue;
     const Record held = record(number, it.object);

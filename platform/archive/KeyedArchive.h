@@ -23,8 +23,9 @@ namespace ns {
 ///
 /// Opening checks every object that can be reached from the root, so that nothing read from an
 /// open archive later fails: all references lead to objects, every instance has a class, known
-/// classes have their form.  Afterwards any object can be decoded on its own, when somebody asks
-/// for it; an object reached along several ways is decoded once, as long as the value lives.
+/// classes have their form.  What cannot be reached may be anything.  Afterwards any object can be
+/// decoded on its own, when somebody asks for it; an object reached along several ways is decoded
+/// once, as long as the value lives.
 ///
 /// An archive object is named by its number, its index in "$objects".  Number 0 is null.
 ///
@@ -61,8 +62,8 @@ class KeyedArchive : public std::enable_shared_from_this<KeyedArchive> {
       mutable const char* literal;
     };
     std::vector<Key> keys_;
-    const uint8_t* references_ = nullptr;     // of the keys, in the file
-    mutable uint32_t recentClassNumber_ = 0;  // the class of the record looked at last
+    const uint8_t* references_ = nullptr;    // of the keys, in the file
+    mutable uint32_t recentClassIndex_ = 0;  // the class of the record looked at last
     mutable const Class* recentClass_ = nullptr;
     uint32_t class_ = 0;      // position of "$class", or count()
     uint32_t className_ = 0;  // position of "$classname", or count()
@@ -99,11 +100,28 @@ class KeyedArchive : public std::enable_shared_from_this<KeyedArchive> {
   [[nodiscard]] const TopEntries& otherTopEntries() const { return otherTopEntries_; }
   [[nodiscard]] uint32_t objectCount() const { return count_; }
   [[nodiscard]] size_t fileLength() const { return list_.fileLength(); }
-  /// The numbers of all objects of classes with an identity, in the order they were reached.
-  [[nodiscard]] const std::vector<uint32_t>& objectNumbers() const { return objects_; }
-  /// Whether a value (not just an object's own field or list) refers to an object.
-  [[nodiscard]] bool isReferredToByValue(uint32_t number) const { return byValue_[number]; }
-  [[nodiscard]] bool isReached(uint32_t number) const { return reached_[number]; }
+  /// Whether the objects of classes with an identity form a tree, as they do in every document
+  /// that an outliner wrote: each has one owner and is mentioned by nobody else, but its own
+  /// children may refer back to it.  Then any of them can be made alone, when somebody asks for
+  /// it; else all are made together.
+  [[nodiscard]] bool isTree() const { return findings_.isTree; }
+  /// The numbers of all fonts, and of some that nothing leads to.
+  [[nodiscard]] const std::vector<uint32_t>& fonts() const { return findings_.fonts; }
+  /// The numbers of all objects of classes with an identity that the root leads to, in the order
+  /// they were reached; none while they are a tree.
+  [[nodiscard]] const std::vector<uint32_t>& objectNumbers() const { return findings_.objects; }
+  /// A kind of records of which there are many: those of the objects of a tree, and of their lists
+  /// of children, with the same keys and the same class.
+  struct Form {
+    uint32_t example;  ///< one of them
+    /// Whether every field for numbers is in the record itself, and those for integers hold the
+    /// same everywhere.
+    bool isUniform;
+  };
+  /// The forms of the objects of a tree and of their lists; none for other archives.
+  [[nodiscard]] const std::vector<Form>& forms() const { return findings_.forms; }
+  /// Whether the root leads to them, by number.  Linear in the archive.
+  [[nodiscard]] std::vector<bool> reachedNumbers() const;
 
   // The stored form.  Numbers passed in are below objectCount().
 
@@ -132,12 +150,19 @@ class KeyedArchive : public std::enable_shared_from_this<KeyedArchive> {
     return list_.reference(numbers_, number);
   }
   /// The number that a UID object refers to; raises ArchiveException when it is out of range.
-  [[nodiscard]] uint32_t target(const Object& uid) const;
+  [[nodiscard]] uint32_t target(const Object& uid) const {
+    const uint64_t number = BinaryPropertyList::load(uid.bytes, uid.width);
+    if (number >= count_) failTarget(number);
+    return static_cast<uint32_t>(number);
+  }
   /// The kind of value that a number stands for.
   [[nodiscard]] Kind kind(uint32_t number) const;
   [[nodiscard]] bool isNull(uint32_t number) const {
     return number == 0 || entry(number).kind == EntryKind::null;
   }
+
+  /// Whether a dictionary describes a class.
+  [[nodiscard]] bool isClassRecord(uint32_t number, const Object& dictionary) const;
 
   /// Fetches the place of an object, or its first bytes, into the processor's cache.
   void prefetchOffset(uint32_t number) const {
@@ -201,6 +226,7 @@ class KeyedArchive : public std::enable_shared_from_this<KeyedArchive> {
   friend class CachedOrigin;
 
   void readTop(Root root);
+  [[noreturn]] void failTarget(uint64_t number) const;
   [[nodiscard]] const Shape& shapeOf(uint32_t number, const Object& dictionary) const;
   const Shape& addShape(uint32_t number, const Object& dictionary, uint64_t hash) const;
   [[nodiscard]] const Class& classAt(uint32_t number, uint32_t ofInstance) const;
@@ -247,9 +273,21 @@ class KeyedArchive : public std::enable_shared_from_this<KeyedArchive> {
   uint32_t root_ = 0;
   TopEntries otherTopEntries_;
   std::vector<uint32_t> otherTopIndexes_;  // their places in the object table
-  std::vector<bool> reached_;
-  std::vector<bool> byValue_;
-  std::vector<uint32_t> objects_;
+
+  friend class ArchiveScan;
+  [[nodiscard]] static bool isNullMarker(const Object& object);
+
+  /// What was met while the archive was checked.  The lists hold what the root leads to, and
+  /// maybe more.
+  struct Findings {
+    bool isTree = false;
+    std::vector<uint32_t> objects;      // with an identity; none of a tree
+    std::vector<Form> forms;            // of a tree
+    std::vector<uint32_t> markedTexts;  // strings that hold "$null"
+    std::vector<uint32_t> fonts;
+    std::vector<uint32_t> attributedStrings;
+  };
+  Findings findings_;
 
   mutable std::vector<std::unique_ptr<Shape>> shapes_;
   mutable std::unordered_multimap<uint64_t, const Shape*> shapesByHash_;

@@ -3,10 +3,10 @@
 
 #include <algorithm>
 #include <unordered_map>
-#include <unordered_set>
 
 #include "platform/archive/AsciiCheck.h"
-#include "platform/archive/KeyedArchive.h"
+#include "platform/archive/FieldReader.h"
+#include "platform/archive/KeyedArchiveScan.h"
 
 namespace ns {
 
@@ -17,10 +17,11 @@ constexpr int kDeepestNesting = 512;
 
 }  // namespace
 
-/// Walks an archive with a list of numbers still to be looked at, never by recursion.
+/// Looks at everything that the root leads to, with a list of numbers still to be looked at, never
+/// by recursion.
 class ArchiveChecker {
  public:
-  explicit ArchiveChecker(KeyedArchive& archive) : archive_(archive), list_(archive.list_) {
+  explicit ArchiveChecker(const KeyedArchive& archive) : archive_(archive), list_(archive.list_) {
     // Every field and element takes a byte of the file or more; only containers that are used
     // several times exceed that, and there are hardly any in archives.
     budget_ = 2 * list_.fileLength() + 100000;
@@ -29,14 +30,14 @@ class ArchiveChecker {
   }
 
   void run() {
-    // a root that is a list belongs to nobody: it refers to objects as a value does
-    reach(archive_.root_, archive_.kind(archive_.root_) != Kind::object);
+    reached_.resize(archive_.count_);
+    reach(archive_.root_);
     for (size_t i = 0; i < archive_.otherTopEntries_.size(); ++i) {
       const Object& entry = archive_.otherTopEntries_[i].second;
       if (entry.type == Type::uid) {
-        reach(archive_.target(entry), true);
+        reach(archive_.target(entry));
       } else if (entry.type == Type::array || entry.type == Type::dictionary) {
-        checkInline(0, entry, archive_.otherTopIndexes_[i], true);
+        checkInline(0, entry, archive_.otherTopIndexes_[i]);
       } else {
         checkText(0, entry);
       }
@@ -51,19 +52,16 @@ class ArchiveChecker {
     }
   }
 
+  KeyedArchive::Findings takeFindings() { return std::move(findings_); }
+  std::vector<bool> takeReached() { return std::move(reached_); }
+
  private:
   using Object = KeyedArchive::Object;
   using Type = KeyedArchive::Type;
 
-  /// Numbers are listed when reached first, and once more when a value refers to them.
-  void reach(uint32_t number, bool byValue) {
-    if (byValue) {
-      if (archive_.byValue_[number]) return;
-      archive_.byValue_[number] = true;
-    } else if (archive_.reached_[number]) {
-      return;
-    }
-    archive_.reached_[number] = true;
+  void reach(uint32_t number) {
+    if (reached_[number]) return;
+    reached_[number] = true;
     pending_.push_back(number);
   }
 
@@ -79,22 +77,17 @@ class ArchiveChecker {
     const KeyedArchive::Entry entry = archive_.entry(number);
     if (entry.kind == KeyedArchive::EntryKind::null) return;
     if (entry.kind == KeyedArchive::EntryKind::scalar) {
-      checkText(number, entry.object);
+      if (isMarked(number, entry.object)) findings_.markedTexts.push_back(number);
       return;
     }
     const KeyedArchive::Record record = archive_.record(number, entry.object);
     const Kind kind = record.archivedClass->kind();
-    bool byValue = true;
     if (kind == Kind::object) {
-      byValue = false;
-      if (isListed_.empty()) isListed_.resize(archive_.count_);
-      if (!isListed_[number]) {
-        isListed_[number] = true;
-        archive_.objects_.push_back(number);
-      }
-    } else if (kind == Kind::array) {
-      // the list of an object's children is the object's own
-      byValue = archive_.byValue_[number];
+      findings_.objects.push_back(number);
+    } else if (kind == Kind::font) {
+      findings_.fonts.push_back(number);
+    } else if (kind == Kind::attributedString) {
+      findings_.attributedStrings.push_back(number);
     }
     const uint32_t count = record.shape->count();
     spend(count);
@@ -102,46 +95,56 @@ class ArchiveChecker {
     for (uint32_t i = 0; i < count; ++i) {
       const Object field = archive_.field(record, i);
       if (field.type == Type::uid) {
-        if (i != record.shape->classPosition()) reach(archive_.target(field), byValue);
+        if (i != record.shape->classPosition()) reach(archive_.target(field));
       } else if (field.type == Type::array || field.type == Type::dictionary) {
-        checkInline(number, field, archive_.fieldIndex(record, i), byValue);
-      } else {
-        checkText(number, field);
+        checkInline(number, field, archive_.fieldIndex(record, i));
+      } else if (isMarked(number, field) && kind == Kind::string) {
+        findings_.markedTexts.push_back(number);
       }
     }
     checkForm(number, record, kind);
   }
 
-  void checkText(uint32_t number, const Object& object) {
-    const size_t length = object.text().size();
-    if (length >= KeyedArchive::kLongText) {
+  void checkText(uint32_t number, const Object& object) { (void)isMarked(number, object); }
+
+  /// Checks a string or data; says whether it is a string that holds "$null".
+  bool isMarked(uint32_t number, const Object& object) {
+    const std::string_view text = object.text();
+    bool* known = nullptr;
+    if (text.size() >= KeyedArchive::kLongText) {
       // a long text is looked at once, however many objects share it
-      if (!texts_.insert({object.bytes, object.count, object.type}).second) return;
-      if (length > textBudget_) {
+      const auto [found, isNew] = texts_.try_emplace({object.bytes, object.count, object.type});
+      if (!isNew) return found->second;
+      known = &found->second;
+      if (text.size() > textBudget_) {
         throw ArchiveException(
             "keyed archive: overlapping texts add up to far more than the file holds");
       }
-      textBudget_ -= length;
+      textBudget_ -= text.size();
     }
-    if (object.type == Type::ascii && !isAllAscii(object.text())) {
+    if (!object.isString()) return false;
+    if (object.type == Type::ascii && !isAllAscii(text)) {
       archive_.fail(number, "an ASCII string holds bytes above 127");
     }
+    const bool result = StoredText{text, object.type == Type::utf16}.holdsNullMarker();
+    if (known) *known = result;
+    return result;
   }
 
   /// A container inside a record: usually a list of references.
-  void checkInline(uint32_t number, const Object& container, uint32_t index, bool byValue) {
+  void checkInline(uint32_t number, const Object& container, uint32_t index) {
     if (container.type == Type::array) {
       spend(container.count);
       uint64_t i = 0;
       for (; i < container.count; ++i) {
         const Object element = archive_.element(container, i);
         if (element.type != Type::uid) break;
-        reach(archive_.target(element), byValue);
+        reach(archive_.target(element));
       }
       if (i == container.count) return;
     }
     isPlain_ = false;
-    nested(number, container, index, byValue, 1);
+    nested(number, container, index, 1);
   }
 
   /// What is known about a container inside records.
@@ -151,7 +154,7 @@ class ArchiveChecker {
   };
 
   /// The extent of a container, which must not hold itself.
-  Extent nested(uint32_t number, const Object& container, uint32_t index, bool byValue, int depth) {
+  Extent nested(uint32_t number, const Object& container, uint32_t index, int depth) {
     if (depth > kDeepestNesting) archive_.fail(number, "containers are nested too deeply");
     const auto [found, isNew] = extents_.try_emplace(index);
     if (!isNew) {
@@ -174,11 +177,10 @@ class ArchiveChecker {
     for (uint64_t i = first; i < last; ++i) {
       const Object element = archive_.element(container, i);
       if (element.type == Type::uid) {
-        // references are marked as a value's, whoever else shares the container
-        reach(archive_.target(element), true);
+        reach(archive_.target(element));
       } else if (element.type == Type::array || element.type == Type::dictionary) {
         const Extent inner =
-            nested(number, element, archive_.elementIndex(container, i), byValue, depth + 1);
+            nested(number, element, archive_.elementIndex(container, i), depth + 1);
         extent.height = std::max(extent.height, 1 + inner.height);
         extent.size += inner.size;
       } else {
@@ -197,6 +199,9 @@ class ArchiveChecker {
       return;
     }
     switch (kind) {
+      case Kind::object:
+        checkFields(number, *coding);
+        break;
       case Kind::array:
         (void)references(number, record, "NS.objects");
         break;
@@ -233,6 +238,33 @@ class ArchiveChecker {
     }
   }
 
+  void checkFields(uint32_t number, const ClassCoding& coding) const {
+    if (coding.fields.empty()) return;
+    const FieldReader fields(archive_, number);
+    for (const FieldForm& field : coding.fields) {
+      switch (field.form) {
+        case FieldForm::Form::parent:
+          break;  // said when it is read, with what it should be
+        case FieldForm::Form::children:
+          (void)fields.listKind(field.key);
+          break;
+        case FieldForm::Form::dictionary: {
+          const Kind kind = fields.kind(field.key);
+          if (kind != Kind::none && kind != Kind::dictionary) {
+            fields.failKind(field.key, kind, "a dictionary");
+          }
+          break;
+        }
+        case FieldForm::Form::boolean:
+          (void)fields.boolean(field.key);
+          break;
+        case FieldForm::Form::integer:
+          (void)fields.integer(field.key);
+          break;
+      }
+    }
+  }
+
   /// The length of a list of references; nothing when the record does not have it.
   std::optional<uint64_t> references(uint32_t number, const KeyedArchive::Record& record,
                                      const char* key) {
@@ -249,23 +281,37 @@ class ArchiveChecker {
     return list->count;
   }
 
-  KeyedArchive& archive_;
+  const KeyedArchive& archive_;
   const BinaryPropertyList& list_;
+  KeyedArchive::Findings findings_;
   uint64_t budget_ = 0;
   bool isPlain_ = true;  // every container in the record looked at holds only references
-  std::vector<uint32_t> pending_;
-  std::vector<bool> isListed_;
   std::unordered_map<uint32_t, Extent> extents_;  // of containers inside records
   uint64_t textBudget_ = 0;
-  std::unordered_set<KeyedArchive::TextKey, KeyedArchive::TextHash> texts_;  // long ones seen
+  // long ones seen, and whether they hold "$null"
+  std::unordered_map<KeyedArchive::TextKey, bool, KeyedArchive::TextHash> texts_;
+
+  std::vector<bool> reached_;
+  std::vector<uint32_t> pending_;
 };
 
 KeyedArchive::KeyedArchive(const Data& data, const ClassRegistry& registry, Root root)
     : list_(data), registry_(registry), nameBudget_(2 * data.length() + 100000) {
   readTop(root);
-  reached_.resize(count_);
-  byValue_.resize(count_);
-  ArchiveChecker(*this).run();
+  ArchiveScan scan(*this);
+  if (scan.run()) {
+    findings_ = scan.takeFindings();
+    return;
+  }
+  ArchiveChecker checker(*this);
+  checker.run();
+  findings_ = checker.takeFindings();
+}
+
+std::vector<bool> KeyedArchive::reachedNumbers() const {
+  ArchiveChecker checker(*this);
+  checker.run();
+  return checker.takeReached();
 }
 
 }  // namespace ns

@@ -173,7 +173,6 @@ uint16_t KeyedArchiver::sourceOf(const std::shared_ptr<const KeyedArchive>& arch
   Source source;
   source.archive = archive;
   source.numbers.resize(archive->objectCount());
-  source.hasObjects = !archive->objectNumbers().empty();
   sources_.push_back(std::move(source));
   return static_cast<uint16_t>(sources_.size() - 1);
 }

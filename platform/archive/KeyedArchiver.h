@@ -64,7 +64,6 @@ class KeyedArchiver final : public Coder {
     std::unordered_map<uint32_t, Reference> containers;  // long ones copied whole
     std::unordered_map<uint32_t, Reference> texts;       // long ones, by place in the file
     std::unordered_map<uint32_t, uint32_t> textNumbers;  // those that are entries
-    bool hasObjects = false;
   };
   enum class What : uint8_t { object, value, list, archived, rewritten };
   /// An object that has a number and is still to be written.

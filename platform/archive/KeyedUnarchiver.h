@@ -2,8 +2,10 @@
 
 #include <functional>
 #include <memory>
+#include <unordered_map>
+#include <vector>
 
-#include "platform/archive/ArchivedValue.h"
+#include "platform/archive/FieldReader.h"
 #include "platform/archive/KeyedArchive.h"
 #include "platform/foundation/Coder.h"
 
@@ -11,8 +13,11 @@ namespace ns {
 
 /// Rebuilds the objects of an archive that have an identity.
 ///
-/// Two passes: first every such object is made, empty; then each reads its fields with
-/// `initWithCoder`.  So references may lead anywhere, in circles too, and depth costs nothing.
+/// Each is made empty first and reads its fields with `initWithCoder` later, so references may
+/// lead anywhere, in circles too, and depth costs nothing.
+///
+/// Of an archive whose objects are a tree, those that an object lists as its children may be left
+/// for later: see isLazy().  Of any other archive all objects are made at once.
 class KeyedUnarchiver final : public Coder {
  public:
   /// The root value of the data of an archive; none when the root is null.  Raises
@@ -29,9 +34,9 @@ class KeyedUnarchiver final : public Coder {
   [[nodiscard]] bool decodeBoolForKey(const char* key) override;
   [[nodiscard]] int64_t decodeIntegerForKey(const char* key) override;
 
-  /// Where the value under a key lies; number 0 for a missing key or null.
-  [[nodiscard]] ArchivedValue archivedValueForKey(const char* key);
-  [[nodiscard]] Kind kindForKey(const char* key);
+  /// The fields of the object that is being read, and where it lies.
+  [[nodiscard]] const FieldReader& fields() const { return fields_; }
+  [[nodiscard]] const std::shared_ptr<const KeyedArchive>& archive() const { return archive_; }
 
   /// A list of objects under a key, made by `make` once for each list of the archive however
   /// many objects share it; nothing for a missing key, null or an empty list.
@@ -41,27 +46,33 @@ class KeyedUnarchiver final : public Coder {
   using ElementAt = std::function<std::shared_ptr<ns::Object>(size_t)>;
   using MakeList = std::shared_ptr<void> (*)(size_t count, const ElementAt& at);
   [[nodiscard]] std::shared_ptr<void> decodeListForKey(const char* key, MakeList make);
-  /// Whether the list under a key is of an immutable class, or null.
-  enum class ListKind : uint8_t { none, immutableList, mutableList };
-  [[nodiscard]] ListKind listKindForKey(const char* key);
 
-  /// Raises ArchiveException about the object that is being read.
-  [[noreturn]] void fail(const std::string& what) const;
+  /// Whether the object that is being read may leave its children in the archive, and have them
+  /// made by decodeChildren() when somebody asks for them.
+  [[nodiscard]] bool isLazy() const { return archive_->isTree(); }
+  /// The list of children that an object left in its archive.
+  static std::shared_ptr<void> decodeChildren(const std::shared_ptr<const KeyedArchive>& archive,
+                                              uint32_t number,
+                                              const std::shared_ptr<ns::Object>& object,
+                                              const char* key, MakeList make);
 
  private:
   friend class KeyedArchive;
   explicit KeyedUnarchiver(std::shared_ptr<const KeyedArchive> archive);
   void makeObjects(const std::vector<uint32_t>& numbers);
-  [[nodiscard]] std::shared_ptr<ns::Object> made(uint32_t number) const;
-  [[nodiscard]] std::optional<KeyedArchive::Object> field(const char* key) const;
-  [[nodiscard]] Value primitive(const char* key) const;
+  [[nodiscard]] std::shared_ptr<ns::Object> made(uint32_t number);
+  /// Has all objects made so far read their fields.
+  void readFields();
 
   const std::shared_ptr<const KeyedArchive> archive_;
-  std::vector<uint32_t> places_;  // by archive number: place in objects_ plus 1
   std::vector<std::shared_ptr<ns::Object>> objects_;
+  std::vector<uint32_t> numbers_;  // of the objects
+  size_t readCount_ = 0;           // of those that have read their fields
+  std::vector<uint32_t> places_;   // by archive number: place in objects_ plus 1; not for trees
   std::unordered_map<uint64_t, std::shared_ptr<void>> lists_;
-  uint32_t number_ = 0;
-  KeyedArchive::Record record_{};
+  uint32_t parentNumber_ = 0;  // the object whose children are being made
+  std::shared_ptr<ns::Object> parent_;
+  FieldReader fields_;
 };
 
 }  // namespace ns

@@ -12,10 +12,14 @@ class KeyedArchive;
 struct StoredText {
   std::string_view bytes;
   bool isWide;
+
+  /// Whether it holds "$null", which archives write for what is not there.
+  [[nodiscard]] bool holdsNullMarker() const;
 };
 
-/// A rewriting that reaches through dictionaries and arrays to the strings and attributed
-/// strings in them, and to nothing else: neither keys, nor sets, nor objects of other classes.
+/// A rewriting that reaches through dictionaries and arrays to the attributed strings in them and
+/// to those strings that hold "$null", and to nothing else: neither keys, nor sets, nor objects
+/// of other classes.
 ///
 /// Archives apply one lazily to what they decode, and while they copy what nobody decoded.  A
 /// transform is a long-lived constant; it is compared by address.

@@ -229,7 +229,7 @@ void Item::initWithCoder(ns::Coder& coder) {
   flag = coder.decodeBoolForKey("flag");
   size = coder.decodeIntegerForKey("$size");
   isImmutable =
-      unarchiver.listKindForKey("children") == ns::KeyedUnarchiver::ListKind::immutableList;
+      unarchiver.fields().listKind("children") == ns::FieldReader::ListKind::immutableList;
   if (const auto list = unarchiver.decodeListForKey("children", makeItems)) {
     children = *std::static_pointer_cast<std::vector<std::shared_ptr<Item>>>(list);
   }

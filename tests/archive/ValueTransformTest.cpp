@@ -22,15 +22,17 @@ using testing_archives::readBack;
 using testing_archives::references;
 using testing_archives::utf8;
 
-/// Turns texts that begin with "old" into texts that begin with "new".
+/// Turns texts that begin with "$null: old" into texts that begin with "$null: new".
 class Renewal final : public ns::ValueTransform {
  public:
   [[nodiscard]] bool changesText(const ns::StoredText& text) const override {
-    return !text.isWide && text.bytes.starts_with("old");
+    return !text.isWide && text.bytes.starts_with("$null: old");
   }
   [[nodiscard]] ns::String string(const ns::String& string) const override {
     const std::string text = string.utf8();
-    return text.starts_with("old") ? ns::String(std::string_view("new" + text.substr(3))) : string;
+    return text.starts_with("$null: old")
+               ? ns::String(std::string_view("$null: new" + text.substr(10)))
+               : string;
   }
   [[nodiscard]] bool mayChangeAttributedStrings(
       const ns::KeyedArchive& /*archive*/) const override {
@@ -69,40 +71,40 @@ const std::vector<std::string> kArray{"NSArray", "NSObject"};
 const std::vector<std::string> kDictionary{"NSMutableDictionary", "NSDictionary", "NSObject"};
 const std::vector<std::string> kMutableString{"NSMutableString", "NSString", "NSObject"};
 
-/// Numbers: 1 array, 2 its class, 3 "old text", 4 unaffected array, 5 affected array,
-/// 6 dictionary with a key and a value "old key", 7 its class, 8 "old key", 9 mutable string,
-/// 10 its class, 11 "plain", 12 a thing with a text, 13 its class.
+/// Numbers: 1 array, 2 its class, 3 "$null: old text", 4 unaffected array, 5 affected array,
+/// 6 dictionary with a key and a value "$null: old key", 7 its class, 8 "$null: old key", 9 mutable
+/// string, 10 its class, 11 "plain", 12 a thing with a text, 13 its class.
 std::vector<P> entries() {
   return {"$null",
           instance(2, {{"NS.objects", references({3, 4, 5, 5, 6, 9, 12, 0})}}),
           classRecord(kArray),
-          "old text",
+          "$null: old text",
           instance(2, {{"NS.objects", references({11})}}),
           instance(2, {{"NS.objects", references({3, 4})}}),
           instance(7, {{"NS.keys", references({8})}, {"NS.objects", references({8})}}),
           classRecord(kDictionary),
-          "old key",
-          instance(10, {{"NS.string", "old mutable"}}),
+          "$null: old key",
+          instance(10, {{"NS.string", "$null: old mutable"}}),
           classRecord(kMutableString),
           "plain",
-          instance(13, {{"text", P::uid(3)}, {"inside", "old"}}),
+          instance(13, {{"text", P::uid(3)}, {"inside", "$null: old"}}),
           classRecord({"Thing", "NSObject"})};
 }
 
 TEST(ValueTransform, ReachesStringsInContainersAndNothingElse) {
   const auto held = opened(archive(entries()));
   const ns::Array array = held->value(1, &renewal).array();
-  EXPECT_EQ(utf8(array[0]), "new text");
+  EXPECT_EQ(utf8(array[0]), "$null: new text");
   EXPECT_EQ(utf8(array[1].array()[0]), "plain");
-  EXPECT_EQ(utf8(array[2].array()[0]), "new text");
-  EXPECT_EQ(utf8(array[4].dictionary().entries()[0].first), "old key");
-  EXPECT_EQ(utf8(array[4].dictionary().entries()[0].second), "new key");
-  EXPECT_EQ(utf8(array[5]), "new mutable");
+  EXPECT_EQ(utf8(array[2].array()[0]), "$null: new text");
+  EXPECT_EQ(utf8(array[4].dictionary().entries()[0].first), "$null: old key");
+  EXPECT_EQ(utf8(array[4].dictionary().entries()[0].second), "$null: new key");
+  EXPECT_EQ(utf8(array[5]), "$null: new mutable");
   EXPECT_EQ(array[5].archivedClass()->name, "NSMutableString");
   EXPECT_EQ(array[6].kind(), ns::Kind::record);
   EXPECT_TRUE(array[7].isNone());
   // without it, nothing has changed
-  EXPECT_EQ(utf8(held->value(1).array()[0]), "old text");
+  EXPECT_EQ(utf8(held->value(1).array()[0]), "$null: old text");
 }
 
 TEST(ValueTransform, SharedPartsStaySharedAndUnaffectedPartsStayTheSame) {
@@ -124,19 +126,19 @@ TEST(ValueTransform, CopyingDoesWhatDecodingDoes) {
   EXPECT_EQ(describeGraph(copied(held)), describeGraph(held->value(1, &renewal)));
   // of the file's texts the thing keeps the old one, the array has the new one
   const std::string graph = describeGraph(copied(held));
-  EXPECT_NE(graph.find("'old text'"), std::string::npos);
-  EXPECT_NE(graph.find("'new text'"), std::string::npos);
+  EXPECT_NE(graph.find("'$null: old text'"), std::string::npos);
+  EXPECT_NE(graph.find("'$null: new text'"), std::string::npos);
 }
 
 TEST(ValueTransform, CopyingReachesNumberedElementsToo) {
   const auto held = opened(archive(
       {"$null",
        instance(2, {{"NS.object.0", P::uid(3)}, {"NS.object.1", P::uid(4)}, {"more", P::uid(3)}}),
-       classRecord(kArray), "old text",
+       classRecord(kArray), "$null: old text",
        instance(5, {{"NS.key.0", P::uid(3)}, {"NS.object.0", P::uid(3)}}),
        classRecord(kDictionary)}));
   const ns::Value decoded = held->value(1, &renewal);
-  EXPECT_EQ(utf8(decoded.array()[0]), "new text");
+  EXPECT_EQ(utf8(decoded.array()[0]), "$null: new text");
   EXPECT_EQ(describeGraph(copied(held)), describeGraph(decoded));
 }
 
@@ -175,11 +177,11 @@ TEST(ValueTransform, KeysStayAsTheyAreHoweverDeep) {
   const auto held = opened(archive(
       {"$null", instance(2, {{"NS.keys", references({3})}, {"NS.objects", references({3})}}),
        classRecord(kDictionary), instance(4, {{"NS.objects", references({5})}}),
-       classRecord(kArray), "old"}));
+       classRecord(kArray), "$null: old"}));
   const ns::Value decoded = held->value(1, &renewal);
   const auto& [key, value] = decoded.dictionary().entries()[0];
-  EXPECT_EQ(utf8(key.array()[0]), "old");
-  EXPECT_EQ(utf8(value.array()[0]), "new");
+  EXPECT_EQ(utf8(key.array()[0]), "$null: old");
+  EXPECT_EQ(utf8(value.array()[0]), "$null: new");
   EXPECT_EQ(describeGraph(copied(held)), describeGraph(decoded));
 }
 
@@ -192,11 +194,11 @@ TEST(ValueTransform, WithNothingToDoGivesTheSameValues) {
 }
 
 TEST(ValueTransform, CirclesEnd) {
-  const auto held =
-      opened(archive({"$null", instance(2, {{"NS.objects", references({3, 1, 4})}}),
-                      classRecord(kArray), "old", instance(2, {{"NS.objects", references({1})}})}));
-  EXPECT_EQ(utf8(held->value(1, &renewal).array()[0]), "new");
-  EXPECT_EQ(utf8(copied(held).array()[0]), "new");
+  const auto held = opened(
+      archive({"$null", instance(2, {{"NS.objects", references({3, 1, 4})}}), classRecord(kArray),
+               "$null: old", instance(2, {{"NS.objects", references({1})}})}));
+  EXPECT_EQ(utf8(held->value(1, &renewal).array()[0]), "$null: new");
+  EXPECT_EQ(utf8(copied(held).array()[0]), "$null: new");
   EXPECT_TRUE(held->isChangedBy(renewal, 4));
 }
 

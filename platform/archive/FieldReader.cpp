@@ -1,0 +1,74 @@
+#include "platform/archive/FieldReader.h"
+
+namespace ns {
+
+std::optional<KeyedArchive::Object> FieldReader::field(const char* key) const {
+  if (*key == '$') {
+    return archive_->fieldForKey(record_, String(std::string_view("$" + std::string(key))));
+  }
+  return archive_->fieldForKey(record_, key);
+}
+
+uint32_t FieldReader::reference(const char* key) const {
+  const auto found = field(key);
+  if (!found) return 0;
+  if (found->type != KeyedArchive::Type::uid) {
+    fail("\"" + std::string(key) + "\" is a value in the record and not a reference");
+  }
+  const uint32_t number = archive_->target(*found);
+  return archive_->isNull(number) ? 0 : number;
+}
+
+Kind FieldReader::kind(const char* key) const {
+  const uint32_t number = reference(key);
+  return number == 0 ? Kind::none : archive_->kind(number);
+}
+
+Value FieldReader::primitive(const char* key, const char* expected) const {
+  const auto found = field(key);
+  if (!found) return {};
+  if (found->type != KeyedArchive::Type::uid) {
+    const Value value = KeyedArchive::scalar(*found);
+    if (!value.isNone() && !value.isNumber()) failKind(key, value.kind(), expected);
+    return value;
+  }
+  const uint32_t number = archive_->target(*found);
+  const Kind kind = archive_->kind(number);
+  const bool isNumber = kind == Kind::boolean || kind == Kind::integer || kind == Kind::real;
+  if (!isNumber && kind != Kind::none) failKind(key, kind, "a number");
+  return archive_->value(number);
+}
+
+bool FieldReader::boolean(const char* key) const { return primitive(key, "a boolean").boolValue(); }
+
+int64_t FieldReader::integer(const char* key) const {
+  return primitive(key, "an integer").integerValue();
+}
+
+FieldReader::ListKind FieldReader::listKind(const char* key) const {
+  const uint32_t number = reference(key);
+  if (number == 0) return ListKind::none;
+  const KeyedArchive::Entry entry = archive_->entry(number);
+  if (entry.kind == KeyedArchive::EntryKind::instance) {
+    const KeyedArchive::Class& archived = *archive_->record(number, entry.object).archivedClass;
+    if (archived.kind() == Kind::array) {
+      return archived.info->name == "NSArray" ? ListKind::immutableList : ListKind::mutableList;
+    }
+  }
+  failKind(key, archive_->kind(number), "an array");
+}
+
+std::vector<uint32_t> FieldReader::list(const char* key) const {
+  if (listKind(key) == ListKind::none) return {};
+  return archive_->elementNumbers(archive_->record(reference(key)), "NS.objects", "NS.object.");
+}
+
+void FieldReader::fail(const std::string& what) const {
+  archive_->fail(number_, record_.archivedClass->info->name + ": " + what);
+}
+
+void FieldReader::failKind(const char* key, Kind found, const char* expected) const {
+  fail("\"" + std::string(key) + "\" is " + describe(found) + " and not " + expected);
+}
+
+}  // namespace ns

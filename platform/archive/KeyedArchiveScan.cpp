@@ -1,0 +1,376 @@
+#include "platform/archive/KeyedArchiveScan.h"
+
+#include <cstdlib>
+#include <cstring>
+#include <new>
+
+#include "platform/archive/AsciiCheck.h"
+
+namespace ns {
+
+namespace {
+
+constexpr uint16_t kObjects = 1U << static_cast<unsigned>(Kind::object) | 1U << 15U;
+
+}  // namespace
+
+/// How to look at the records with the same keys and the same class.
+struct ArchiveScan::Plan {
+  enum class Rule : uint8_t { any, classReference, parent, children, dictionary, boolean, integer };
+
+  uint32_t classIndex;
+  const ClassCoding* coding;
+  uint8_t kind;             // as in a place
+  std::vector<Rule> rules;  // by position
+  uint32_t first;           // position of a string's text, data's bytes, an array's list,
+                            // a dictionary's keys
+  uint32_t second;          // of a dictionary's values
+  Type expected;            // what stands at these positions
+  size_t form = SIZE_MAX;   // in the findings, of members and their lists
+  uint32_t integerIndex = UINT32_MAX;  // where the integer field of the first member leads
+};
+
+/// Dictionaries with the same keys.
+struct ArchiveScan::KeySet {
+  const KeyedArchive::Shape* shape;
+  const uint8_t* references;
+  uint64_t count;
+  size_t length;  // of the references
+  Plan* recent = nullptr;
+  std::vector<std::unique_ptr<Plan>> plans;
+};
+
+ArchiveScan::ArchiveScan(const KeyedArchive& archive)
+    : archive_(archive),
+      list_(archive.list_),
+      places_(static_cast<Place*>(std::calloc(archive.count_, sizeof(Place))), std::free),
+      // what is used several times is looked at several times; there is hardly any of it
+      budget_(3 * list_.fileLength() + 100000) {
+  if (!places_) throw std::bad_alloc();
+}
+
+ArchiveScan::~ArchiveScan() = default;
+
+KeyedArchive::Findings ArchiveScan::takeFindings() {
+  findings_.isTree = true;
+  return std::move(findings_);
+}
+
+bool ArchiveScan::run() {
+  const uint32_t count = archive_.count_;
+  try {
+    refer(archive_.root_, 0);
+    for (const auto& [key, entry] : archive_.otherTopEntries_) {
+      if (entry.type != Type::uid) return false;
+      refer(archive_.target(entry), kObjects);
+    }
+    for (uint32_t number = 1; number < count; ++number) {
+      // the file is larger than any cache: fetch what comes up while this one is looked at
+      constexpr uint32_t kAhead = 8;
+      if (number + kAhead < count) archive_.prefetchObject(number + kAhead);
+      if (!scanEntry(number)) return false;
+    }
+  } catch (const ArchiveException&) {
+    return false;
+  }
+  return isTree();
+}
+
+bool ArchiveScan::isTree() const {
+  for (uint32_t number = 1; number < archive_.count_; ++number) {
+    const Place& place = places_[number];
+    if (place.kind == kClassRecord) {
+      if (place.mentions > 0) return false;
+      continue;
+    }
+    const uint16_t kind = maskOf(place.kind);
+    if ((place.forbidden & kind) != 0) return false;
+    if ((kind & kObjects) != 0 && place.mentions > 1) return false;
+  }
+  for (const Link& link : links_) {
+    const uint32_t list = places_[link.child].owner;
+    if (list == 0 || places_[list].owner != link.parent) return false;
+    if (places_[link.parent].kind != kMember) return false;
+  }
+  return true;
+}
+
+bool ArchiveScan::scanEntry(uint32_t number) {
+  const Object object = list_.object(list_.reference(archive_.numbers_, number));
+  Kind kind = Kind::none;
+  switch (object.type) {
+    case Type::ascii:
+    case Type::utf16: {
+      if (KeyedArchive::isNullMarker(object)) break;
+      bool isMarked = false;
+      if (!scanText(object, &isMarked)) return false;
+      if (isMarked) findings_.markedTexts.push_back(number);
+      kind = Kind::string;
+      break;
+    }
+    case Type::boolean:
+      kind = Kind::boolean;
+      break;
+    case Type::integer:
+      kind = Kind::integer;
+      break;
+    case Type::real:
+      kind = Kind::real;
+      break;
+    case Type::data:
+      kind = Kind::data;
+      break;
+    case Type::dictionary:
+      return scanRecord(number, object);
+    default:
+      return false;
+  }
+  places_[number].kind = codeOf(kind);
+  return true;
+}
+
+bool ArchiveScan::scanText(const Object& object, bool* isMarked) {
+  const std::string_view text = object.text();
+  if (!spend(text.size())) return false;
+  if (!object.isString()) return true;
+  if (object.type == Type::ascii && !isAllAscii(text)) return false;
+  if (StoredText{text, object.type == Type::utf16}.holdsNullMarker()) *isMarked = true;
+  return true;
+}
+
+bool ArchiveScan::isUid(uint32_t index, uint32_t* number) const {
+  const uint64_t offset = list_.offsetOf(index);
+  const uint64_t end = list_.tableOffset();
+  if (offset < 8 || offset >= end) return false;
+  const uint8_t* at = list_.bytesAt(offset);
+  constexpr unsigned kWidest = 7;
+  const unsigned width = *at - 0x80U;  // less one
+  if (width > kWidest || end - offset - 1 <= width) return false;
+  const uint64_t target = BinaryPropertyList::load(at + 1, width + 1);
+  if (target >= archive_.count_) return false;
+  *number = static_cast<uint32_t>(target);
+  return true;
+}
+
+ArchiveScan::KeySet& ArchiveScan::keySetOf(uint32_t number, const Object& dictionary) {
+  const size_t width = list_.referenceSize();
+  const size_t length = dictionary.count * width;
+  const size_t slot =
+      (dictionary.bytes[width - 1] * 5U + dictionary.bytes[length - 1] * 3U + dictionary.count) %
+      std::size(recent_);
+  KeySet*& recent = recent_[slot];
+  if (recent && recent->count == dictionary.count &&
+      std::memcmp(recent->references, dictionary.bytes, length) == 0) {
+    return *recent;
+  }
+  const KeyedArchive::Shape& shape = archive_.shapeOf(number, dictionary);
+  KeySet*& known = keySetsByShape_[&shape];
+  if (!known) {
+    keySets_.push_back(std::make_unique<KeySet>());
+    known = keySets_.back().get();
+    known->shape = &shape;
+    known->references = dictionary.bytes;
+    known->count = dictionary.count;
+    known->length = length;
+  }
+  return *(recent = known);
+}
+
+ArchiveScan::Plan& ArchiveScan::planOf(KeySet& keys, uint32_t number, const Object& dictionary,
+                                       uint32_t classIndex) {
+  if (keys.recent && keys.recent->classIndex == classIndex) return *keys.recent;
+  for (const auto& plan : keys.plans) {
+    if (plan->classIndex == classIndex) return *(keys.recent = plan.get());
+  }
+  const KeyedArchive::Record record = archive_.record(number, dictionary);
+  keys.plans.push_back(std::make_unique<Plan>());
+  Plan& plan = *(keys.recent = keys.plans.back().get());
+  const KeyedArchive::Shape& shape = *keys.shape;
+  plan.classIndex = classIndex;
+  plan.coding = record.archivedClass->coding;
+  const Kind kind = record.archivedClass->kind();
+  plan.kind = codeOf(kind);
+  plan.rules.resize(shape.count());
+  plan.rules[shape.classPosition()] = Plan::Rule::classReference;
+  plan.first = plan.second = shape.count();
+  plan.expected = Type::array;
+  switch (kind) {
+    case Kind::string:
+      plan.first = shape.find("NS.string");
+      plan.expected = Type::ascii;
+      break;
+    case Kind::data:
+      plan.first = shape.find("NS.data");
+      plan.expected = Type::data;
+      break;
+    case Kind::array:
+      plan.first = shape.find("NS.objects");
+      break;
+    case Kind::dictionary:
+      plan.first = shape.find("NS.keys");
+      plan.second = shape.find("NS.objects");
+      break;
+    case Kind::object:
+      for (const FieldForm& field : plan.coding->fields) {
+        const uint32_t position = shape.find(field.key);
+        if (position == shape.count()) continue;
+        switch (field.form) {
+          case FieldForm::Form::parent:
+            plan.rules[position] = Plan::Rule::parent;
+            break;
+          case FieldForm::Form::children:
+            plan.rules[position] = Plan::Rule::children;
+            break;
+          case FieldForm::Form::dictionary:
+            plan.rules[position] = Plan::Rule::dictionary;
+            break;
+          case FieldForm::Form::boolean:
+            plan.rules[position] = Plan::Rule::boolean;
+            break;
+          case FieldForm::Form::integer:
+            plan.rules[position] = Plan::Rule::integer;
+            break;
+        }
+      }
+      if (plan.coding->fields.empty()) break;
+      plan.kind = kMember;
+      break;
+    default:
+      break;
+  }
+  return plan;
+}
+
+bool ArchiveScan::scanReferences(uint32_t number, const Object& array, uint16_t forbidden) {
+  if (!spend(array.count)) return false;
+  const bool isList = places_[number].kind == codeOf(Kind::array);
+  for (uint64_t i = 0; i < array.count; ++i) {
+    uint32_t target = 0;
+    if (!isUid(list_.reference(array.bytes, i), &target)) return false;
+    refer(target, forbidden);
+    if (isList) places_[target].owner = number;
+  }
+  return true;
+}
+
+bool ArchiveScan::scanRecord(uint32_t number, const Object& dictionary) {
+  if (dictionary.count == 0) return false;
+  KeySet& keys = keySetOf(number, dictionary);
+  const KeyedArchive::Shape& shape = *keys.shape;
+  if (shape.classPosition() == shape.count()) {
+    places_[number].kind = kClassRecord;
+    return archive_.isClassRecord(number, dictionary);
+  }
+  const auto count = static_cast<uint32_t>(dictionary.count);
+  const uint8_t* values = dictionary.bytes + keys.length;
+  Plan& plan = planOf(keys, number, dictionary, list_.reference(values, shape.classPosition()));
+  places_[number].kind = plan.kind;
+  if (!spend(count)) return false;
+
+  uint16_t forbidden = plan.kind == codeOf(Kind::object) ? 0 : kObjects;
+  if (plan.kind == codeOf(Kind::array)) {
+    const uint32_t owner = places_[number].owner;
+    if (owner != 0 && places_[owner].kind == kMember) {
+      forbidden = allBut(kMember);
+      noteForm(plan, number);
+    }
+  } else if (plan.kind == kMember) {
+    noteForm(plan, number);
+  }
+  uint64_t firstCount = 0;
+  uint64_t secondCount = 0;
+  bool isMarked = false;
+  for (uint32_t i = 0; i < count; ++i) {
+    const Plan::Rule rule = plan.rules[i];
+    if (rule == Plan::Rule::classReference) continue;
+    const uint32_t index = list_.reference(values, i);
+    uint32_t target = 0;
+    if (isUid(index, &target)) {
+      if (i == plan.first || i == plan.second) return false;  // stands in the record itself
+      switch (rule) {
+        case Plan::Rule::parent:
+          if (target != 0) links_.push_back({number, target});
+          break;
+        case Plan::Rule::children:
+          refer(target, allBut(Kind::array, Kind::none));
+          if (target == 0) break;
+          // a list that was looked at before it had an owner has refused objects
+          if (places_[target].owner != 0) return false;
+          places_[target].owner = number;
+          break;
+        case Plan::Rule::dictionary:
+          refer(target, allBut(Kind::dictionary, Kind::none));
+          break;
+        case Plan::Rule::boolean:
+        case Plan::Rule::integer:
+          refer(target, allBut(Kind::boolean, Kind::integer, Kind::real, Kind::none));
+          findings_.forms[plan.form].isUniform = false;
+          break;
+        default:
+          refer(target, forbidden);
+          break;
+      }
+      continue;
+    }
+    const Object field = list_.object(index);
+    switch (rule) {
+      case Plan::Rule::any:
+        break;
+      case Plan::Rule::boolean:
+        if (field.type != Type::boolean) return false;
+        continue;
+      case Plan::Rule::integer:
+        if (field.type != Type::integer) return false;
+        noteInteger(plan, index);
+        continue;
+      default:
+        return false;
+    }
+    if (field.type == Type::array) {
+      if (!scanReferences(number, field, forbidden)) return false;
+      (i == plan.first ? firstCount : secondCount) = field.count;
+    } else if (field.type == Type::dictionary || !scanText(field, &isMarked)) {
+      return false;
+    }
+    if ((i == plan.first || i == plan.second) && field.type != plan.expected &&
+        !(plan.expected == Type::ascii && field.type == Type::utf16)) {
+      return false;
+    }
+  }
+  switch (static_cast<Kind>(plan.kind)) {
+    case Kind::string:
+      if (isMarked) findings_.markedTexts.push_back(number);
+      [[fallthrough]];
+    case Kind::data:
+    case Kind::array:
+      if (plan.first == count) return false;  // of another form
+      break;
+    case Kind::dictionary:
+      if (plan.first == count || plan.second == count || firstCount != secondCount) return false;
+      break;
+    case Kind::font:
+      findings_.fonts.push_back(number);
+      break;
+    case Kind::attributedString:
+      findings_.attributedStrings.push_back(number);
+      break;
+    default:
+      break;
+  }
+  if (plan.coding && plan.coding->check) plan.coding->check(archive_, number);
+  return true;
+}
+
+void ArchiveScan::noteForm(Plan& plan, uint32_t number) {
+  if (plan.form != SIZE_MAX) return;
+  plan.form = findings_.forms.size();
+  findings_.forms.push_back({number, true});
+}
+
+void ArchiveScan::noteInteger(Plan& plan, uint32_t index) {
+  // equal numbers are one object of the file
+  if (plan.integerIndex == UINT32_MAX) plan.integerIndex = index;
+  if (plan.integerIndex != index) findings_.forms[plan.form].isUniform = false;
+}
+
+}  // namespace ns

@@ -1,0 +1,97 @@
+#pragma once
+
+#include <cstdlib>
+#include <memory>
+#include <unordered_map>
+#include <vector>
+
+#include "platform/archive/KeyedArchive.h"
+
+namespace ns {
+
+/// The quick way to check an archive, for those that are as they should be.
+///
+/// All objects are looked at in the order of their numbers, which is about their order in the
+/// file, so that memory is read from front to back.  Whatever is out of the ordinary, and be it
+/// in an object that nothing refers to, makes the scan give up; then ArchiveChecker has to say
+/// whether it is harmless.
+class ArchiveScan {
+ public:
+  explicit ArchiveScan(const KeyedArchive& archive);
+  ~ArchiveScan();
+
+  /// Whether every object is sound, the objects of classes with an identity form a tree (see
+  /// KeyedArchive::isTree()), and no value refers to any of them.
+  bool run();
+
+  /// What was met; after run() answered true.
+  KeyedArchive::Findings takeFindings();
+
+ private:
+  using Object = KeyedArchive::Object;
+  using Type = KeyedArchive::Type;
+  struct Plan;
+  struct KeySet;
+
+  /// What is known about an archive number.
+  struct Place {
+    uint32_t owner;      // whose list of children it is, or what array lists it; 0: nobody
+    uint16_t forbidden;  // kinds that it must not turn out to be, a bit for each
+    uint8_t kind;        // a Kind, or one of the two below
+    uint8_t mentions;    // 0, 1, or more: references, but for those to a parent
+  };
+  // Beyond the kinds of values.
+  static constexpr uint8_t kMember = 15;  // an object of a class whose objects form trees
+  static constexpr uint8_t kClassRecord = 16;
+  static constexpr uint8_t codeOf(Kind kind) { return static_cast<uint8_t>(kind); }
+  template <class... Kinds>
+  static constexpr uint16_t maskOf(Kinds... kinds) {
+    return static_cast<uint16_t>((0U | ... | (1U << static_cast<unsigned>(kinds))));
+  }
+  template <class... Kinds>
+  static constexpr uint16_t allBut(Kinds... kinds) {
+    return static_cast<uint16_t>(~maskOf(kinds...));
+  }
+
+  bool scanEntry(uint32_t number);
+  bool scanRecord(uint32_t number, const Object& dictionary);
+  bool scanReferences(uint32_t number, const Object& array, uint16_t forbidden);
+  /// A string, data or another value that is no container.
+  bool scanText(const Object& object, bool* isMarked);
+  bool isTree() const;
+
+  KeySet& keySetOf(uint32_t number, const Object& dictionary);
+  Plan& planOf(KeySet& keys, uint32_t number, const Object& dictionary, uint32_t classIndex);
+
+  void noteForm(Plan& plan, uint32_t number);
+  void noteInteger(Plan& plan, uint32_t index);
+
+  void refer(uint32_t number, uint16_t forbidden) {
+    Place& place = places_[number];
+    if (place.mentions < 2) ++place.mentions;
+    place.forbidden = static_cast<uint16_t>(place.forbidden | forbidden);
+  }
+  /// The number that a reference of the file leads to, if what it leads to is a UID.
+  bool isUid(uint32_t index, uint32_t* number) const;
+  bool spend(uint64_t steps) {
+    if (steps > budget_) return false;
+    budget_ -= steps;
+    return true;
+  }
+
+  const KeyedArchive& archive_;
+  const BinaryPropertyList& list_;
+  KeyedArchive::Findings findings_;
+  std::unique_ptr<Place[], decltype(&std::free)> places_;
+  struct Link {
+    uint32_t child;
+    uint32_t parent;
+  };
+  std::vector<Link> links_;  // to parents that come later in the file
+  std::vector<std::unique_ptr<KeySet>> keySets_;
+  std::unordered_map<const KeyedArchive::Shape*, KeySet*> keySetsByShape_;
+  KeySet* recent_[64] = {};  // by a few bits of their keys
+  uint64_t budget_;          // elements and bytes of text to look at
+};
+
+}  // namespace ns
