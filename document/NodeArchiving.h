@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <vector>
 
 #include "platform/archive/ClassRegistry.h"
@@ -13,6 +14,12 @@ inline constexpr char kDataKey[] = "data";
 inline constexpr char kExpandedKey[] = "expanded";
 inline constexpr char kOutlineStyleKey[] = "outlineStyle";
 inline constexpr char kEncodingVersionKey[] = "encoding_version";
+// Of a tree's and of a controller's.
+inline constexpr char kRootKey[] = "root";
+inline constexpr char kTreeKey[] = "tree";
+
+/// What is written under "encoding_version".
+inline constexpr int64_t kEncodingVersion = 2;
 
 /// What the fields of a node's record hold.
 const std::vector<ns::FieldForm>& archivedNodeFields();

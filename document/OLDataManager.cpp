@@ -22,6 +22,7 @@ void OLDataManager::setTreeController(const std::shared_ptr<ns::Object>& control
 
 std::optional<ns::Data> OLDataManager::dataRepresentation() const {
   if (!treeController_) return std::nullopt;
+  if (std::optional<ns::Data> revised = revision_.data(*treeController_)) return revised;
   return ns::KeyedArchiver::archivedDataWithRootObject(ns::Value(treeController_),
                                                        otherTopEntries_);
 }
@@ -57,6 +58,7 @@ bool OLDataManager::loadDataRepresentationOfType(const std::optional<ns::Data>& 
     OLExceptionController::raiseWithString("unarchiver put not nil but nil");
   }
   otherTopEntries_ = std::move(otherTopEntries);
+  revision_ = DocumentRevision(archive, controller);
   return true;
 }
 

@@ -4,6 +4,7 @@
 #include <memory>
 #include <optional>
 
+#include "document/DocumentRevision.h"
 #include "model/OLItems.h"
 #include "model/OLTreeController.h"
 #include "platform/archive/Record.h"
@@ -183,6 +184,7 @@ class OLDataManager : public ns::Object {
 
   std::shared_ptr<OLTreeController> treeController_;
   bool isDocumentRichText_ = false;
+  DocumentRevision revision_;
   ns::Fields otherTopEntries_;  // of the archive that was loaded, beside the controller
 };
 

@@ -12,6 +12,7 @@
 #include "document/NodeDataTransform.h"
 #include "model/OLExceptionController.h"
 #include "model/OLNode.h"
+#include "platform/archive/ArchivedClasses.h"
 #include "platform/archive/KeyedArchiver.h"
 #include "platform/archive/KeyedUnarchiver.h"
 #include "platform/text/MutableAttributedString.h"
@@ -21,7 +22,6 @@ namespace tavlin {
 
 namespace {
 
-constexpr int64_t kEncodingVersion = 2;
 constexpr int64_t kFirstEscapingVersion = 2;
 
 void checkKeyedCoding(const ns::Coder& coder) {
@@ -113,18 +113,29 @@ void OLNode::encodeWithCoder(ns::Coder& coder) const {
     const ns::FieldReader fields(*archived_.archive, archived_.number);
     archiver->encodeArchivedValueForKey(archived_.archive, fields.reference(kDataKey),
                                         &dataForSaving(isArchivedDataEscaped_), kDataKey);
-  } else if (const ns::Dictionary* data = loadedData()) {
-    static thread_local const ns::ClassRef mutableDictionary =
-        ns::makeClass({"NSMutableDictionary", "NSDictionary", "NSObject"});
-    ns::Dictionary escaped = escapedData(*data, isArchivedDataEscaped_);
-    if (!escaped.archivedClass()) escaped.setArchivedClass(mutableDictionary);
-    coder.encodeObjectForKey(ns::Value(escaped), kDataKey);
+  } else if (loadedData()) {
+    coder.encodeObjectForKey(ns::Value(*dataForArchive()), kDataKey);
   } else {
     coder.encodeObjectForKey(ns::Value(), kDataKey);
   }
   coder.encodeBoolForKey(isExpanded_, kExpandedKey);
   coder.encodeBoolForKey(isOutlineStyle_, kOutlineStyleKey);
   coder.encodeIntegerForKey(kEncodingVersion, kEncodingVersionKey);
+}
+
+std::optional<ns::Dictionary> OLNode::dataForArchive() const {
+  const ns::Dictionary* data = loadedData();
+  if (!data) return std::nullopt;
+  ns::Dictionary escaped = escapedData(*data, isArchivedDataEscaped_);
+  if (!escaped.archivedClass()) escaped.setArchivedClass(ns::mutableDictionaryClass());
+  return escaped;
+}
+
+bool OLNode::isAsArchived(const ns::KeyedArchive& archive, uint32_t number) const {
+  if (archived_.archive.get() != &archive || archived_.number != number) return false;
+  const ns::FieldReader fields(archive, number);
+  return hasArchivedChildren_ && !parent() && isExpanded_ == fields.boolean(kExpandedKey) &&
+         isOutlineStyle_ == fields.boolean(kOutlineStyleKey);
 }
 
 const std::vector<ns::FieldForm>& archivedNodeFields() {

@@ -2,6 +2,7 @@
 // root under "root".  The texts of refusals differ between the classes on purpose.
 
 #include "document/DocumentClasses.h"
+#include "document/NodeArchiving.h"
 #include "model/OLExceptionController.h"
 #include "model/OLTree.h"
 #include "model/undo/OLTreeUndoController.h"
@@ -34,12 +35,12 @@ ns::ClassRef OLTree::classForCoder() const {
 
 void OLTree::encodeWithCoder(ns::Coder& coder) const {
   checkKeyedCoding(coder, "It is not expected that control reach here.");
-  coder.encodeObjectForKey(ns::Value(rootNode_), "root");
+  coder.encodeObjectForKey(ns::Value(rootNode_), kRootKey);
 }
 
 void OLTree::initWithCoder(ns::Coder& coder) {
   checkKeyedCoding(coder, "coder does not allow keyed coding");
-  rootNode_ = decode<OLNode>(coder, "root", "the root of an OLTree is not an OLNode");
+  rootNode_ = decode<OLNode>(coder, kRootKey, "the root of an OLTree is not an OLNode");
 }
 
 std::shared_ptr<OLNode> OLTree::duplicatePartOfTreeByRootItem(
@@ -56,12 +57,12 @@ ns::ClassRef OLTreeController::classForCoder() const {
 
 void OLTreeController::encodeWithCoder(ns::Coder& coder) const {
   checkKeyedCoding(coder, "coder not allow keyed coding");
-  coder.encodeObjectForKey(ns::Value(tree_), "tree");
+  coder.encodeObjectForKey(ns::Value(tree_), kTreeKey);
 }
 
 void OLTreeController::initWithCoder(ns::Coder& coder) {
   checkKeyedCoding(coder, "coder not allow keyed coding");
-  tree_ = decode<OLTree>(coder, "tree", "the tree of a tree controller is not an OLTree");
+  tree_ = decode<OLTree>(coder, kTreeKey, "the tree of a tree controller is not an OLTree");
 }
 
 }  // namespace tavlin

@@ -208,6 +208,12 @@ class OLNode : public ns::Object {
   void encodeWithCoder(ns::Coder& coder) const override;
   void initWithCoder(ns::Coder& coder) override;
 
+  /// The data as archives hold it, escaped; none when there is no dictionary.
+  [[nodiscard]] std::optional<ns::Dictionary> dataForArchive() const;
+  /// Whether the node is, but for its data, what the record of that number says, and nobody has
+  /// asked for its children yet.
+  [[nodiscard]] bool isAsArchived(const ns::KeyedArchive& archive, uint32_t number) const;
+
   /// +replaceOccurenceOfString:withString:inDictionary: (spelled so)  Replaces every occurrence
   /// of `target` in the strings of the dictionary and of the dictionaries and arrays in it.
   /// Keys, attributed strings and all other values stay.

@@ -34,9 +34,11 @@ Value FieldReader::primitive(const char* key, const char* expected) const {
   }
   const uint32_t number = archive_->target(*found);
   const Kind kind = archive_->kind(number);
-  const bool isNumber = kind == Kind::boolean || kind == Kind::integer || kind == Kind::real;
-  if (!isNumber && kind != Kind::none) failKind(key, kind, "a number");
-  return archive_->value(number);
+  if (kind == Kind::none) return {};
+  if (kind != Kind::boolean && kind != Kind::integer && kind != Kind::real) {
+    failKind(key, kind, "a number");
+  }
+  return KeyedArchive::scalar(archive_->entry(number).object);
 }
 
 bool FieldReader::boolean(const char* key) const { return primitive(key, "a boolean").boolValue(); }

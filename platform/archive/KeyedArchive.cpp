@@ -140,6 +140,7 @@ void KeyedArchive::readTop(Root required) {
     refuse("\"$objects\" lists more entries than the file has room for");
   }
   numbers_ = objects.bytes;
+  objectsIndex_ = fieldIndex(record, shape.find("$objects"));
   count_ = static_cast<uint32_t>(objects.count);
   const Object roots = need("$top", Type::dictionary);
   const Shape& rootShape = shapeOf(0, roots);
@@ -250,6 +251,15 @@ KeyedArchive::Entry KeyedArchive::entry(uint32_t number) const {
   fail(number, std::string("the entry is ") + nameOf(object.type));
 }
 
+std::optional<uint32_t> KeyedArchive::classNumber(const ClassInfo& info) const {
+  std::optional<uint32_t> first;
+  for (const auto& entry : classes_) {
+    const Class& known = entry.second;
+    if (*known.info == info && (!first || known.number < *first)) first = known.number;
+  }
+  return first;
+}
+
 bool KeyedArchive::isClassRecord(uint32_t number, const Object& dictionary) const {
   const Shape& shape = shapeOf(number, dictionary);
   return shape.class_ == shape.count() && shape.className_ != shape.count();
@@ -324,7 +334,7 @@ const KeyedArchive::Class& KeyedArchive::classAt(uint32_t number, uint32_t ofIns
     ClassRef& shared = classesByContent_[contentOf(info)];
     if (!shared) shared = std::make_shared<const ClassInfo>(std::move(info));
     const ClassCoding* coding = registry_.find(shared->name);
-    found = classes_.emplace(index, Class{shared, coding}).first;
+    found = classes_.emplace(index, Class{shared, coding, number}).first;
   }
   return found->second;
 }

@@ -40,6 +40,7 @@ class KeyedArchive : public std::enable_shared_from_this<KeyedArchive> {
   struct Class {
     ClassRef info;
     const ClassCoding* coding;  ///< none for a class that the registry does not know
+    uint32_t number;
     [[nodiscard]] Kind kind() const { return coding ? coding->kind : Kind::record; }
   };
 
@@ -100,11 +101,18 @@ class KeyedArchive : public std::enable_shared_from_this<KeyedArchive> {
   [[nodiscard]] const TopEntries& otherTopEntries() const { return otherTopEntries_; }
   [[nodiscard]] uint32_t objectCount() const { return count_; }
   [[nodiscard]] size_t fileLength() const { return list_.fileLength(); }
+  [[nodiscard]] const BinaryPropertyList& propertyList() const { return list_; }
+  /// The place of "$objects" in the file's object table.
+  [[nodiscard]] uint32_t objectsIndex() const { return objectsIndex_; }
+  /// The number of a class record with this content, if an object here has that class.
+  [[nodiscard]] std::optional<uint32_t> classNumber(const ClassInfo& info) const;
   /// Whether the objects of classes with an identity form a tree, as they do in every document
   /// that an outliner wrote: each has one owner and is mentioned by nobody else, but its own
   /// children may refer back to it.  Then any of them can be made alone, when somebody asks for
   /// it; else all are made together.
   [[nodiscard]] bool isTree() const { return findings_.isTree; }
+  /// Whether a tree's archive holds objects that nothing refers to.
+  [[nodiscard]] bool hasStrays() const { return findings_.hasStrays; }
   /// The numbers of all fonts, and of some that nothing leads to.
   [[nodiscard]] const std::vector<uint32_t>& fonts() const { return findings_.fonts; }
   /// The numbers of all objects of classes with an identity that the root leads to, in the order
@@ -198,6 +206,10 @@ class KeyedArchive : public std::enable_shared_from_this<KeyedArchive> {
   [[nodiscard]] Dictionary derivedDictionary(uint32_t number, const std::string& name,
                                              const std::function<Dictionary()>& make) const;
 
+  /// Whether a transform changes anything in the archive.
+  [[nodiscard]] bool isChangedBy(const ValueTransform& transform) const {
+    return !changesOf(transform).nothing;
+  }
   /// Whether a transform changes anything in what a number stands for.
   [[nodiscard]] bool isChangedBy(const ValueTransform& transform, uint32_t number) const;
 
@@ -271,6 +283,7 @@ class KeyedArchive : public std::enable_shared_from_this<KeyedArchive> {
   const uint8_t* numbers_ = nullptr;  // the references of "$objects"
   uint32_t count_ = 0;
   uint32_t root_ = 0;
+  uint32_t objectsIndex_ = 0;
   TopEntries otherTopEntries_;
   std::vector<uint32_t> otherTopIndexes_;  // their places in the object table
 
@@ -281,6 +294,7 @@ class KeyedArchive : public std::enable_shared_from_this<KeyedArchive> {
   /// maybe more.
   struct Findings {
     bool isTree = false;
+    bool hasStrays = false;
     std::vector<uint32_t> objects;      // with an identity; none of a tree
     std::vector<Form> forms;            // of a tree
     std::vector<uint32_t> markedTexts;  // strings that hold "$null"

@@ -76,13 +76,14 @@ bool ArchiveScan::run() {
   return isTree();
 }
 
-bool ArchiveScan::isTree() const {
+bool ArchiveScan::isTree() {
   for (uint32_t number = 1; number < archive_.count_; ++number) {
     const Place& place = places_[number];
     if (place.kind == kClassRecord) {
       if (place.mentions > 0) return false;
       continue;
     }
+    if (place.mentions == 0 && place.kind != codeOf(Kind::none)) findings_.hasStrays = true;
     const uint16_t kind = maskOf(place.kind);
     if ((place.forbidden & kind) != 0) return false;
     if ((kind & kObjects) != 0 && place.mentions > 1) return false;

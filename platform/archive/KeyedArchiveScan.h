@@ -58,7 +58,7 @@ class ArchiveScan {
   bool scanReferences(uint32_t number, const Object& array, uint16_t forbidden);
   /// A string, data or another value that is no container.
   bool scanText(const Object& object, bool* isMarked);
-  bool isTree() const;
+  bool isTree();
 
   KeySet& keySetOf(uint32_t number, const Object& dictionary);
   Plan& planOf(KeySet& keys, uint32_t number, const Object& dictionary, uint32_t classIndex);

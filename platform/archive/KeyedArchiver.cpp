@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <bit>
 
+#include "platform/archive/ArchivedClasses.h"
+
 namespace ns {
 
 namespace {
@@ -13,32 +15,6 @@ constexpr uint32_t kUnwritten = 0xFFFFFFFF;
 constexpr uint64_t kLongContainer = 16;
 // So are strings and data of at least so many bytes.
 constexpr size_t kLongText = 256;
-
-const ClassRef& classNamed(const char* name, const char* base, ClassRef& slot) {
-  if (!slot) slot = base ? makeClass({name, base, "NSObject"}) : makeClass({name, "NSObject"});
-  return slot;
-}
-
-const ClassRef& arrayClass() {
-  static thread_local ClassRef slot;
-  return classNamed("NSArray", nullptr, slot);
-}
-const ClassRef& mutableArrayClass() {
-  static thread_local ClassRef slot;
-  return classNamed("NSMutableArray", "NSArray", slot);
-}
-const ClassRef& mutableStringClass() {
-  static thread_local ClassRef slot;
-  return classNamed("NSMutableString", "NSString", slot);
-}
-const ClassRef& dictionaryClass() {
-  static thread_local ClassRef slot;
-  return classNamed("NSDictionary", nullptr, slot);
-}
-const ClassRef& dateClass() {
-  static thread_local ClassRef slot;
-  return classNamed("NSDate", nullptr, slot);
-}
 
 }  // namespace
 
@@ -107,7 +83,7 @@ Data KeyedArchiver::run(const Value& root, const Fields& otherTopEntries) {
   const size_t topCount = 1 + otherTopEntries.size();
   writer_.set(roots, topCount, referenceTo(numberOf(root)));
   for (size_t i = 1; i < topCount; ++i) {
-    writer_.set(roots, i, string(otherTopEntries[i - 1].first));
+    writer_.set(roots, i, writer_.string(otherTopEntries[i - 1].first));
     writer_.set(roots, topCount + i, fieldReference(otherTopEntries[i - 1].second));
   }
   while (!pending_.empty()) {
@@ -252,11 +228,11 @@ uint32_t KeyedArchiver::numberOfClass(const ClassRef& archivedClass) {
   classNumbers_.emplace(archivedClass.get(), number);
   const auto list = [&](const std::vector<std::string>& names) {
     std::vector<Reference> references;
-    for (const std::string& name : names) references.push_back(string(String(name)));
+    for (const std::string& name : names) references.push_back(writer_.string(String(name)));
     return listOf(references);
   };
   std::vector<std::pair<Reference, Reference>> fields;
-  fields.emplace_back(writer_.ascii("$classname"), string(String(archivedClass->name)));
+  fields.emplace_back(writer_.ascii("$classname"), writer_.string(String(archivedClass->name)));
   if (archivedClass->hasChain) {
     fields.emplace_back(writer_.ascii("$classes"), list(archivedClass->chain));
   }
@@ -281,7 +257,7 @@ uint32_t KeyedArchiver::numberOf(const Value& value) {
     case Kind::boolean:
     case Kind::integer:
     case Kind::real:
-      return numberOfScalar(scalar(value));
+      return numberOfScalar(writer_.value(value));
     case Kind::string:
       if (value.archivedClass()) break;
       if (value.string() == "$null") {
@@ -291,9 +267,9 @@ uint32_t KeyedArchiver::numberOf(const Value& value) {
         }
         return numberOf(nullText_);
       }
-      return numberOfScalar(scalar(value));
+      return numberOfScalar(writer_.value(value));
     case Kind::data:
-      if (!value.archivedClass()) return numberOfScalar(scalar(value));
+      if (!value.archivedClass()) return numberOfScalar(writer_.value(value));
       break;
     default:
       break;
@@ -321,34 +297,6 @@ uint32_t KeyedArchiver::newPendingValue(const Value& value) {
 }
 
 // Scalars.
-
-PropertyListWriter::Reference KeyedArchiver::string(const String& string) {
-  return string.isAscii() ? writer_.ascii(string.ascii()) : writer_.string(string.wide());
-}
-
-PropertyListWriter::Reference KeyedArchiver::scalar(const Value& value) {
-  switch (value.kind()) {
-    case Kind::boolean:
-      return writer_.boolean(value.boolValue());
-    case Kind::integer: {
-      const Integer integer = value.integer();
-      const bool isWide = !integer.isSigned && (integer.low >> 63) != 0;
-      if (integer.sixteenBytes || isWide) return writer_.integer16(integer.high, integer.low);
-      return writer_.integer(static_cast<int64_t>(integer.low));
-    }
-    case Kind::real:
-      if (value.isFloat()) {
-        return writer_.real32(std::bit_cast<uint32_t>(static_cast<float>(value.doubleValue())));
-      }
-      return writer_.real64(std::bit_cast<uint64_t>(value.doubleValue()));
-    case Kind::date:
-      return writer_.date(std::bit_cast<uint64_t>(value.date().seconds));
-    case Kind::data:
-      return writer_.data(value.data().view());
-    default:
-      return string(value.string());
-  }
-}
 
 PropertyListWriter::Reference KeyedArchiver::copyScalar(uint16_t source,
                                                         const KeyedArchive::Object& object,
@@ -383,7 +331,7 @@ PropertyListWriter::Reference KeyedArchiver::copyScalar(const KeyedArchive::Obje
       return writer_.ascii(object.text());
     default:
       // other writers may store ASCII text in the wide form
-      return string(KeyedArchive::string(object));
+      return writer_.string(KeyedArchive::string(object));
   }
 }
 
@@ -462,7 +410,7 @@ void KeyedArchiver::encodeArchivedValueForKey(const std::shared_ptr<const KeyedA
 
 void KeyedArchiver::encodePrimitiveForKey(const Value& value, const char* name) {
   const Reference at = key(name);
-  addField(at, scalar(value));
+  addField(at, writer_.value(value));
 }
 
 void KeyedArchiver::encodeReferencesForKey(const std::vector<Value>& values, const char* name) {
@@ -476,7 +424,7 @@ void KeyedArchiver::encodeReferencesForKey(const std::vector<Value>& values, con
 PropertyListWriter::Reference KeyedArchiver::fieldReference(const Field& field) {
   switch (field.form) {
     case Field::Form::primitive:
-      return scalar(field.value);
+      return writer_.value(field.value);
     case Field::Form::reference:
       return referenceTo(numberOf(field.value));
     case Field::Form::list:
@@ -484,14 +432,14 @@ PropertyListWriter::Reference KeyedArchiver::fieldReference(const Field& field) 
       break;
   }
   std::vector<Reference> references;
-  for (const String& name : field.keys) references.push_back(string(name));
+  for (const String& name : field.keys) references.push_back(writer_.string(name));
   for (const Field& each : field.fields) references.push_back(fieldReference(each));
   if (field.form == Field::Form::list) return listOf(references);
   return mapOf(references);
 }
 
 void KeyedArchiver::encodeFieldForKey(const Field& field, const String& name) {
-  const Reference at = string(name);
+  const Reference at = writer_.string(name);
   addField(at, fieldReference(field));
 }
 
@@ -628,7 +576,7 @@ void KeyedArchiver::writeArchived(uint32_t number, Source& source, uint32_t orig
   keys.resize(count);
   for (uint32_t i = 0; i < count; ++i) {
     // 0 is the reference of the top dictionary, which is no key
-    if (keys[i] == 0) keys[i] = string(record.shape->key(i));
+    if (keys[i] == 0) keys[i] = writer_.string(record.shape->key(i));
     addField(keys[i],
              i == record.shape->classPosition()
                  ? referenceTo(numberOfClass(record.archivedClass->info))
@@ -652,13 +600,13 @@ void KeyedArchiver::writeRewritten(uint32_t number, uint16_t index, const Rewrit
   for (uint32_t i = 0; i < record.shape->count(); ++i) {
     const String& name = record.shape->key(i);
     const KeyedArchive::Object field = archive->field(record, i);
-    const Reference at = string(name);
+    const Reference at = writer_.string(name);
     Reference value = 0;
     if (name == "$class") {
       value = referenceTo(numberOfClass(record.archivedClass->info));
     } else if (kind == Kind::string) {
       const bool isText = name == "NS.string" && field.isString();
-      value = isText ? string(transform->string(KeyedArchive::string(field)))
+      value = isText ? writer_.string(transform->string(KeyedArchive::string(field)))
                      : copyInline(index, field, archive->fieldIndex(record, i));
     } else if (!hasList && field.type == KeyedArchive::Type::uid && isNumbered(name)) {
       value = referenceTo(numberOfRewritten(index, archive->target(field), transform));

@@ -104,8 +104,6 @@ class KeyedArchiver final : public Coder {
   uint16_t sourceOf(const std::shared_ptr<const KeyedArchive>& archive);
   Reference referenceTo(uint32_t number) { return writer_.uid(number); }
 
-  Reference scalar(const Value& value);
-  Reference string(const String& string);
   Reference copyScalar(uint16_t source, const KeyedArchive::Object& object, uint32_t place);
   Reference copyScalar(const KeyedArchive::Object& object);
   Reference copyInline(uint16_t source, const KeyedArchive::Object& object, uint32_t index);

@@ -1,5 +1,6 @@
 #include "platform/archive/PropertyListWriter.h"
 
+#include <bit>
 #include <cstring>
 
 #include "platform/archive/BinaryPropertyList.h"
@@ -24,27 +25,6 @@ std::string bigEndian(T value) {
   std::string bytes;
   appendBigEndian(bytes, value);
   return bytes;
-}
-
-void appendMarker(std::string& out, uint8_t type, size_t count) {
-  if (count < 15) {
-    out.push_back(static_cast<char>(type | count));
-    return;
-  }
-  out.push_back(static_cast<char>(type | 15));
-  if (count < 0x100) {
-    out.push_back(0x10);
-    appendBigEndian(out, static_cast<uint8_t>(count));
-  } else if (count < 0x10000) {
-    out.push_back(0x11);
-    appendBigEndian(out, static_cast<uint16_t>(count));
-  } else if (count <= 0xFFFFFFFF) {
-    out.push_back(0x12);
-    appendBigEndian(out, static_cast<uint32_t>(count));
-  } else {
-    out.push_back(0x13);
-    appendBigEndian(out, static_cast<uint64_t>(count));
-  }
 }
 
 __extension__ using Product = unsigned __int128;
@@ -77,14 +57,34 @@ uint64_t hashBytes(std::string_view bytes, uint64_t seed) {
   return mix(a ^ hash, b + left);
 }
 
-/// The fewest bytes of 1, 2, 4 or 8 that hold a number.
-unsigned widthFor(uint64_t number) {
+}  // namespace
+
+unsigned PropertyListWriter::widthFor(uint64_t number) {
   if (number < 0x100) return 1;
   if (number < 0x10000) return 2;
   return number <= 0xFFFFFFFF ? 4 : 8;
 }
 
-}  // namespace
+void PropertyListWriter::appendMarker(std::string& out, uint8_t type, size_t count) {
+  if (count < 15) {
+    out.push_back(static_cast<char>(type | count));
+    return;
+  }
+  out.push_back(static_cast<char>(type | 15));
+  if (count < 0x100) {
+    out.push_back(0x10);
+    appendBigEndian(out, static_cast<uint8_t>(count));
+  } else if (count < 0x10000) {
+    out.push_back(0x11);
+    appendBigEndian(out, static_cast<uint16_t>(count));
+  } else if (count <= 0xFFFFFFFF) {
+    out.push_back(0x12);
+    appendBigEndian(out, static_cast<uint32_t>(count));
+  } else {
+    out.push_back(0x13);
+    appendBigEndian(out, static_cast<uint64_t>(count));
+  }
+}
 
 PropertyListWriter::PropertyListWriter() { buffer_ = "bplist00"; }
 
@@ -245,6 +245,40 @@ PropertyListWriter::Reference PropertyListWriter::string(std::u16string_view uni
   bytes.reserve(units.size() * 2);
   for (const char16_t unit : units) appendBigEndian(bytes, static_cast<uint16_t>(unit));
   return utf16BigEndian(bytes);
+}
+
+PropertyListWriter::Reference PropertyListWriter::string(const String& string) {
+  return string.isAscii() ? ascii(string.ascii()) : this->string(string.wide());
+}
+
+PropertyListWriter::Reference PropertyListWriter::value(const Value& value) {
+  switch (value.kind()) {
+    case Kind::boolean:
+      return boolean(value.boolValue());
+    case Kind::integer: {
+      const Integer number = value.integer();
+      const bool isWide = !number.isSigned && (number.low >> 63) != 0;
+      if (number.sixteenBytes || isWide) return integer16(number.high, number.low);
+      return integer(static_cast<int64_t>(number.low));
+    }
+    case Kind::real:
+      if (value.isFloat()) {
+        return real32(std::bit_cast<uint32_t>(static_cast<float>(value.doubleValue())));
+      }
+      return real64(std::bit_cast<uint64_t>(value.doubleValue()));
+    case Kind::date:
+      return date(std::bit_cast<uint64_t>(value.date().seconds));
+    case Kind::data:
+      return data(value.data().view());
+    default:
+      return string(value.string());
+  }
+}
+
+std::string_view PropertyListWriter::bytesOf(Reference reference) const {
+  const uint64_t from = offsetOf(reference);
+  const uint64_t to = reference + 1 < offsets_.size() ? offsetOf(reference + 1) : buffer_.size();
+  return std::string_view(buffer_).substr(from, to - from);
 }
 
 PropertyListWriter::Reference PropertyListWriter::uid(uint32_t value) {

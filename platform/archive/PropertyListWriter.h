@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "platform/foundation/Data.h"
+#include "platform/foundation/Value.h"
 
 namespace ns {
 
@@ -49,6 +50,9 @@ class PropertyListWriter {
   Reference uid(uint32_t value);
   /// Whichever of the two string forms fits.
   Reference string(std::u16string_view units);
+  Reference string(const String& string);
+  /// A boolean, number, date, data or string.
+  Reference value(const Value& value);
 
   /// A word of the caller's beside the scalar that the operation just before answered; 0 at
   /// first.  (A keyed archive keeps the scalar's entry number there.)  UIDs have none.
@@ -61,10 +65,26 @@ class PropertyListWriter {
     store(buffer_.data() + container.at + position * 4, reference);
   }
   [[nodiscard]] uint32_t objectCount() const { return static_cast<uint32_t>(offsets_.size()); }
+  /// An object as it stands in the file, but for the width of references; valid until the next
+  /// operation.
+  [[nodiscard]] std::string_view bytesOf(Reference reference) const;
 
   /// Ends the file with `top` as its top object and hands out its bytes.  Raises
   /// ArchiveException when there are more objects than references can name.
   Data finish(Reference top);
+
+  // The parts of the format, for those who write some of it themselves.
+
+  /// The fewest bytes of 1, 2, 4 or 8 that hold a number.
+  static unsigned widthFor(uint64_t number);
+  /// Appends a type's marker with a count.
+  static void appendMarker(std::string& out, uint8_t type, size_t count);
+  /// Stores the last `width` bytes of a number; answers where they end.
+  static uint8_t* storeBigEndian(uint8_t* at, uint64_t number, unsigned width) {
+    const uint64_t bigEndian = __builtin_bswap64(number << (64 - 8 * width));
+    __builtin_memcpy(at, &bigEndian, width);
+    return at + width;
+  }
 
   static void store(char* at, uint32_t value) {
     const uint32_t bigEndian = __builtin_bswap32(value);

@@ -2,16 +2,15 @@
 
 #include <fcntl.h>
 #include <pwd.h>
-#include <sys/mman.h>
 #include <sys/stat.h>
 
 #include <algorithm>
 #include <cstdlib>
 #include <cstring>
-#include <new>
 #include <vector>
 
 #include "platform/foundation/AtomicFileWriter.h"
+#include "platform/foundation/Buffer.h"
 #include "platform/foundation/FileHandle.h"
 #include "platform/foundation/FileReading.h"
 #include "platform/foundation/FileSteps.h"
@@ -32,48 +31,8 @@ FileException::FileException(const std::string& operation, const std::string& pa
 
 namespace {
 
-// Readers may load a machine word or a vector at the last byte.
-constexpr size_t kSlack = 16;
-constexpr size_t kLargePage = size_t{2} << 20;
-// From here on large pages save more page faults than their alignment costs.
-constexpr size_t kMapped = size_t{4} << 20;
 // What to begin with where the system does not know a size, as in /proc.
 constexpr size_t kUnknownSize = size_t{4} << 10;
-
-/// Memory to read a file into.  It is not cleared: the bytes a file fills need no zeros first.
-class ReadBuffer {
- public:
-  explicit ReadBuffer(size_t capacity) : capacity_(capacity) {
-    const size_t size = capacity + kSlack;
-    if (size < kMapped) {
-      owner_.reset(std::malloc(size), std::free);
-      if (!owner_) throw std::bad_alloc();
-      return;
-    }
-    // Mapped with room to cut it to whole large pages.
-    const size_t length = (size + kLargePage - 1) / kLargePage * kLargePage;
-    void* const mapped = mmap(nullptr, length + kLargePage, PROT_READ | PROT_WRITE,
-                              MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
-    if (mapped == MAP_FAILED) throw std::bad_alloc();
-    const size_t before = (0 - reinterpret_cast<uintptr_t>(mapped)) % kLargePage;
-    uint8_t* const start = static_cast<uint8_t*>(mapped) + before;
-    if (before != 0) munmap(mapped, before);
-    munmap(start + length, kLargePage - before);
-    madvise(start, length, MADV_HUGEPAGE);
-    owner_.reset(static_cast<void*>(start), [length](void* at) { munmap(at, length); });
-  }
-
-  [[nodiscard]] uint8_t* bytes() const { return static_cast<uint8_t*>(owner_.get()); }
-  [[nodiscard]] size_t capacity() const { return capacity_; }
-  [[nodiscard]] Data finish(size_t length) const {
-    std::memset(bytes() + length, 0, kSlack);
-    return {owner_, bytes(), length};
-  }
-
- private:
-  std::shared_ptr<void> owner_;
-  size_t capacity_;
-};
 
 std::string homeOfUser(const char* name) {
   std::vector<char> buffer(1024);
@@ -118,11 +77,11 @@ Data readOpenFile(int file, const std::string& path) {
   // One byte more than its size tells whether the file has grown.
   const auto size = static_cast<size_t>(status.st_size);
   try {
-    ReadBuffer buffer(size == 0 ? kUnknownSize : size + 1);
+    Buffer buffer(size == 0 ? kUnknownSize : size + 1);
     size_t length = 0;
     for (;;) {
       if (length == buffer.capacity()) {
-        ReadBuffer larger(length * 2);
+        Buffer larger(length * 2);
         std::memcpy(larger.bytes(), buffer.bytes(), length);
         buffer = std::move(larger);
       }

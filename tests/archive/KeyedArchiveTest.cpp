@@ -107,7 +107,7 @@ TEST(KeyedArchive, NeedsNoRootWhereTheReaderSaysSo) {
   EXPECT_EQ(held->root(), 0U);
   ASSERT_EQ(held->otherTopEntries().size(), 2U);
   EXPECT_EQ(held->otherTopEntries()[0].first, "other");
-  EXPECT_TRUE(held->isReached(1));
+  EXPECT_TRUE(held->reachedNumbers()[1]);
 }
 
 TEST(KeyedArchive, TakesTheOrderOfTheTopAndWideKeys) {

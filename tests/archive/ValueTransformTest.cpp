@@ -145,7 +145,7 @@ TEST(ValueTransform, CopyingReachesNumberedElementsToo) {
 TEST(ValueTransform, CopyingKeepsTheOtherFieldsOfARewrittenString) {
   const auto held = opened(archive(
       {"$null", instance(2, {{"NS.objects", references({3, 3})}}), classRecord(kArray),
-       instance(4, {{"first", P::uid(3)}, {"NS.string", "old text"}, {"last", P::real4(1)}}),
+       instance(4, {{"first", P::uid(3)}, {"NS.string", "$null: old text"}, {"last", P::real4(1)}}),
        classRecord(kMutableString)}));
   const auto copy = opened(
       ns::KeyedArchiver::archivedDataWithRootObject(ns::Value(std::make_shared<Carrier>(held))));
@@ -155,7 +155,7 @@ TEST(ValueTransform, CopyingKeepsTheOtherFieldsOfARewrittenString) {
   const auto record = copy->record(numbers[0]);
   ASSERT_EQ(record.shape->count(), 4U);
   EXPECT_EQ(record.shape->key(0), "first");
-  EXPECT_EQ(ns::KeyedArchive::string(copy->field(record, 1)), "new text");
+  EXPECT_EQ(ns::KeyedArchive::string(copy->field(record, 1)), "$null: new text");
   EXPECT_EQ(copy->field(record, 2).width, 4);
 }
 

@@ -1,0 +1,653 @@
+#include "platform/archive/ArchiveRevision.h"
+
+#include <algorithm>
+#include <cstring>
+#include <map>
+#include <set>
+#include <string>
+#include <unordered_map>
+#include <vector>
+
+#include "platform/archive/ArchivedClasses.h"
+#include "platform/archive/PropertyListWriter.h"
+#include "platform/foundation/Buffer.h"
+
+namespace ns {
+
+namespace {
+
+using Object = KeyedArchive::Object;
+using Type = KeyedArchive::Type;
+
+// Values that somebody makes for a document are flat; deeper ones are left to the archiver.
+constexpr int kDeepest = 32;
+constexpr uint32_t kNone = UINT32_MAX;
+constexpr uint8_t kUid = 0x80;
+constexpr uint8_t kArray = 0xA0;
+constexpr uint8_t kDictionary = 0xD0;
+// What stands in the place of an object that nobody needs any longer: a boolean, the shortest.
+constexpr std::string_view kFiller("\x08", 1);
+
+/// Thrown for what only an archiver can write; never leaves this file.
+struct TooMuch {};
+
+/// Counts up to 254 exactly; what is used more often stays for good.
+class UseCounts {
+ public:
+  explicit UseCounts(size_t count) : counts_(count) {}
+  void add(uint32_t index) {
+    if (counts_[index] < kMany) ++counts_[index];
+  }
+  /// Whether that was the last use.
+  bool drop(uint32_t index) {
+    return counts_[index] != 0 && counts_[index] != kMany && --counts_[index] == 0;
+  }
+  [[nodiscard]] bool isUnused(uint32_t index) const { return counts_[index] == 0; }
+
+ private:
+  static constexpr uint8_t kMany = 255;
+  std::vector<uint8_t> counts_;
+};
+
+class Revision {
+ public:
+  explicit Revision(const KeyedArchive& archive)
+      : archive_(archive), list_(archive.propertyList()), uses_(list_.objectCount()) {}
+
+  /// The file with a field of an instance replaced.  Raises TooMuch.
+  Data replacing(uint32_t number, const char* key, const Value& value);
+
+ private:
+  /// An object of "$objects": a number of the archive, or a new entry.
+  struct Target {
+    bool isNew;
+    uint32_t id;
+    bool operator==(const Target&) const = default;
+  };
+  /// An object of the file: a place in its object table, or a new part.
+  struct Place {
+    bool isNew;
+    uint32_t id;
+  };
+  /// A new object of the file.
+  struct Part {
+    uint8_t type;                 // that of a container, kUid, or 0: a scalar
+    std::string bytes;            // a scalar, in full
+    std::vector<Place> elements;  // of a container
+    Target target;                // of a UID
+    uint32_t index = kNone;       // its place: of an equal object, or its own
+    bool isOwn = true;            // not an equal object's
+  };
+  /// A new object of "$objects".
+  struct Entry {
+    Place content;
+    uint32_t old = 0;  // what it replaces, whose number it gets when that is free
+    bool isClass = false;
+    Target archivedClass = {};  // of a record
+    uint32_t number = kNone;
+  };
+  /// An instance that is gone.
+  struct Gone {
+    uint32_t number;
+    uint32_t classNumber;
+  };
+
+  // Making the new objects.
+  Target targetOf(const Value& value, uint32_t old, int depth);
+  Target targetOfArray(const Array& array, uint32_t old, int depth);
+  Target targetOfDictionary(const Dictionary& dictionary, uint32_t old, int depth);
+  Target targetOfScalar(const Value& value, uint32_t old);
+  Target targetOfClass(const ClassInfo& info);
+  Target newEntry(Entry entry);
+  Target newRecord(const std::vector<std::pair<const char*, Place>>& fields, const ClassInfo& info,
+                   uint32_t old);
+  Place listOf(const std::vector<Target>& targets);
+  Place uid(Target target);
+  Place scalar(PropertyListWriter::Reference written);
+  Place text(const std::string& text) { return scalar(scratch_.string(String(text))); }
+  Place newPart(Part part);
+  [[nodiscard]] bool hasClass(uint32_t number, Kind kind, const ClassInfo& info) const;
+
+  // Finding them places.
+  void survey();
+  void findEntries();
+  void useParts();
+  void release(const Object& container);
+  void releaseAll(const Object& container);
+  void drop(uint32_t index);
+  void assignNumbers();
+  void rewriteEntries();
+  void assignIndexes();
+  [[nodiscard]] bool isNamed(uint32_t number) const;
+  [[nodiscard]] uint32_t indexOf(Place place) const {
+    return place.isNew ? parts_[place.id].index : place.id;
+  }
+
+  [[nodiscard]] std::string bytesOf(const Part& part) const;
+  [[nodiscard]] Data assembled() const;
+  [[nodiscard]] uint64_t endOf(uint32_t index) const {
+    return index + 1 < list_.objectCount() ? list_.offsetOf(index + 1) : list_.tableOffset();
+  }
+
+  const KeyedArchive& archive_;
+  const BinaryPropertyList& list_;
+  PropertyListWriter scratch_;  // knows equal scalars
+  std::vector<Part> parts_;
+  std::vector<Entry> entries_;
+  std::unordered_map<PropertyListWriter::Reference, uint32_t> scalarParts_;
+  std::unordered_map<uint32_t, uint32_t> scalarEntries_;  // by part
+  std::map<std::pair<bool, uint32_t>, uint32_t> uidParts_;
+  std::vector<std::pair<const ClassInfo*, Target>> classes_;
+
+  UseCounts uses_;
+  std::vector<uint32_t> uids_;                                // by number: the UID that names it
+  std::unordered_map<uint32_t, std::vector<uint32_t>> more_;  // further ones
+  std::vector<uint32_t> dropped_;                             // objects to take leave of
+  std::vector<uint32_t> freeNumbers_;
+  std::vector<Gone> gone_;
+  std::vector<Part> changed_;  // objects that are there and get other elements
+  uint32_t count_ = 0;         // of all objects
+  uint32_t entryCount_ = 0;    // of "$objects"
+  bool hasNumbers_ = false;    // all new entries have
+};
+
+// Making the new objects.
+
+Revision::Place Revision::newPart(Part part) {
+  parts_.push_back(std::move(part));
+  return {true, static_cast<uint32_t>(parts_.size() - 1)};
+}
+
+Revision::Place Revision::scalar(PropertyListWriter::Reference written) {
+  const auto [known, isNew] =
+      scalarParts_.try_emplace(written, static_cast<uint32_t>(parts_.size()));
+  if (isNew) (void)newPart({0, std::string(scratch_.bytesOf(written)), {}, {}});
+  return {true, known->second};
+}
+
+Revision::Place Revision::uid(Target target) {
+  const auto [known, isNew] =
+      uidParts_.try_emplace({target.isNew, target.id}, static_cast<uint32_t>(parts_.size()));
+  if (isNew) (void)newPart({kUid, {}, {}, target});
+  return {true, known->second};
+}
+
+Revision::Place Revision::listOf(const std::vector<Target>& targets) {
+  std::vector<Place> elements;
+  elements.reserve(targets.size());
+  for (const Target& target : targets) elements.push_back(uid(target));
+  return newPart({kArray, {}, std::move(elements), {}});
+}
+
+Revision::Target Revision::newEntry(Entry entry) {
+  entries_.push_back(entry);
+  return {true, static_cast<uint32_t>(entries_.size() - 1)};
+}
+
+Revision::Target Revision::newRecord(const std::vector<std::pair<const char*, Place>>& fields,
+                                     const ClassInfo& info, uint32_t old) {
+  const Target record = newEntry({{}, old});
+  const Target archivedClass = targetOfClass(info);
+  entries_[record.id].archivedClass = archivedClass;
+  std::vector<Place> elements;
+  for (const auto& field : fields) elements.push_back(text(field.first));
+  elements.push_back(text("$class"));
+  for (const auto& field : fields) elements.push_back(field.second);
+  elements.push_back(uid(archivedClass));
+  entries_[record.id].content = newPart({kDictionary, {}, std::move(elements), {}});
+  return record;
+}
+
+Revision::Target Revision::targetOfClass(const ClassInfo& info) {
+  for (const auto& [known, target] : classes_) {
+    if (*known == info) return target;
+  }
+  if (const std::optional<uint32_t> number = archive_.classNumber(info)) return {false, *number};
+  const auto list = [&](const std::vector<std::string>& names) {
+    std::vector<Place> elements;
+    for (const std::string& name : names) elements.push_back(text(name));
+    return newPart({kArray, {}, std::move(elements), {}});
+  };
+  std::vector<Place> keys{text("$classname")};
+  std::vector<Place> elements{text(info.name)};
+  if (info.hasChain) {
+    keys.push_back(text("$classes"));
+    elements.push_back(list(info.chain));
+  }
+  if (!info.hints.empty()) {
+    keys.push_back(text("$classhints"));
+    elements.push_back(list(info.hints));
+  }
+  keys.insert(keys.end(), elements.begin(), elements.end());
+  const Target target = newEntry({newPart({kDictionary, {}, std::move(keys), {}}), 0, true});
+  classes_.emplace_back(&info, target);
+  return target;
+}
+
+bool Revision::hasClass(uint32_t number, Kind kind, const ClassInfo& info) const {
+  const KeyedArchive::Entry entry = archive_.entry(number);
+  if (entry.kind != KeyedArchive::EntryKind::instance) return false;
+  const KeyedArchive::Class& archived = *archive_.record(number, entry.object).archivedClass;
+  return archived.kind() == kind && *archived.info == info;
+}
+
+Revision::Target Revision::targetOf(const Value& value, uint32_t old, int depth) {
+  if (value.isNone()) return {false, 0};
+  if (depth > kDeepest) throw TooMuch();
+  if (const ArchiveOrigin* origin = archiveOriginOf(value)) {
+    const ValueTransform* transform = origin->transform();
+    if (origin->archive().get() != &archive_ ||
+        (transform && archive_.isChangedBy(*transform, origin->number()))) {
+      throw TooMuch();
+    }
+    return {false, origin->number()};
+  }
+  switch (value.kind()) {
+    case Kind::boolean:
+    case Kind::integer:
+    case Kind::real:
+      return targetOfScalar(value, old);
+    case Kind::string:
+      if (value.archivedClass() || value.string() == "$null") break;
+      return targetOfScalar(value, old);
+    case Kind::data:
+      if (value.archivedClass()) break;
+      return targetOfScalar(value, old);
+    case Kind::array:
+      return targetOfArray(value.array(), old, depth);
+    case Kind::dictionary:
+      return targetOfDictionary(value.dictionary(), old, depth);
+    default:
+      break;
+  }
+  throw TooMuch();
+}
+
+Revision::Target Revision::targetOfScalar(const Value& value, uint32_t old) {
+  const PropertyListWriter::Reference written = scratch_.value(value);
+  const KeyedArchive::Entry entry = archive_.entry(old);
+  if (entry.kind == KeyedArchive::EntryKind::scalar &&
+      scratch_.value(KeyedArchive::scalar(entry.object)) == written) {
+    return {false, old};
+  }
+  const Place place = scalar(written);
+  const auto known = scalarEntries_.find(place.id);
+  if (known != scalarEntries_.end()) return {true, known->second};
+  const Target target = newEntry({place});
+  scalarEntries_.emplace(place.id, target.id);
+  return target;
+}
+
+Revision::Target Revision::targetOfArray(const Array& array, uint32_t old, int depth) {
+  const ClassInfo& info = *(array.archivedClass() ? array.archivedClass() : arrayClass());
+  std::vector<uint32_t> before;
+  const bool isSameClass = hasClass(old, Kind::array, info);
+  if (isSameClass) {
+    before = archive_.elementNumbers(archive_.record(old), "NS.objects", "NS.object.");
+  }
+  std::vector<Target> elements;
+  bool isSame = isSameClass && before.size() == array.count();
+  for (size_t i = 0; i < array.count(); ++i) {
+    const uint32_t there = i < before.size() ? before[i] : 0;
+    elements.push_back(targetOf(array[i], there, depth + 1));
+    isSame = isSame && elements.back() == Target{false, there};
+  }
+  if (isSame) return {false, old};
+  return newRecord({{"NS.objects", listOf(elements)}}, info, old);
+}
+
+Revision::Target Revision::targetOfDictionary(const Dictionary& dictionary, uint32_t old,
+                                              int depth) {
+  const ClassInfo& info =
+      *(dictionary.archivedClass() ? dictionary.archivedClass() : dictionaryClass());
+  std::vector<uint32_t> keysBefore;
+  std::vector<uint32_t> valuesBefore;
+  const bool isSameClass = hasClass(old, Kind::dictionary, info);
+  if (isSameClass) {
+    const KeyedArchive::Record record = archive_.record(old);
+    keysBefore = archive_.elementNumbers(record, "NS.keys", "NS.key.");
+    valuesBefore = archive_.elementNumbers(record, "NS.objects", "NS.object.");
+    valuesBefore.resize(keysBefore.size());
+  }
+  std::unordered_map<PropertyListWriter::Reference, size_t> placesBefore;
+  for (size_t i = 0; i < keysBefore.size(); ++i) {
+    const KeyedArchive::Entry entry = archive_.entry(keysBefore[i]);
+    if (entry.kind != KeyedArchive::EntryKind::scalar) continue;
+    placesBefore.emplace(scratch_.value(KeyedArchive::scalar(entry.object)), i);
+  }
+  std::vector<Target> keys;
+  std::vector<Target> values;
+  bool isSame = isSameClass && keysBefore.size() == dictionary.count();
+  for (const auto& [key, value] : dictionary) {
+    const size_t position = keys.size();
+    size_t before = keysBefore.size();
+    if (key.kind() == Kind::string && !key.archivedClass()) {
+      const auto found = placesBefore.find(scratch_.value(key));
+      if (found != placesBefore.end()) before = found->second;
+    }
+    const bool isThere = before < keysBefore.size();
+    keys.push_back(targetOf(key, isThere ? keysBefore[before] : 0, depth + 1));
+    values.push_back(targetOf(value, isThere ? valuesBefore[before] : 0, depth + 1));
+    isSame = isSame && keys.back() == Target{false, keysBefore[position]} &&
+             values.back() == Target{false, valuesBefore[position]};
+  }
+  if (isSame) return {false, old};
+  return newRecord({{"NS.keys", listOf(keys)}, {"NS.objects", listOf(values)}}, info, old);
+}
+
+// Finding them places.
+
+/// Counts how often each object is used, finds the UIDs, and finds objects equal to new scalars.
+void Revision::survey() {
+  uids_.assign(archive_.objectCount(), kNone);
+  std::vector<uint32_t> wanted[256];  // scalars, by their first byte
+  for (uint32_t i = 0; i < parts_.size(); ++i) {
+    const Part& part = parts_[i];
+    if (part.type == 0) wanted[static_cast<uint8_t>(part.bytes[0])].push_back(i);
+  }
+  const uint32_t count = list_.objectCount();
+  uint64_t before = 7;
+  for (uint32_t index = 0; index < count; ++index) {
+    const uint64_t offset = list_.offsetOf(index);
+    if (offset <= before || offset >= list_.tableOffset()) throw TooMuch();
+    before = offset;
+    const uint8_t* at = list_.bytesAt(offset);
+    switch (*at & 0xF0) {
+      case kUid: {
+        const Object object = list_.object(index);
+        const uint64_t number = BinaryPropertyList::load(object.bytes, object.width);
+        if (number >= uids_.size()) break;
+        if (uids_[number] == kNone) {
+          uids_[number] = index;
+        } else {
+          more_[static_cast<uint32_t>(number)].push_back(index);
+        }
+        break;
+      }
+      case kArray:
+      case kDictionary: {
+        const Object object = list_.object(index);
+        const uint64_t references = object.count * (object.type == Type::array ? 1 : 2);
+        for (uint64_t i = 0; i < references; ++i) uses_.add(list_.reference(object.bytes, i));
+        break;
+      }
+      default:
+        for (const uint32_t each : wanted[*at]) {
+          Part& part = parts_[each];
+          if (part.index == kNone && list_.tableOffset() - offset >= part.bytes.size() &&
+              std::memcmp(at, part.bytes.data(), part.bytes.size()) == 0) {
+            part.index = index;
+            part.isOwn = false;
+          }
+        }
+        break;
+    }
+  }
+  uses_.add(list_.topObject());
+}
+
+/// Whether a reference that is in use leads to a number.
+bool Revision::isNamed(uint32_t number) const {
+  if (uids_[number] != kNone && !uses_.isUnused(uids_[number])) return true;
+  const auto more = more_.find(number);
+  return more != more_.end() &&
+         std::ranges::any_of(more->second, [&](uint32_t index) { return !uses_.isUnused(index); });
+}
+
+/// Finds entries equal to new ones, and numbers that are free.
+void Revision::findEntries() {
+  std::unordered_map<uint32_t, Entry*> wanted;  // by the place of their content
+  for (Entry& entry : entries_) {
+    const uint32_t index = indexOf(entry.content);
+    if (index != kNone) wanted.emplace(index, &entry);
+  }
+  const uint32_t null = archive_.entryIndex(0);
+  for (uint32_t number = 1; number < archive_.objectCount(); ++number) {
+    const uint32_t index = archive_.entryIndex(number);
+    if (index == null) {
+      if (!isNamed(number)) freeNumbers_.push_back(number);
+    } else if (!wanted.empty()) {
+      const auto found = wanted.find(index);
+      if (found != wanted.end() && found->second->number == kNone) found->second->number = number;
+    }
+  }
+}
+
+/// Counts what the new objects refer to among those that are there.
+void Revision::useParts() {
+  const auto resolve = [&](Part& part) {
+    if (part.type != kUid || part.index != kNone) return;
+    const uint32_t number = part.target.isNew ? entries_[part.target.id].number : part.target.id;
+    if (number >= uids_.size() || uids_[number] == kNone) return;
+    part.index = uids_[number];
+    part.isOwn = false;
+  };
+  const bool isFirstTime = !hasNumbers_;
+  for (Part& part : parts_) {
+    for (const Place& place : part.elements) {
+      const bool isKnown = !place.isNew || parts_[place.id].index != kNone;
+      if (isKnown && !isFirstTime) continue;
+      if (place.isNew) resolve(parts_[place.id]);
+      if (indexOf(place) != kNone) uses_.add(indexOf(place));
+    }
+  }
+}
+
+void Revision::release(const Object& container) {
+  const uint64_t references = container.count * (container.type == Type::array ? 1 : 2);
+  for (uint64_t i = 0; i < references; ++i) drop(list_.reference(container.bytes, i));
+}
+
+void Revision::drop(uint32_t index) {
+  if (uses_.drop(index)) dropped_.push_back(index);
+}
+
+/// Takes leave of what an object referred to and nobody else does.
+void Revision::releaseAll(const Object& container) {
+  release(container);
+  for (size_t i = 0; i < dropped_.size(); ++i) {
+    const Object object = list_.object(dropped_[i]);
+    if (object.type == Type::array || object.type == Type::dictionary) {
+      release(object);
+    } else if (object.type == Type::uid) {
+      const uint32_t number = archive_.target(object);
+      if (number == 0 || isNamed(number)) continue;
+      freeNumbers_.push_back(number);
+      const KeyedArchive::Entry entry = archive_.entry(number);
+      if (entry.kind == KeyedArchive::EntryKind::instance &&
+          !archive_.isClassRecord(number, entry.object)) {
+        gone_.push_back({number, archive_.record(number, entry.object).archivedClass->number});
+      }
+      drop(archive_.entryIndex(number));
+    }
+  }
+}
+
+void Revision::assignNumbers() {
+  std::set<uint32_t> free(freeNumbers_.begin(), freeNumbers_.end());
+  for (Entry& entry : entries_) {
+    if (entry.number == kNone && free.erase(entry.old) != 0) entry.number = entry.old;
+  }
+  entryCount_ = archive_.objectCount();
+  for (Entry& entry : entries_) {
+    if (entry.number != kNone) continue;
+    // a class comes after its first instance
+    if (entry.isClass || free.empty()) {
+      entry.number = entryCount_++;
+    } else {
+      entry.number = *free.begin();
+      free.erase(free.begin());
+    }
+  }
+  freeNumbers_.assign(free.begin(), free.end());
+  hasNumbers_ = true;
+  for (const Gone& gone : gone_) {
+    // the first instance of a class that stays must not go
+    if (gone.number > gone.classNumber || !isNamed(gone.classNumber)) continue;
+    const bool isReplaced = std::ranges::any_of(entries_, [&](const Entry& entry) {
+      return entry.number == gone.number && entry.archivedClass == Target{false, gone.classNumber};
+    });
+    if (!isReplaced) throw TooMuch();
+  }
+}
+
+/// "$objects" with the new entries, and with null for those that are gone.
+void Revision::rewriteEntries() {
+  Part objects{kArray, {}, {}, {}, archive_.objectsIndex()};
+  objects.elements.reserve(entryCount_);
+  for (uint32_t number = 0; number < archive_.objectCount(); ++number) {
+    objects.elements.push_back({false, archive_.entryIndex(number)});
+  }
+  objects.elements.resize(entryCount_);
+  for (const uint32_t number : freeNumbers_) objects.elements[number] = objects.elements[0];
+  for (const Entry& entry : entries_) objects.elements[entry.number] = entry.content;
+  changed_.push_back(std::move(objects));
+}
+
+void Revision::assignIndexes() {
+  uint32_t next = 0;
+  const uint32_t end = list_.objectCount();
+  count_ = end;
+  for (Part& part : parts_) {
+    if (part.index != kNone) continue;
+    while (next < end && !uses_.isUnused(next)) ++next;
+    part.index = next < end ? next : count_++;
+    if (next < end) uses_.add(next);
+  }
+  // references must be wide enough for the number of objects itself
+  const unsigned width = list_.referenceSize();
+  // what is left of objects that are gone must not add up
+  size_t left = freeNumbers_.size();
+  for (uint32_t index = 0; index < end; ++index) left += uses_.isUnused(index) ? 1 : 0;
+  if (left * (1 + 2 * width) > list_.fileLength() / 100) throw TooMuch();
+  if (width < 4 && count_ >> (8 * width) != 0) throw TooMuch();
+}
+
+std::string Revision::bytesOf(const Part& part) const {
+  if (part.type == 0) return part.bytes;
+  if (part.type == kUid) {
+    const Target& target = part.target;
+    PropertyListWriter writer;
+    return std::string(
+        writer.bytesOf(writer.uid(target.isNew ? entries_[target.id].number : target.id)));
+  }
+  const unsigned width = list_.referenceSize();
+  const size_t count = part.elements.size();
+  std::string bytes;
+  PropertyListWriter::appendMarker(bytes, part.type, part.type == kArray ? count : count / 2);
+  const size_t head = bytes.size();
+  bytes.resize(head + count * width);
+  char* out = bytes.data() + head;
+  for (const Place& place : part.elements) {
+    const uint32_t index = indexOf(place);
+    for (unsigned byte = width; byte-- > 0;) {
+      *out++ = byte < 4 ? static_cast<char>(static_cast<uint8_t>(index >> (8 * byte))) : '\0';
+    }
+  }
+  return bytes;
+}
+
+Data Revision::replacing(uint32_t number, const char* key, const Value& value) {
+  const KeyedArchive::Entry entry = archive_.entry(number);
+  const KeyedArchive::Record record = archive_.record(number, entry.object);
+  const uint32_t position = record.shape->find(key);
+  if (position == record.shape->count()) throw TooMuch();
+  const Object field = archive_.field(record, position);
+  if (field.type != Type::uid) throw TooMuch();
+  const uint32_t old = archive_.target(field);
+  const Target target = targetOf(value, old, 0);
+  if (target == Target{false, old}) return list_.data();
+
+  const uint32_t count = record.shape->count();
+  Part holder{kDictionary, {}, {}, {}, archive_.entryIndex(number)};
+  for (uint32_t i = 0; i < 2 * count; ++i) {
+    holder.elements.push_back({false, list_.reference(entry.object.bytes, i)});
+  }
+  holder.elements[count + position] = uid(target);
+
+  survey();
+  findEntries();
+  // the record keeps its place in the file
+  parts_.push_back(holder);
+  useParts();
+  for (const Entry& each : entries_) {
+    if (each.number == kNone && indexOf(each.content) != kNone) uses_.add(indexOf(each.content));
+  }
+  releaseAll(entry.object);
+  assignNumbers();
+  useParts();
+  assignIndexes();
+  changed_.push_back(parts_.back());
+  parts_.pop_back();
+  rewriteEntries();
+  return assembled();
+}
+
+/// The file: what stays, in runs, with the changes in between; the new objects; the table.
+Data Revision::assembled() const {
+  const uint32_t end = list_.objectCount();
+  std::map<uint32_t, std::string> changes;  // by index
+  for (const uint32_t index : dropped_) {
+    if (uses_.isUnused(index)) changes.emplace(index, kFiller);
+  }
+  for (const Part& part : parts_) {
+    if (part.isOwn) changes.insert_or_assign(part.index, bytesOf(part));
+  }
+  for (const Part& part : changed_) changes.insert_or_assign(part.index, bytesOf(part));
+
+  uint64_t tableOffset = list_.tableOffset();
+  for (const auto& [index, bytes] : changes) {
+    tableOffset += bytes.size();
+    if (index < end) tableOffset -= endOf(index) - list_.offsetOf(index);
+  }
+  constexpr size_t kTrailerLength = 32;
+  const unsigned offsetSize = PropertyListWriter::widthFor(tableOffset);
+  Buffer buffer(tableOffset + uint64_t{count_} * offsetSize + kTrailerLength);
+  uint8_t* out = buffer.bytes();
+  uint8_t* table = buffer.bytes() + tableOffset;
+  uint64_t copied = 0;  // of the old file
+  uint32_t indexed = 0;
+  // objects up to an index, unchanged, and the ends of their table
+  const auto copy = [&](uint32_t to) {
+    const uint64_t until = to < end ? list_.offsetOf(to) : list_.tableOffset();
+    const auto moved = static_cast<uint64_t>(out - buffer.bytes()) - copied;
+    std::memcpy(out, list_.bytesAt(copied), until - copied);
+    out += until - copied;
+    copied = until;
+    for (; indexed < to; ++indexed) {
+      table =
+          PropertyListWriter::storeBigEndian(table, list_.offsetOf(indexed) + moved, offsetSize);
+    }
+  };
+  for (const auto& [index, bytes] : changes) {
+    if (index < end) copy(index);
+    if (index >= end && indexed < end) copy(end);
+    table = PropertyListWriter::storeBigEndian(table, static_cast<uint64_t>(out - buffer.bytes()),
+                                               offsetSize);
+    ++indexed;
+    std::memcpy(out, bytes.data(), bytes.size());
+    out += bytes.size();
+    if (index < end) copied = endOf(index);
+  }
+  if (indexed < end) copy(end);
+  std::memset(table, 0, 6);
+  table[6] = static_cast<uint8_t>(offsetSize);
+  table[7] = list_.referenceSize();
+  table = PropertyListWriter::storeBigEndian(table + 8, count_, 8);
+  table = PropertyListWriter::storeBigEndian(table, list_.topObject(), 8);
+  (void)PropertyListWriter::storeBigEndian(table, tableOffset, 8);
+  return buffer.finish(tableOffset + uint64_t{count_} * offsetSize + kTrailerLength);
+}
+
+}  // namespace
+
+std::optional<Data> revisedArchive(const std::shared_ptr<const KeyedArchive>& archive,
+                                   uint32_t number, const char* key, const Value& value) {
+  try {
+    return Revision(*archive).replacing(number, key, value);
+  } catch (const TooMuch&) {
+    return std::nullopt;
+  }
+}
+
+}  // namespace ns

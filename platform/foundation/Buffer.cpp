@@ -1,0 +1,46 @@
+#include "platform/foundation/Buffer.h"
+
+#include <sys/mman.h>
+
+#include <cstdlib>
+#include <cstring>
+#include <new>
+
+namespace ns {
+
+namespace {
+
+// Readers may load a machine word or a vector at the last byte.
+constexpr size_t kSlack = 16;
+constexpr size_t kLargePage = size_t{2} << 20;
+// From here on large pages save more page faults than their alignment costs.
+constexpr size_t kMapped = size_t{4} << 20;
+
+}  // namespace
+
+Buffer::Buffer(size_t capacity) : capacity_(capacity) {
+  const size_t size = capacity + kSlack;
+  if (size < kMapped) {
+    owner_.reset(std::malloc(size), std::free);
+    if (!owner_) throw std::bad_alloc();
+    return;
+  }
+  // Mapped with room to cut it to whole large pages.
+  const size_t length = (size + kLargePage - 1) / kLargePage * kLargePage;
+  void* const mapped = mmap(nullptr, length + kLargePage, PROT_READ | PROT_WRITE,
+                            MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+  if (mapped == MAP_FAILED) throw std::bad_alloc();
+  const size_t before = (0 - reinterpret_cast<uintptr_t>(mapped)) % kLargePage;
+  uint8_t* const start = static_cast<uint8_t*>(mapped) + before;
+  if (before != 0) munmap(mapped, before);
+  munmap(start + length, kLargePage - before);
+  madvise(start, length, MADV_HUGEPAGE);
+  owner_.reset(static_cast<void*>(start), [length](void* at) { munmap(at, length); });
+}
+
+Data Buffer::finish(size_t length) const {
+  std::memset(bytes() + length, 0, kSlack);
+  return {owner_, bytes(), length};
+}
+
+}  // namespace ns
