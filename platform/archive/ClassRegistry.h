@@ -19,6 +19,7 @@ struct FieldForm {
   enum class Form : uint8_t {
     parent,      ///< a reference back to an object that has this one among its children
     children,    ///< an array of objects, or null
+    text,        ///< a string
     dictionary,  ///< a dictionary, or null
     boolean,     ///< a number, in the record or as an object
     integer      ///< the same
@@ -42,7 +43,8 @@ struct ClassCoding {
   /// Makes an empty object of a class whose instances have an identity; `initWithCoder` fills it.
   std::shared_ptr<Object> (*create)() = nullptr;
 
-  /// The fields of a class whose objects form trees.
+  /// The fields of a class whose objects form trees.  Of a class of values: fields that make
+  /// asking `check` needless for an instance that has all of them and no others.
   std::vector<FieldForm> fields = {};
 };
 

@@ -243,6 +243,7 @@ class ArchiveChecker {
     const FieldReader fields(archive_, number);
     for (const FieldForm& field : coding.fields) {
       switch (field.form) {
+        case FieldForm::Form::text:
         case FieldForm::Form::parent:
           break;  // said when it is read, with what it should be
         case FieldForm::Form::children:

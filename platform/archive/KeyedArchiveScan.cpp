@@ -16,7 +16,16 @@ constexpr uint16_t kObjects = 1U << static_cast<unsigned>(Kind::object) | 1U << 
 
 /// How to look at the records with the same keys and the same class.
 struct ArchiveScan::Plan {
-  enum class Rule : uint8_t { any, classReference, parent, children, dictionary, boolean, integer };
+  enum class Rule : uint8_t {
+    any,
+    classReference,
+    parent,
+    children,
+    text,
+    dictionary,
+    boolean,
+    integer
+  };
 
   uint32_t classIndex;
   const ClassCoding* coding;
@@ -26,6 +35,7 @@ struct ArchiveScan::Plan {
                             // a dictionary's keys
   uint32_t second;          // of a dictionary's values
   Type expected;            // what stands at these positions
+  bool isChecked = false;   // by its fields alone
   size_t form = SIZE_MAX;   // in the findings, of members and their lists
   uint32_t integerIndex = UINT32_MAX;  // where the integer field of the first member leads
 };
@@ -43,6 +53,7 @@ struct ArchiveScan::KeySet {
 ArchiveScan::ArchiveScan(const KeyedArchive& archive)
     : archive_(archive),
       list_(archive.list_),
+      count_(archive.count_),
       places_(static_cast<Place*>(std::calloc(archive.count_, sizeof(Place))), std::free),
       // what is used several times is looked at several times; there is hardly any of it
       budget_(3 * list_.fileLength() + 100000) {
@@ -57,17 +68,16 @@ KeyedArchive::Findings ArchiveScan::takeFindings() {
 }
 
 bool ArchiveScan::run() {
-  const uint32_t count = archive_.count_;
   try {
     refer(archive_.root_, 0);
     for (const auto& [key, entry] : archive_.otherTopEntries_) {
       if (entry.type != Type::uid) return false;
       refer(archive_.target(entry), kObjects);
     }
-    for (uint32_t number = 1; number < count; ++number) {
+    for (uint32_t number = 1; number < count_; ++number) {
       // the file is larger than any cache: fetch what comes up while this one is looked at
       constexpr uint32_t kAhead = 8;
-      if (number + kAhead < count) archive_.prefetchObject(number + kAhead);
+      if (number + kAhead < count_) archive_.prefetchObject(number + kAhead);
       if (!scanEntry(number)) return false;
     }
   } catch (const ArchiveException&) {
@@ -77,7 +87,7 @@ bool ArchiveScan::run() {
 }
 
 bool ArchiveScan::isTree() {
-  for (uint32_t number = 1; number < archive_.count_; ++number) {
+  for (uint32_t number = 1; number < count_; ++number) {
     const Place& place = places_[number];
     if (place.kind == kClassRecord) {
       if (place.mentions > 0) return false;
@@ -139,20 +149,6 @@ bool ArchiveScan::scanText(const Object& object, bool* isMarked) {
   return true;
 }
 
-bool ArchiveScan::isUid(uint32_t index, uint32_t* number) const {
-  const uint64_t offset = list_.offsetOf(index);
-  const uint64_t end = list_.tableOffset();
-  if (offset < 8 || offset >= end) return false;
-  const uint8_t* at = list_.bytesAt(offset);
-  constexpr unsigned kWidest = 7;
-  const unsigned width = *at - 0x80U;  // less one
-  if (width > kWidest || end - offset - 1 <= width) return false;
-  const uint64_t target = BinaryPropertyList::load(at + 1, width + 1);
-  if (target >= archive_.count_) return false;
-  *number = static_cast<uint32_t>(target);
-  return true;
-}
-
 ArchiveScan::KeySet& ArchiveScan::keySetOf(uint32_t number, const Object& dictionary) {
   const size_t width = list_.referenceSize();
   const size_t length = dictionary.count * width;
@@ -211,33 +207,46 @@ ArchiveScan::Plan& ArchiveScan::planOf(KeySet& keys, uint32_t number, const Obje
       plan.first = shape.find("NS.keys");
       plan.second = shape.find("NS.objects");
       break;
-    case Kind::object:
-      for (const FieldForm& field : plan.coding->fields) {
-        const uint32_t position = shape.find(field.key);
-        if (position == shape.count()) continue;
-        switch (field.form) {
-          case FieldForm::Form::parent:
-            plan.rules[position] = Plan::Rule::parent;
-            break;
-          case FieldForm::Form::children:
-            plan.rules[position] = Plan::Rule::children;
-            break;
-          case FieldForm::Form::dictionary:
-            plan.rules[position] = Plan::Rule::dictionary;
-            break;
-          case FieldForm::Form::boolean:
-            plan.rules[position] = Plan::Rule::boolean;
-            break;
-          case FieldForm::Form::integer:
-            plan.rules[position] = Plan::Rule::integer;
-            break;
-        }
-      }
-      if (plan.coding->fields.empty()) break;
-      plan.kind = kMember;
-      break;
     default:
       break;
+  }
+  if (!plan.coding || plan.coding->fields.empty()) return plan;
+  uint32_t known = 1;  // "$class"
+  for (const FieldForm& field : plan.coding->fields) {
+    const uint32_t position = shape.find(field.key);
+    if (position == shape.count()) continue;
+    ++known;
+    switch (field.form) {
+      case FieldForm::Form::text:
+        plan.rules[position] = Plan::Rule::text;
+        break;
+      case FieldForm::Form::parent:
+        plan.rules[position] = Plan::Rule::parent;
+        break;
+      case FieldForm::Form::children:
+        plan.rules[position] = Plan::Rule::children;
+        break;
+      case FieldForm::Form::dictionary:
+        plan.rules[position] = Plan::Rule::dictionary;
+        break;
+      case FieldForm::Form::boolean:
+        plan.rules[position] = Plan::Rule::boolean;
+        break;
+      case FieldForm::Form::integer:
+        plan.rules[position] = Plan::Rule::integer;
+        break;
+    }
+  }
+  if (kind == Kind::object) {
+    plan.kind = kMember;
+    return plan;
+  }
+  // with all of these fields and nothing else, looking at them is enough
+  plan.isChecked = known == plan.coding->fields.size() + 1 && known == shape.count();
+  if (!plan.isChecked) {
+    for (Plan::Rule& rule : plan.rules) {
+      if (rule != Plan::Rule::classReference) rule = Plan::Rule::any;
+    }
   }
   return plan;
 }
@@ -299,6 +308,9 @@ bool ArchiveScan::scanRecord(uint32_t number, const Object& dictionary) {
           if (places_[target].owner != 0) return false;
           places_[target].owner = number;
           break;
+        case Plan::Rule::text:
+          refer(target, allBut(Kind::string));
+          break;
         case Plan::Rule::dictionary:
           refer(target, allBut(Kind::dictionary, Kind::none));
           break;
@@ -358,7 +370,7 @@ bool ArchiveScan::scanRecord(uint32_t number, const Object& dictionary) {
     default:
       break;
   }
-  if (plan.coding && plan.coding->check) plan.coding->check(archive_, number);
+  if (plan.coding && plan.coding->check && !plan.isChecked) plan.coding->check(archive_, number);
   return true;
 }
 

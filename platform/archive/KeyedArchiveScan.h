@@ -72,7 +72,18 @@ class ArchiveScan {
     place.forbidden = static_cast<uint16_t>(place.forbidden | forbidden);
   }
   /// The number that a reference of the file leads to, if what it leads to is a UID.
-  bool isUid(uint32_t index, uint32_t* number) const;
+  bool isUid(uint32_t index, uint32_t* number) const {
+    const uint64_t offset = list_.offsetOf(index);
+    const uint64_t end = list_.tableOffset();
+    if (offset < 8 || offset >= end) return false;
+    const uint8_t* at = list_.bytesAt(offset);
+    constexpr unsigned kWidest = 7;
+    const unsigned width = *at - 0x80U;  // less one
+    if (width > kWidest || end - offset - 1 <= width) return false;
+    const uint64_t target = BinaryPropertyList::load(at + 1, width + 1);
+    *number = static_cast<uint32_t>(target);
+    return target < count_;
+  }
   bool spend(uint64_t steps) {
     if (steps > budget_) return false;
     budget_ -= steps;
@@ -81,6 +92,7 @@ class ArchiveScan {
 
   const KeyedArchive& archive_;
   const BinaryPropertyList& list_;
+  const uint32_t count_;  // of archive numbers
   KeyedArchive::Findings findings_;
   std::unique_ptr<Place[], decltype(&std::free)> places_;
   struct Link {

@@ -5,9 +5,13 @@
 namespace ns {
 
 void addTextClasses(ClassRegistry& registry) {
+  ClassCoding text = {Kind::attributedString, AttributedStringBody::check,
+                      AttributedStringBody::decode};
+  // one set of attributes for the whole text
+  text.fields = {{"NSString", FieldForm::Form::text},
+                 {"NSAttributes", FieldForm::Form::dictionary}};
   for (const char* name : {"NSAttributedString", "NSMutableAttributedString", "NSTextStorage"}) {
-    registry.add(
-        name, {Kind::attributedString, AttributedStringBody::check, AttributedStringBody::decode});
+    registry.add(name, text);
   }
   registry.add("NSFont", {Kind::font});
   registry.add("NSColor", {Kind::color});
