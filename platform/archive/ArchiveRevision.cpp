@@ -5,6 +5,7 @@
 #include <map>
 #include <set>
 #include <string>
+#include <string_view>
 #include <unordered_map>
 #include <vector>
 
@@ -19,9 +20,12 @@ namespace {
 using Object = KeyedArchive::Object;
 using Type = KeyedArchive::Type;
 
+// Archivers write one UID for each number.
+constexpr size_t kMostFurtherUids = 1000;
 // Values that somebody makes for a document are flat; deeper ones are left to the archiver.
 constexpr int kDeepest = 32;
 constexpr uint32_t kNone = UINT32_MAX;
+constexpr uint64_t kHeaderLength = 8;
 constexpr uint8_t kUid = 0x80;
 constexpr uint8_t kArray = 0xA0;
 constexpr uint8_t kDictionary = 0xD0;
@@ -31,22 +35,36 @@ constexpr std::string_view kFiller("\x08", 1);
 /// Thrown for what only an archiver can write; never leaves this file.
 struct TooMuch {};
 
-/// Counts up to 254 exactly; what is used more often stays for good.
 class UseCounts {
  public:
   explicit UseCounts(size_t count) : counts_(count) {}
-  void add(uint32_t index) {
-    if (counts_[index] < kMany) ++counts_[index];
-  }
+  void add(uint32_t index) { ++counts_[index]; }
   /// Whether that was the last use.
-  bool drop(uint32_t index) {
-    return counts_[index] != 0 && counts_[index] != kMany && --counts_[index] == 0;
-  }
+  bool drop(uint32_t index) { return counts_[index] != 0 && --counts_[index] == 0; }
   [[nodiscard]] bool isUnused(uint32_t index) const { return counts_[index] == 0; }
 
  private:
-  static constexpr uint8_t kMany = 255;
-  std::vector<uint8_t> counts_;
+  std::vector<uint32_t> counts_;
+};
+
+/// The scalars to be found in a file, by their bytes.
+class WantedScalars {
+ public:
+  void add(std::string_view bytes, uint32_t part) {
+    parts_.emplace(bytes, part);
+    const auto first = static_cast<uint8_t>(bytes[0]);
+    longest_[first] = std::max(longest_[first], bytes.size());
+  }
+  /// The part with these bytes, or nothing.
+  [[nodiscard]] std::optional<uint32_t> find(std::string_view bytes) const {
+    if (longest_[static_cast<uint8_t>(bytes[0])] < bytes.size()) return std::nullopt;
+    const auto found = parts_.find(bytes);
+    return found == parts_.end() ? std::nullopt : std::optional(found->second);
+  }
+
+ private:
+  std::unordered_map<std::string_view, uint32_t> parts_;
+  size_t longest_[256] = {};  // by the first byte
 };
 
 class Revision {
@@ -109,6 +127,7 @@ class Revision {
   [[nodiscard]] bool hasClass(uint32_t number, Kind kind, const ClassInfo& info) const;
 
   // Finding them places.
+  void refuseCircles(uint32_t number) const;
   void survey();
   void findEntries();
   void useParts();
@@ -125,6 +144,15 @@ class Revision {
 
   [[nodiscard]] std::string bytesOf(const Part& part) const;
   [[nodiscard]] Data assembled() const;
+  [[nodiscard]] uint64_t endOf(const Object& object) const {
+    uint64_t length = object.text().size();
+    if (object.type == Type::array || object.type == Type::dictionary) {
+      length = object.count * list_.referenceSize() * (object.type == Type::array ? 1 : 2);
+    } else if (object.type != Type::boolean) {
+      length += object.width;
+    }
+    return static_cast<uint64_t>(object.bytes - list_.bytesAt(0)) + length;
+  }
   [[nodiscard]] uint64_t endOf(uint32_t index) const {
     return index + 1 < list_.objectCount() ? list_.offsetOf(index + 1) : list_.tableOffset();
   }
@@ -138,6 +166,8 @@ class Revision {
   std::unordered_map<uint32_t, uint32_t> scalarEntries_;  // by part
   std::map<std::pair<bool, uint32_t>, uint32_t> uidParts_;
   std::vector<std::pair<const ClassInfo*, Target>> classes_;
+  std::unordered_map<const ValueBody*, Target> containers_;  // of the value; one that it mentions
+                                                             // twice is one object
 
   UseCounts uses_;
   std::vector<uint32_t> uids_;                                // by number: the UID that names it
@@ -202,7 +232,9 @@ Revision::Target Revision::targetOfClass(const ClassInfo& info) {
   for (const auto& [known, target] : classes_) {
     if (*known == info) return target;
   }
-  if (const std::optional<uint32_t> number = archive_.classNumber(info)) return {false, *number};
+  if (const std::optional<uint32_t> number = archive_.classNumber(info)) {
+    return classes_.emplace_back(&info, Target{false, *number}).second;
+  }
   const auto list = [&](const std::vector<std::string>& names) {
     std::vector<Place> elements;
     for (const std::string& name : names) elements.push_back(text(name));
@@ -254,9 +286,16 @@ Revision::Target Revision::targetOf(const Value& value, uint32_t old, int depth)
       if (value.archivedClass()) break;
       return targetOfScalar(value, old);
     case Kind::array:
-      return targetOfArray(value.array(), old, depth);
-    case Kind::dictionary:
-      return targetOfDictionary(value.dictionary(), old, depth);
+    case Kind::dictionary: {
+      const auto known = containers_.find(value.body().get());
+      if (known != containers_.end()) return known->second;
+      // what others refer to, too, stays theirs with everything in it
+      const uint32_t own = archive_.isShared(old) ? 0 : old;
+      const Target target = value.isArray() ? targetOfArray(value.array(), own, depth)
+                                            : targetOfDictionary(value.dictionary(), own, depth);
+      containers_.emplace(value.body().get(), target);
+      return target;
+    }
     default:
       break;
   }
@@ -337,53 +376,105 @@ Revision::Target Revision::targetOfDictionary(const Dictionary& dictionary, uint
 
 // Finding them places.
 
+/// Raises TooMuch when a value holds itself: then it would hold itself in the file for good.
+void Revision::refuseCircles(uint32_t number) const {
+  struct Level {
+    uint32_t number;
+    std::vector<uint32_t> targets;
+  };
+  std::unordered_map<uint32_t, bool> seen;  // and whether it is among the levels
+  std::vector<Level> levels;
+  const auto enter = [&](uint32_t entered) {
+    const KeyedArchive::Entry entry = archive_.entry(entered);
+    if (entry.kind != KeyedArchive::EntryKind::instance) return;
+    const auto [known, isNew] = seen.try_emplace(entered, true);
+    if (!isNew) {
+      if (known->second) throw TooMuch();
+      return;
+    }
+    Level level{entered, {}};
+    const KeyedArchive::Record record = archive_.record(entered, entry.object);
+    for (uint32_t i = 0; i < record.shape->count(); ++i) {
+      if (i == record.shape->classPosition()) continue;
+      const Object field = archive_.field(record, i);
+      if (field.type == Type::uid) level.targets.push_back(archive_.target(field));
+      if (field.type == Type::dictionary) throw TooMuch();
+      if (field.type != Type::array) continue;
+      for (uint64_t each = 0; each < field.count; ++each) {
+        const Object element = archive_.element(field, each);
+        if (element.type != Type::uid) throw TooMuch();
+        level.targets.push_back(archive_.target(element));
+      }
+    }
+    levels.push_back(std::move(level));
+  };
+  enter(number);
+  while (!levels.empty()) {
+    Level& level = levels.back();
+    if (level.targets.empty()) {
+      seen[level.number] = false;
+      levels.pop_back();
+      continue;
+    }
+    const uint32_t next = level.targets.back();
+    level.targets.pop_back();
+    enter(next);
+  }
+}
+
 /// Counts how often each object is used, finds the UIDs, and finds objects equal to new scalars.
+/// Raises TooMuch unless every object begins where the one before it ends, and is used.
 void Revision::survey() {
   uids_.assign(archive_.objectCount(), kNone);
-  std::vector<uint32_t> wanted[256];  // scalars, by their first byte
+  WantedScalars wanted;
   for (uint32_t i = 0; i < parts_.size(); ++i) {
-    const Part& part = parts_[i];
-    if (part.type == 0) wanted[static_cast<uint8_t>(part.bytes[0])].push_back(i);
+    if (parts_[i].type == 0) wanted.add(parts_[i].bytes, i);
   }
   const uint32_t count = list_.objectCount();
-  uint64_t before = 7;
+  size_t furtherUids = 0;
+  uint64_t offset = kHeaderLength;
+  std::vector<uint32_t> containers;
   for (uint32_t index = 0; index < count; ++index) {
-    const uint64_t offset = list_.offsetOf(index);
-    if (offset <= before || offset >= list_.tableOffset()) throw TooMuch();
-    before = offset;
-    const uint8_t* at = list_.bytesAt(offset);
-    switch (*at & 0xF0) {
-      case kUid: {
-        const Object object = list_.object(index);
+    if (list_.offsetOf(index) != offset) throw TooMuch();
+    const Object object = list_.object(index);
+    const uint64_t begin = offset;
+    offset = endOf(object);
+    switch (object.type) {
+      case Type::uid: {
         const uint64_t number = BinaryPropertyList::load(object.bytes, object.width);
         if (number >= uids_.size()) break;
         if (uids_[number] == kNone) {
           uids_[number] = index;
         } else {
+          if (++furtherUids > kMostFurtherUids) throw TooMuch();
           more_[static_cast<uint32_t>(number)].push_back(index);
         }
         break;
       }
-      case kArray:
-      case kDictionary: {
-        const Object object = list_.object(index);
+      case Type::array:
+      case Type::dictionary: {
         const uint64_t references = object.count * (object.type == Type::array ? 1 : 2);
         for (uint64_t i = 0; i < references; ++i) uses_.add(list_.reference(object.bytes, i));
+        if (references != 0) containers.push_back(index);
         break;
       }
-      default:
-        for (const uint32_t each : wanted[*at]) {
-          Part& part = parts_[each];
-          if (part.index == kNone && list_.tableOffset() - offset >= part.bytes.size() &&
-              std::memcmp(at, part.bytes.data(), part.bytes.size()) == 0) {
-            part.index = index;
-            part.isOwn = false;
-          }
+      default: {
+        const auto* bytes = reinterpret_cast<const char*>(list_.bytesAt(begin));
+        const std::optional<uint32_t> part = wanted.find({bytes, offset - begin});
+        if (part && parts_[*part].index == kNone) {
+          parts_[*part].index = index;
+          parts_[*part].isOwn = false;
         }
         break;
+      }
     }
   }
+  if (offset != list_.tableOffset()) throw TooMuch();
   uses_.add(list_.topObject());
+  // what is left of some other object would keep what it refers to
+  for (const uint32_t index : containers) {
+    if (uses_.isUnused(index)) throw TooMuch();
+  }
 }
 
 /// Whether a reference that is in use leads to a number.
@@ -481,13 +572,14 @@ void Revision::assignNumbers() {
   }
   freeNumbers_.assign(free.begin(), free.end());
   hasNumbers_ = true;
+  std::set<std::pair<uint32_t, uint32_t>> records;  // number, number of the class
+  for (const Entry& entry : entries_) {
+    if (!entry.archivedClass.isNew) records.emplace(entry.number, entry.archivedClass.id);
+  }
   for (const Gone& gone : gone_) {
     // the first instance of a class that stays must not go
     if (gone.number > gone.classNumber || !isNamed(gone.classNumber)) continue;
-    const bool isReplaced = std::ranges::any_of(entries_, [&](const Entry& entry) {
-      return entry.number == gone.number && entry.archivedClass == Target{false, gone.classNumber};
-    });
-    if (!isReplaced) throw TooMuch();
+    if (!records.contains({gone.number, gone.classNumber})) throw TooMuch();
   }
 }
 
@@ -565,6 +657,7 @@ Data Revision::replacing(uint32_t number, const char* key, const Value& value) {
   }
   holder.elements[count + position] = uid(target);
 
+  refuseCircles(old);
   survey();
   findEntries();
   // the record keeps its place in the file
@@ -646,8 +739,10 @@ std::optional<Data> revisedArchive(const std::shared_ptr<const KeyedArchive>& ar
   try {
     return Revision(*archive).replacing(number, key, value);
   } catch (const TooMuch&) {
-    return std::nullopt;
+  } catch (const ArchiveException&) {
+    // what the root does not lead to may be anything
   }
+  return std::nullopt;
 }
 
 }  // namespace ns

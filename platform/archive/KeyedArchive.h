@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <cstdint>
 #include <functional>
 #include <map>
@@ -113,6 +114,10 @@ class KeyedArchive : public std::enable_shared_from_this<KeyedArchive> {
   [[nodiscard]] bool isTree() const { return findings_.isTree; }
   /// Whether a tree's archive holds objects that nothing refers to.
   [[nodiscard]] bool hasStrays() const { return findings_.hasStrays; }
+  /// Whether a tree's archive mentions an array or dictionary more than once.
+  [[nodiscard]] bool isShared(uint32_t container) const {
+    return std::ranges::binary_search(findings_.sharedContainers, container);
+  }
   /// The numbers of all fonts, and of some that nothing leads to.
   [[nodiscard]] const std::vector<uint32_t>& fonts() const { return findings_.fonts; }
   /// The numbers of all objects of classes with an identity that the root leads to, in the order
@@ -295,9 +300,10 @@ class KeyedArchive : public std::enable_shared_from_this<KeyedArchive> {
   struct Findings {
     bool isTree = false;
     bool hasStrays = false;
-    std::vector<uint32_t> objects;      // with an identity; none of a tree
-    std::vector<Form> forms;            // of a tree
-    std::vector<uint32_t> markedTexts;  // strings that hold "$null"
+    std::vector<uint32_t> objects;           // with an identity; none of a tree
+    std::vector<Form> forms;                 // of a tree
+    std::vector<uint32_t> sharedContainers;  // of a tree, in ascending order
+    std::vector<uint32_t> markedTexts;       // strings that hold "$null"
     std::vector<uint32_t> fonts;
     std::vector<uint32_t> attributedStrings;
   };

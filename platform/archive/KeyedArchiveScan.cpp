@@ -27,7 +27,6 @@ struct ArchiveScan::Plan {
     integer
   };
 
-  uint32_t classIndex;
   const ClassCoding* coding;
   uint8_t kind;             // as in a place
   std::vector<Rule> rules;  // by position
@@ -47,7 +46,8 @@ struct ArchiveScan::KeySet {
   uint64_t count;
   size_t length;  // of the references
   Plan* recent = nullptr;
-  std::vector<std::unique_ptr<Plan>> plans;
+  uint32_t recentClassIndex = 0;             // what names the class of the recent plan
+  std::unordered_map<uint32_t, Plan> plans;  // by the number of the class
 };
 
 ArchiveScan::ArchiveScan(const KeyedArchive& archive)
@@ -69,6 +69,8 @@ KeyedArchive::Findings ArchiveScan::takeFindings() {
 
 bool ArchiveScan::run() {
   try {
+    // whatever it holds is null, but it is looked at when somebody refers to it
+    (void)archive_.entry(0);
     refer(archive_.root_, 0);
     for (const auto& [key, entry] : archive_.otherTopEntries_) {
       if (entry.type != Type::uid) return false;
@@ -96,7 +98,13 @@ bool ArchiveScan::isTree() {
     if (place.mentions == 0 && place.kind != codeOf(Kind::none)) findings_.hasStrays = true;
     const uint16_t kind = maskOf(place.kind);
     if ((place.forbidden & kind) != 0) return false;
-    if ((kind & kObjects) != 0 && place.mentions > 1) return false;
+    // nobody but its owner knows a list of children, or an object
+    const bool isChildren = place.kind == codeOf(Kind::array) && place.owner != 0;
+    if (((kind & kObjects) != 0 || isChildren) && place.mentions > 1) return false;
+    constexpr uint16_t kContainers = maskOf(Kind::array, Kind::dictionary);
+    if (place.mentions > 1 && (kind & kContainers) != 0) {
+      findings_.sharedContainers.push_back(number);
+    }
   }
   for (const Link& link : links_) {
     const uint32_t list = places_[link.child].owner;
@@ -175,15 +183,15 @@ ArchiveScan::KeySet& ArchiveScan::keySetOf(uint32_t number, const Object& dictio
 
 ArchiveScan::Plan& ArchiveScan::planOf(KeySet& keys, uint32_t number, const Object& dictionary,
                                        uint32_t classIndex) {
-  if (keys.recent && keys.recent->classIndex == classIndex) return *keys.recent;
-  for (const auto& plan : keys.plans) {
-    if (plan->classIndex == classIndex) return *(keys.recent = plan.get());
-  }
+  if (keys.recent && keys.recentClassIndex == classIndex) return *keys.recent;
+  // a file may have a reference of its own for every record
   const KeyedArchive::Record record = archive_.record(number, dictionary);
-  keys.plans.push_back(std::make_unique<Plan>());
-  Plan& plan = *(keys.recent = keys.plans.back().get());
+  const auto [found, isNew] = keys.plans.try_emplace(record.archivedClass->number);
+  Plan& plan = found->second;
+  keys.recent = &plan;
+  keys.recentClassIndex = classIndex;
+  if (!isNew) return plan;
   const KeyedArchive::Shape& shape = *keys.shape;
-  plan.classIndex = classIndex;
   plan.coding = record.archivedClass->coding;
   const Kind kind = record.archivedClass->kind();
   plan.kind = codeOf(kind);
@@ -253,12 +261,12 @@ ArchiveScan::Plan& ArchiveScan::planOf(KeySet& keys, uint32_t number, const Obje
 
 bool ArchiveScan::scanReferences(uint32_t number, const Object& array, uint16_t forbidden) {
   if (!spend(array.count)) return false;
-  const bool isList = places_[number].kind == codeOf(Kind::array);
+  const bool isChildren = forbidden == allBut(kMember);
   for (uint64_t i = 0; i < array.count; ++i) {
     uint32_t target = 0;
     if (!isUid(list_.reference(array.bytes, i), &target)) return false;
     refer(target, forbidden);
-    if (isList) places_[target].owner = number;
+    if (isChildren) places_[target].owner = number;
   }
   return true;
 }
@@ -280,7 +288,8 @@ bool ArchiveScan::scanRecord(uint32_t number, const Object& dictionary) {
   uint16_t forbidden = plan.kind == codeOf(Kind::object) ? 0 : kObjects;
   if (plan.kind == codeOf(Kind::array)) {
     const uint32_t owner = places_[number].owner;
-    if (owner != 0 && places_[owner].kind == kMember) {
+    if (owner != 0) {
+      if (count != 2) return false;  // the list and the class
       forbidden = allBut(kMember);
       noteForm(plan, number);
     }
@@ -304,8 +313,8 @@ bool ArchiveScan::scanRecord(uint32_t number, const Object& dictionary) {
         case Plan::Rule::children:
           refer(target, allBut(Kind::array, Kind::none));
           if (target == 0) break;
-          // a list that was looked at before it had an owner has refused objects
-          if (places_[target].owner != 0) return false;
+          // a list that was looked at before it had an owner was taken for a value
+          if (places_[target].owner != 0 || target < number) return false;
           places_[target].owner = number;
           break;
         case Plan::Rule::text:
@@ -342,8 +351,9 @@ bool ArchiveScan::scanRecord(uint32_t number, const Object& dictionary) {
     if (field.type == Type::array) {
       if (!scanReferences(number, field, forbidden)) return false;
       (i == plan.first ? firstCount : secondCount) = field.count;
-    } else if (field.type == Type::dictionary || !scanText(field, &isMarked)) {
-      return false;
+    } else if (field.type == Type::dictionary || field.type == Type::uid ||
+               !scanText(field, &isMarked)) {
+      return false;  // a reference that is left leads nowhere
     }
     if ((i == plan.first || i == plan.second) && field.type != plan.expected &&
         !(plan.expected == Type::ascii && field.type == Type::utf16)) {

@@ -35,7 +35,7 @@ class ArchiveScan {
 
   /// What is known about an archive number.
   struct Place {
-    uint32_t owner;      // whose list of children it is, or what array lists it; 0: nobody
+    uint32_t owner;      // of a list of children, or of what such a list holds; 0: nobody
     uint16_t forbidden;  // kinds that it must not turn out to be, a bit for each
     uint8_t kind;        // a Kind, or one of the two below
     uint8_t mentions;    // 0, 1, or more: references, but for those to a parent
