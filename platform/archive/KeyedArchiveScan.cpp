@@ -107,6 +107,8 @@ bool ArchiveScan::isTree() {
     }
   }
   for (const Link& link : links_) {
+    // a parent that was not archived with its child is null
+    if (places_[link.parent].kind == codeOf(Kind::none)) continue;
     const uint32_t list = places_[link.child].owner;
     if (list == 0 || places_[list].owner != link.parent) return false;
     if (places_[link.parent].kind != kMember) return false;
