@@ -1,11 +1,18 @@
-"""The tool against reading and copying the file, in interleaved runs: ratios of medians.
+"""What the tool and the library cost, beside reading and copying the file: medians of interleaved
+runs on one processor with a warm cache.
 
-    tool.py TAVLIN-KEYWORDS OUTLINE-MAKE [ITEMS]
+    tool.py BUILD-FOLDER [--quick] [--folder FOLDER] [--processor NUMBER]
 
-Everything runs on one processor with a warm cache.  "cat" is cat into a pipe that another
-process drains; "cp" is cp followed by a sync of the copy.
+--quick leaves out the documents of a million items, the other programs, and most of the runs.
+Documents are made in a new folder in FOLDER (the usual one for temporary files) and removed
+afterwards: about 2 GB without --quick.  Which file system that is matters for copying and writing.
+
+"wall" is what a clock shows and what the ratios are of; "cpu" is the processor time of both ends.
 """
+import argparse
+import ctypes.util
 import os
+import resource
 import shutil
 import statistics
 import subprocess
@@ -13,72 +20,265 @@ import sys
 import tempfile
 import time
 
-RUNS = 9
+MEBIBYTE = 1 << 20
+SIZES = (10_000, 100_000, 1_000_000)
+SHAPES = ('flat', 'deep', 'mixed')
 
 
-def seconds(command):
+class Cost:
+    """What one run took: seconds by the clock, of processor time, and the peak in bytes."""
+
+    def __init__(self, wall, cpu, peak):
+        self.wall, self.cpu, self.peak = wall, cpu, peak
+
+
+def own_cpu():
+    usage = resource.getrusage(resource.RUSAGE_SELF)
+    return usage.ru_utime + usage.ru_stime
+
+
+def finish(child, command, started, cpu_before):
+    _, status, usage = os.wait4(child, 0)
+    wall = time.perf_counter() - started
+    if status:
+        raise RuntimeError(f'{command} ended with {status}')
+    cpu = own_cpu() - cpu_before + usage.ru_utime + usage.ru_stime
+    return Cost(wall, cpu, usage.ru_maxrss * 1024)
+
+
+def run(command):
+    """A program whose output goes nowhere."""
+    nowhere = [(os.POSIX_SPAWN_OPEN, 1, '/dev/null', os.O_WRONLY, 0)]
+    started, before = time.perf_counter(), own_cpu()
+    child = os.posix_spawn(command[0], command, os.environ, file_actions=nowhere)
+    return finish(child, command, started, before)
+
+
+DRAIN = bytearray(MEBIBYTE)
+
+
+def run_drained(command):
+    """A program whose output goes into a pipe that this process drains."""
+    out, into = os.pipe()
+    started, before = time.perf_counter(), own_cpu()
+    child = os.posix_spawn(command[0], command, os.environ,
+                           file_actions=[(os.POSIX_SPAWN_DUP2, into, 1),
+                                         (os.POSIX_SPAWN_CLOSE, out),
+                                         (os.POSIX_SPAWN_CLOSE, into)])
+    os.close(into)
+    while os.readv(out, [DRAIN]):
+        pass
+    cost = finish(child, command, started, before)
+    os.close(out)
+    return cost
+
+
+def copy_synced(source, copy):
+    """cp onto a copy that is there already, and a sync of the copy."""
     started = time.perf_counter()
-    subprocess.run(command, shell=isinstance(command, str), check=True,
-                   stdout=subprocess.DEVNULL)
-    return time.perf_counter() - started
+    copying = run([shutil.which('cp'), source, copy])
+    before = own_cpu()
+    file = os.open(copy, os.O_RDONLY)
+    os.fsync(file)
+    os.close(file)
+    return Cost(time.perf_counter() - started, copying.cpu + own_cpu() - before, 0)
 
 
-def pair(label, ours, other, prepare=None):
-    times = [[], []]
-    for run in range(RUNS + 1):
-        for index, command in enumerate((ours, other)):
-            if prepare:
-                prepare()
-            took = seconds(command)
-            if run > 0:
-                times[index].append(took)
-    a, b = (statistics.median(t) for t in times)
-    print(f'{label:48} {a * 1000:9.1f} ms {b * 1000:9.1f} ms {a / b:8.2f}x')
+def interleaved(ours, other, runs):
+    """Median costs of two functions that are called by turns; the first call of each is not
+    counted."""
+    costs = [[], []]
+    for number in range(runs + 1):
+        for index, function in enumerate((ours, other)):
+            cost = function()
+            if number > 0:
+                costs[index].append(cost)
+    return tuple(Cost(*(statistics.median(getattr(cost, what) for cost in each)
+                        for what in ('wall', 'cpu', 'peak'))) for each in costs)
 
 
-def peak(command):
-    child = subprocess.Popen(command, stdout=subprocess.DEVNULL)
-    _, _, usage = os.wait4(child.pid, 0)
-    child.returncode = 0
-    return usage.ru_maxrss * 1024
+HEADING = f'{"":46}{"ours":>11}{"other":>11}{"wall":>8}{"cpu":>8}{"must":>7}{"aim":>6}'
+
+
+def verdict(ratio, must, aim):
+    if must is None:
+        return ''
+    reached = 'aim' if ratio <= aim else 'must' if ratio <= must else 'MISSED'
+    return f'{must:6.2f}x{aim:5.2f}x  {reached}'
+
+
+def print_pair(label, ours, other, must=None, aim=None):
+    ratio = ours.wall / other.wall
+    cpu = f'{ours.cpu / other.cpu:7.2f}x' if other.cpu else f'{"":8}'
+    print(f'{label:46}{ours.wall * 1000:8.2f} ms{other.wall * 1000:8.2f} ms{ratio:7.2f}x{cpu}'
+          f'{verdict(ratio, must, aim)}', flush=True)
+
+
+def print_share(label, used, size, must=None, aim=None):
+    print(f'{label:46}{used / 1e6:8.1f} MB{size / 1e6:8.1f} MB{used / size:7.2f}x{"":8}'
+          f'{verdict(used / size, must, aim)}', flush=True)
+
+
+class Bench:
+    def __init__(self, build, folder, quick):
+        self.tool, self.make = (os.path.join(build, 'bin', name)
+                                for name in ('tavlin-keywords', 'outline-make'))
+        self.read_titles = os.path.join(build, 'bench', 'read-titles')
+        self.folder = folder
+        self.quick = quick
+        self.runs = 7 if quick else 21
+        self.sizes = SIZES[:2] if quick else SIZES
+        self.writes = 0
+
+    def document(self, items, shape='mixed'):
+        return os.path.join(self.folder, f'{shape}-{items}')
+
+    def make_documents(self):
+        """As many at a time as there are processors, the largest first."""
+        wanted = [(items, shape) for items in reversed(self.sizes) for shape in SHAPES]
+        wanted.append((10, 'mixed'))
+        making = []
+        for items, shape in wanted:
+            if len(making) == (os.cpu_count() or 1):
+                self.wait_for(making.pop(0))
+            making.append(subprocess.Popen([self.make, self.document(items, shape), str(items),
+                                            shape]))
+        for process in making:
+            self.wait_for(process)
+        os.sync()
+
+    @staticmethod
+    def wait_for(process):
+        if process.wait():
+            raise RuntimeError(f'{process.args} ended with {process.returncode}')
+
+    def read(self, path):
+        return run([self.tool, '-r', path])
+
+    def write_new(self, path):
+        """A keyword that is not in the file yet."""
+        self.writes += 1
+        return run([self.tool, '-w', path, f'run {self.writes} of {os.getpid()}'])
+
+    def table(self):
+        large, small = self.document(100_000), self.document(10)
+        size = os.path.getsize(large)
+        work, copy = (os.path.join(self.folder, name) for name in ('work', 'copy'))
+        shutil.copyfile(large, work)
+        shutil.copyfile(large, copy)
+        print(f'A document of 100,000 items, {size / 1e6:.1f} MB; medians of {self.runs} runs\n')
+        print(HEADING)
+
+        def cat():
+            return run_drained(['/bin/cat', large])
+
+        def cp():
+            return copy_synced(work, copy)
+
+        ours, other = interleaved(lambda: run_drained([self.tool, '-r', large]), cat, self.runs)
+        print_pair('-r : cat into a drained pipe', ours, other, 6, 2)
+        peak_of_reading = ours.peak
+        ours, other = interleaved(lambda: self.write_new(work), cp, self.runs)
+        print_pair('-w, other keywords : cp and sync', ours, other, 6, 2)
+        peak_of_writing = ours.peak
+        run([self.tool, '-w', work, 'equal'])
+        ours, other = interleaved(lambda: run([self.tool, '-w', work, 'equal']), cp, self.runs)
+        print_pair('-w, equal keywords : cp and sync', ours, other)
+        ours, other = interleaved(lambda: self.read(small), lambda: run(['/bin/cat', small]),
+                                  self.runs * 10)
+        print_pair('-r, 10 items : cat', ours, other, 2, 1.3)
+        print_share('peak memory of -r : file size', peak_of_reading, size, 2, 1.1)
+        print_share('peak memory of -w : file size', peak_of_writing, size, 3, 2)
+        ours, other = interleaved(lambda: run_drained([self.read_titles, large]), cat, self.runs)
+        print_pair('library, load and read titles : cat', ours, other, 10, 5)
+        print_share('peak memory of that : file size', ours.peak, size)
+        ours, other = interleaved(lambda: run_drained([self.read_titles, '-r', large]), cat,
+                                  self.runs)
+        print_pair('library, the same and release : cat', ours, other)
+
+    def growth(self):
+        heading = ''.join(f'{items:>14,}' for items in self.sizes)
+        print(f'\nTime for each item, ns{"":8}{heading}{"most : least":>16}{"must":>7}{"aim":>6}')
+        for shape in SHAPES:
+            documents = [self.document(items, shape) for items in self.sizes]
+            for mode, function in (('-r', self.read), ('-w', self.write_new)):
+                costs = [[] for _ in documents]
+                for number in range((4 if self.quick else 6)):
+                    for index, items in enumerate(self.sizes):
+                        # the large ones take long enough to be measured with fewer runs
+                        for _ in range(max(1, 100_000 // items)):
+                            cost = function(documents[index])
+                            if number > 0:
+                                costs[index].append(cost.wall / items * 1e9)
+                medians = [statistics.median(each) for each in costs]
+                ratio = max(medians) / min(medians)
+                print(f'{shape + " " + mode:30}' + ''.join(f'{m:14.0f}' for m in medians) +
+                      f'{ratio:15.2f}x{verdict(ratio, 1.35, 1.1)}', flush=True)
+
+    def others(self):
+        """Programs that take the whole file apart; one run each, since they take long."""
+        large = self.document(100_000)
+        size = os.path.getsize(large)
+        out = os.path.join(self.folder, 'out')
+        print('\nOther readers of property lists, the same document')
+        load = f'import plistlib\nwith open({large!r}, "rb") as file: d = plistlib.load(file)\n'
+            save = f'with open({out!r}, "wb") as file: ' \
+               'plistlib.dump(d, file, fmt=plistlib.FMT_BINARY, sort_keys=False)\n'
+        self.alone('Python, read', [sys.executable, '-c', load], size)
+        self.alone('Python, read and write', [sys.executable, '-c', load + save], size)
+        library = ctypes.util.find_library('plist-2.0')
+        if library:
+            parse = f'import ctypes, ctypes.util\np = ctypes.CDLL({library!r})\n' \
+                    f'd = open({large!r}, "rb").read()\nroot = ctypes.c_void_p()\n' \
+                    'p.plist_from_bin(d, ctypes.c_uint32(len(d)), ctypes.byref(root))\n' \
+                    'assert root\nimport os\nos._exit(0)\n'
+            self.alone('libplist, parse only', [sys.executable, '-c', parse], size)
+        plistutil = shutil.which('plistutil')
+        if plistutil:
+            self.alone('plistutil, 10,000 items, binary to binary',
+                       [plistutil, '-i', self.document(10_000), '-o', out, '-f', 'bin'],
+                       os.path.getsize(self.document(10_000)))
+        if not library and not plistutil:
+            print('libplist is not installed')
+
+    @staticmethod
+    def alone(label, command, size):
+        try:
+            cost = run(command)
+        except (RuntimeError, OSError) as error:
+            print(f'{label:46}not measured: {error}')
+            return
+        print(f'{label:46}{cost.wall * 1000:8.0f} ms   peak {cost.peak / 1e6:6.0f} MB, '
+              f'{cost.peak / size:.1f}x the file', flush=True)
 
 
 def main():
-    tool, make = (os.path.abspath(path) for path in sys.argv[1:3])
-    items = int(sys.argv[3]) if len(sys.argv) > 3 else 100000
-    os.sched_setaffinity(0, {min(os.sched_getaffinity(0))})
-    folder = tempfile.mkdtemp()
+    parser = argparse.ArgumentParser()
+    parser.add_argument('build')
+    parser.add_argument('--quick', action='store_true')
+    parser.add_argument('--folder')
+    parser.add_argument('--processor', type=int)
+    options = parser.parse_args()
+    folder = tempfile.mkdtemp(dir=options.folder)
     try:
-        large, small, copy = (os.path.join(folder, n) for n in ('large', 'small', 'copy'))
-        subprocess.run([make, large, str(items)], check=True)
-        subprocess.run([make, small, '10'], check=True)
-        size = os.path.getsize(large)
-        print(f'{items} items, {size / 1e6:.1f} MB')
-        print(f'{"":48} {"ours":>12} {"other":>12} {"ratio":>9}')
-        pair('-r against cat into a drained pipe', [tool, '-r', large],
-             f'cat {large} | cat > /dev/null')
-        work = os.path.join(folder, 'work')
-        shutil.copy(large, work)
-        pair('-w against cp and sync of the copy', [tool, '-w', work, 'x'],
-             f'cp {large} {copy} && sync {copy}')
-        pair('-r of 10 items against cat', [tool, '-r', small], ['/bin/cat', small])
-        for mode in ('-r', '-w'):
-            used = peak([tool, mode, work, 'x'])
-            print(f'peak memory of {mode} over file size {"":17} {used / 1e6:9.1f} MB '
-                  f'{"":12} {used / size:8.2f}x')
-        for shape in ('flat', 'deep', 'mixed'):
-            per_item = []
-            for count in (10000, 100000, 1000000):
-                path = os.path.join(folder, 'shape')
-                levels = min(count, 200000) if shape == 'deep' else count
-                subprocess.run([make, path, str(levels), shape], check=True)
-                for mode in ('-r', '-w'):
-                    took = statistics.median(seconds([tool, mode, path, 'x']) for _ in range(3))
-                    per_item.append(f'{mode} {levels}: {took / levels * 1e9:6.0f} ns')
-            print(f'time per item, {shape}: ' + ', '.join(per_item))
+        bench = Bench(os.path.abspath(options.build), folder, options.quick)
+        kind = subprocess.run(['stat', '-f', '-c', '%T', folder], capture_output=True, text=True,
+                              check=False).stdout.strip()
+        bench.make_documents()
+        processor = options.processor
+        if processor is None:
+            processor = max(os.sched_getaffinity(0))
+        os.sched_setaffinity(0, {processor})
+        load = os.getloadavg()[0]
+        print(f'{time.strftime("%Y-%m-%d %H:%M")}, processor {processor} of {os.cpu_count()}, '
+              f'load {load:.1f}, file system {kind}')
+        bench.table()
+        bench.growth()
+        if not options.quick:
+            bench.others()
     finally:
         shutil.rmtree(folder)
 
 
 if __name__ == '__main__':
-    sys.exit(main())
+    main()

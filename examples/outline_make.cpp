@@ -1,6 +1,9 @@
 // Writes a large, plausible outline for measurements; the same arguments give the same bytes.
 //
 //     outline-make FILE ITEMS [flat|deep|mixed]
+//
+// flat: all in one list; deep: each the only child of the one before, 200,000 levels at most, then
+// again from the top; mixed, the usual: like an outline that somebody wrote.
 
 #include <cstdio>
 #include <cstdlib>
@@ -20,6 +23,8 @@
 namespace {
 
 using Item = std::shared_ptr<tavlin::OLNode>;
+
+constexpr size_t kDeepest = 200000;
 
 /// A small generator with a fixed start (splitmix64).
 class Dice {
@@ -88,7 +93,8 @@ int main(int argc, char** argv) {
     if (dice.roll(3) == 0) item->setDataForKey(dice.roll(2) == 0, "checkStatus");
     path.back()->addChild(item);
     if (std::strcmp(shape, "deep") == 0) {
-      path = {item};
+      const bool isDeepest = (number + 1) % kDeepest == 0;
+      path = {isDeepest ? document->rootItem() : item};
     } else if (std::strcmp(shape, "mixed") == 0) {
       const size_t turn = dice.roll(100);
       if (turn < 25 && path.size() < 12) path.push_back(item);
