@@ -160,10 +160,11 @@ void OLNode::initWithCoder(ns::Coder& coder) {
   setData(std::nullopt);
   if (auto* unarchiver = dynamic_cast<ns::KeyedUnarchiver*>(&coder)) {
     const ns::FieldReader& fields = unarchiver->fields();
-    childrenForm_ = childrenFormOf(fields.listKind(kChildrenKey));
+    bool isEmpty = false;
+    childrenForm_ = childrenFormOf(fields.listKind(kChildrenKey, &isEmpty));
     hasArchivedData_ = fields.reference(kDataKey) != 0;
-    hasArchivedChildren_ = unarchiver->isLazy() && hasChildrenArray();
-    if (!hasArchivedChildren_) {
+    hasArchivedChildren_ = unarchiver->isLazy() && !isEmpty;
+    if (!unarchiver->isLazy()) {
       children_ = std::static_pointer_cast<OLNodeList>(
           unarchiver->decodeListForKey(kChildrenKey, makeChildren));
     }
@@ -204,6 +205,31 @@ void OLNode::loadArchivedChildren() const {
   children_ = std::static_pointer_cast<OLNodeList>(ns::KeyedUnarchiver::decodeChildren(
       archived_.archive, archived_.number, self, kChildrenKey, makeChildren));
   leaveArchive();
+}
+
+std::optional<ns::Value> OLNode::archivedValueForKey(std::string_view key) const {
+  // Who reads one item after another asks each for a value or two.  Who comes back again and again
+  // is better off with all of them decoded.
+  constexpr uint8_t kMostReads = 4;
+  if (archivedReads_ == kMostReads) return std::nullopt;
+  ++archivedReads_;
+  const ns::KeyedArchive& archive = *archived_.archive;
+  const ns::FieldReader fields(archive, archived_.number);
+  const auto number = archive.numberForKey(fields.reference(kDataKey), key);
+  if (!number) return std::nullopt;
+  switch (archive.kind(*number)) {
+    case ns::Kind::none:
+      return ns::Value();
+    case ns::Kind::boolean:
+    case ns::Kind::integer:
+    case ns::Kind::real:
+    case ns::Kind::string:
+    case ns::Kind::attributedString:
+      return archive.value(*number, &dataAfterLoading(isArchivedDataEscaped_));
+    default:
+      // a container may hold the data that it is in
+      return std::nullopt;
+  }
 }
 
 void OLNode::loadArchivedData() const {

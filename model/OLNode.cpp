@@ -1,5 +1,6 @@
 #include "model/OLNode.h"
 
+#include <algorithm>
 #include <exception>
 #include <string>
 
@@ -11,6 +12,10 @@
 
 namespace tavlin {
 namespace {
+
+bool isAscii(std::string_view key) {
+  return std::all_of(key.begin(), key.end(), [](unsigned char c) { return c < 0x80; });
+}
 
 bool isTextKey(std::string_view key) { return key == "title" || key == "note"; }
 
@@ -138,7 +143,11 @@ void OLNode::setData(std::optional<ns::Dictionary> data) {
 }
 
 ns::Value OLNode::storedValueForKey(const ns::Value& key) const {
-  const ns::Dictionary* data = key.isNone() ? nullptr : loadedData();
+  if (key.isNone()) return {};
+  if (hasArchivedData_ && key.isString() && key.string().isAscii()) {
+    if (auto value = archivedValueForKey(key.string().ascii())) return *std::move(value);
+  }
+  const ns::Dictionary* data = loadedData();
   return data ? data->objectForKey(key) : ns::Value();
 }
 
@@ -147,7 +156,13 @@ ns::Value OLNode::dataForKey(const ns::Value& key) const {
 }
 
 ns::Value OLNode::dataForKey(const char* key) const {
-  const ns::Dictionary* data = key ? loadedData() : nullptr;
+  if (!key) return {};
+  if (hasArchivedData_ && isAscii(key)) {
+    if (auto value = archivedValueForKey(key)) {
+      return checked(*std::move(value), std::string_view(key));
+    }
+  }
+  const ns::Dictionary* data = loadedData();
   return data ? checked(data->objectForKey(key), std::string_view(key)) : ns::Value();
 }
 

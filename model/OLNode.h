@@ -251,6 +251,9 @@ class OLNode : public ns::Object {
 
   /// What is stored under a key, whatever its kind.
   [[nodiscard]] ns::Value storedValueForKey(const ns::Value& key) const;
+  /// What data that still lies in the archive has under a key, without decoding the rest; no answer
+  /// when the data has to be decoded.  Defined in document/.
+  [[nodiscard]] std::optional<ns::Value> archivedValueForKey(std::string_view key) const;
   /// Makes the children, or the data, that still lie in the archive.  Defined in document/.
   void loadArchivedChildren() const;
   void loadArchivedData() const;
@@ -280,6 +283,7 @@ class OLNode : public ns::Object {
   mutable bool hasArchivedChildren_ = false;
   mutable bool hasArchivedData_ = false;
   bool isArchivedDataEscaped_ = false;
+  mutable uint8_t archivedReads_ = 0;  // of values of data that stayed in the archive
   ChildrenForm childrenForm_ = ChildrenForm::mutableArray;
 };
 

@@ -41,19 +41,36 @@ Value FieldReader::primitive(const char* key, const char* expected) const {
   return KeyedArchive::scalar(archive_->entry(number).object);
 }
 
-bool FieldReader::boolean(const char* key) const { return primitive(key, "a boolean").boolValue(); }
+bool FieldReader::boolean(const char* key) const {
+  const auto found = field(key);
+  if (found && found->type == KeyedArchive::Type::boolean) return found->width != 0;
+  return primitive(key, "a boolean").boolValue();
+}
 
 int64_t FieldReader::integer(const char* key) const {
+  const auto found = field(key);
+  if (found && found->type == KeyedArchive::Type::integer && found->width <= 8) {
+    return static_cast<int64_t>(BinaryPropertyList::load(found->bytes, found->width));
+  }
   return primitive(key, "an integer").integerValue();
 }
 
-FieldReader::ListKind FieldReader::listKind(const char* key) const {
-  const uint32_t number = reference(key);
-  if (number == 0) return ListKind::none;
+FieldReader::ListKind FieldReader::listKind(const char* key, bool* isEmpty) const {
+  if (isEmpty) *isEmpty = true;
+  const auto found = field(key);
+  if (!found) return ListKind::none;
+  const uint32_t number =
+      found->type == KeyedArchive::Type::uid ? archive_->target(*found) : reference(key);
   const KeyedArchive::Entry entry = archive_->entry(number);
+  if (number == 0 || entry.kind == KeyedArchive::EntryKind::null) return ListKind::none;
   if (entry.kind == KeyedArchive::EntryKind::instance) {
-    const KeyedArchive::Class& archived = *archive_->record(number, entry.object).archivedClass;
+    const KeyedArchive::Record list = archive_->record(number, entry.object);
+    const KeyedArchive::Class& archived = *list.archivedClass;
     if (archived.kind() == Kind::array) {
+      if (isEmpty) {
+        const auto elements = archive_->fieldForKey(list, "NS.objects");
+        *isEmpty = elements && elements->count == 0;
+      }
       return archived.info->name == "NSArray" ? ListKind::immutableList : ListKind::mutableList;
     }
   }

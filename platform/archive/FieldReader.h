@@ -35,9 +35,10 @@ class FieldReader {
   /// The same; 0 when missing.
   [[nodiscard]] int64_t integer(const char* key) const;
 
-  /// Whether the list under a key is of an immutable class, or null.
+  /// Whether the list under a key is of an immutable class, or null.  `isEmpty` becomes whether
+  /// it is known to have no elements; a list of a very old form may have none all the same.
   enum class ListKind : uint8_t { none, immutableList, mutableList };
-  [[nodiscard]] ListKind listKind(const char* key) const;
+  [[nodiscard]] ListKind listKind(const char* key, bool* isEmpty = nullptr) const;
   /// The numbers of the elements of the list under a key; none when it is missing or null.
   [[nodiscard]] std::vector<uint32_t> list(const char* key) const;
 

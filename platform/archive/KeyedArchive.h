@@ -206,6 +206,13 @@ class KeyedArchive : public std::enable_shared_from_this<KeyedArchive> {
   [[nodiscard]] std::vector<uint32_t> elementNumbers(const Record& record, const char* key,
                                                      const std::string& numbered) const;
 
+  /// The number of what a dictionary, an instance of a class of dictionaries, has under a key of
+  /// ASCII characters; 0 where it has nothing.  No answer when the dictionary has to be decoded to
+  /// tell: when its keys are not all bare strings, the key is there twice, or it is of a very old
+  /// form.  Linear in the keys.
+  [[nodiscard]] std::optional<uint32_t> numberForKey(uint32_t dictionary,
+                                                     std::string_view key) const;
+
   /// A dictionary made from one of the archive's, under a name for what was done to it; the same
   /// object for the same number and name as long as somebody holds it.
   [[nodiscard]] Dictionary derivedDictionary(uint32_t number, const std::string& name,
@@ -282,6 +289,8 @@ class KeyedArchive : public std::enable_shared_from_this<KeyedArchive> {
     std::vector<bool> changed;
   };
   const Changes& changesOf(const ValueTransform& transform) const;
+  /// Whether a transform may change an attributed string here.
+  [[nodiscard]] bool mayChangeAttributedStrings(const ValueTransform& transform) const;
 
   BinaryPropertyList list_;
   const ClassRegistry& registry_;
@@ -323,6 +332,7 @@ class KeyedArchive : public std::enable_shared_from_this<KeyedArchive> {
   mutable std::unordered_map<CacheKey, const ValueBody*, CacheHash> cache_;
   mutable std::map<std::pair<uint32_t, std::string>, const ValueBody*> derived_;
   mutable std::unordered_map<const ValueTransform*, Changes> changes_;
+  mutable std::unordered_map<const void*, bool> attributedStringChanges_;  // by the rule
   mutable std::unordered_map<uint32_t, std::weak_ptr<ns::Object>> live_;
 };
 

@@ -116,7 +116,8 @@ class ArchiveDecoder {
       Made& made = made_[{number, transform}];
       if (made.value.isNone()) {
         made.value = decodeByClass(number, coding);
-        if (kind == Kind::attributedString && made.value.kind() == kind && transform) {
+        if (kind == Kind::attributedString && made.value.kind() == kind && transform &&
+            archive_.mayChangeAttributedStrings(*transform)) {
           const Value rewritten = transform->attributedString(made.value);
           made.isChanged = !(rewritten.body() == made.value.body());
           if (made.isChanged) {
@@ -325,7 +326,43 @@ std::vector<uint32_t> KeyedArchive::elementNumbers(const Record& record, const c
   return numbers;
 }
 
+std::optional<uint32_t> KeyedArchive::numberForKey(uint32_t dictionary,
+                                                   std::string_view key) const {
+  const Record it = record(dictionary);
+  const auto keys = fieldForKey(it, "NS.keys");
+  const auto objects = fieldForKey(it, "NS.objects");
+  if (!keys || !objects || keys->count != objects->count) return std::nullopt;
+  const uint64_t count = keys->count;
+  uint64_t place = count;
+  for (uint64_t i = 0; i < count; ++i) {
+    const Entry stored = entry(target(element(*keys, i)));
+    if (stored.kind != EntryKind::scalar || !stored.object.isString()) return std::nullopt;
+    const bool isNarrow = stored.object.type == Type::ascii;
+    if (!(isNarrow ? stored.object.text() == key : string(stored.object) == key)) continue;
+    if (place != count) return std::nullopt;
+    place = i;
+  }
+  return place == count ? 0 : target(element(*objects, place));
+}
+
+bool KeyedArchive::mayChangeAttributedStrings(const ValueTransform& transform) const {
+  const auto known = attributedStringChanges_.find(transform.attributedStringRule());
+  if (known != attributedStringChanges_.end()) return known->second;
+  // within a decoder fonts may appear as records that only stand for them
+  if (!decoding_.empty()) return true;
+  const bool mayChange = transform.mayChangeAttributedStrings(*this);
+  attributedStringChanges_.emplace(transform.attributedStringRule(), mayChange);
+  return mayChange;
+}
+
 Value KeyedArchive::value(uint32_t number, const ValueTransform* transform) const {
+  const Entry found = entry(number);
+  if (found.kind == EntryKind::scalar) {
+    const Object& object = found.object;
+    const bool isRewritten = transform && object.isString() &&
+                             transform->changesText({object.text(), object.type == Type::utf16});
+    if (!isRewritten) return sharedScalar(object);
+  }
   return ArchiveDecoder(*this, transform).decode(number);
 }
 

@@ -88,6 +88,10 @@ std::shared_ptr<void> KeyedUnarchiver::decodeListForKey(const char* key, MakeLis
   const std::vector<uint32_t> elements = fields_.list(key);
   if (elements.empty()) return nullptr;
   const auto at = [&](size_t i) {
+    // siblings lie apart, with their data between them
+    constexpr size_t kAhead = 4;
+    if (i + 2 * kAhead < elements.size()) archive_->prefetchOffset(elements[i + 2 * kAhead]);
+    if (i + kAhead < elements.size()) archive_->prefetchObject(elements[i + kAhead]);
     std::shared_ptr<ns::Object> object = made(elements[i]);
     if (!object) {
       fields_.fail("element " + std::to_string(i) + " of \"" + std::string(key) + "\" is " +

@@ -196,6 +196,10 @@ void String::appendUtf8To(std::string& out) const {
   }
   const std::u16string_view units = wide();
   for (size_t at = 0; at < units.size();) {
+    if (units[at] < 0x80) {
+      out.push_back(static_cast<char>(units[at++]));
+      continue;
+    }
     const CodePoint point = codePointAt(units, at);
     const bool isSurrogate = point.value >= 0xD800 && point.value < 0xE000;
     appendUtf8(out, isSurrogate ? kReplacement : point.value);

@@ -136,7 +136,9 @@ Value AttributedStringBody::decode(const std::shared_ptr<const KeyedArchive>& ar
   const KeyedArchive::Record record = archive->record(number);
   body->archivedClass = record.archivedClass->info;
   body->text = archive->value(*reference(*archive, record, "NSString")).string();
-  if (record.shape->count() > 2) {
+  uint32_t ownKeys = 0;
+  for (uint32_t i = 0; i < record.shape->count(); ++i) ownKeys += isOwnKey(record.shape->key(i));
+  if (ownKeys < record.shape->count()) {
     Record whole(Record::inArchive(archive, number, Kind::record));
     for (const String& key : whole.keys()) {
       if (isOwnKey(key)) continue;
