@@ -223,6 +223,69 @@ TEST(Coding, PrivateFontsLeaveTitlesWhenLoaded) {
   }
 }
 
+// A value that somebody asks for may be read alone, out of data that stays in the archive.  Nobody
+// can tell.
+TEST(Coding, AValueReadAloneIsTheOneInTheData) {
+  ns::CharacterSet latin;
+  latin.addInterval({U' ', U'~'});
+  const ns::FontList fonts({{"HelveticaNeue-Bold", "Helvetica Neue", "Bold", latin}});
+  const ns::FontSource::ScopedShared scope(fonts);
+  const auto textIn = [](const char* font) {
+    return ns::AttributedString("Text", ns::Dictionary{{ns::kFontAttributeName,
+                                                        ns::Font::named(font, 12).asValue()}})
+        .asValue();
+  };
+  const ns::Value mutableText(ns::String("a $null").withArchivedClass(
+      ns::makeClass({"NSMutableString", "NSString", "NSObject"})));
+  const std::vector<std::pair<ns::Value, ns::Value>> stored = {
+      {"title", "a \\$null and $null"},
+      {"note", textIn(".HelveticaNeueDeskUI-Bold")},
+      {"other", textIn("Times-Roman")},
+      {"wide", "日本"},
+      {"Schlüssel", "key"},
+      {"mutable", mutableText},
+      {"flag", false},
+      {"number", -7},
+      {"real", 2.5},
+      {"list", ns::Array{"$null", 1}},
+      {"dictionary", ns::Dictionary{{"$null", "$null"}}},
+      {"long", ns::String(std::string(1000, 'x'))},
+      {ns::Value(3), "under a number"}};
+  for (const bool hasNumberedKey : {false, true}) {
+    const auto document = OLDataManager::create();
+    const auto item = document->treeController()->addItemWithSelected(nullptr);
+    for (const auto& [key, value] : stored) {
+      if (key.isString() || hasNumberedKey) item->setDataForKey(value, key);
+    }
+    const ns::Data data = *document->dataRepresentation();
+    const ns::Dictionary whole = *firstItem(*loaded(data))->data();
+    EXPECT_EQ(whole.count(), stored.size() - (hasNumberedKey ? 0 : 1));
+    const auto inOrder = loaded(data);
+    for (const auto& [key, value] : stored) {
+      const auto fresh = loaded(data);
+      for (int read = 0; read < 6; ++read) {
+        const ns::Value alone = firstItem(*fresh)->dataForKey(key);
+        EXPECT_EQ(alone.kind(), whole.objectForKey(key).kind());
+        EXPECT_EQ(alone, whole.objectForKey(key));
+      }
+      EXPECT_EQ(firstItem(*inOrder)->dataForKey(key), whole.objectForKey(key));
+      EXPECT_TRUE(firstItem(*fresh)->dataForKey("nothing").isNone());
+      EXPECT_EQ(*firstItem(*fresh)->data(), whole);
+    }
+    EXPECT_EQ(firstItem(*loaded(data))->dataForKey("title"), stored[0].second);
+    // reading changes nothing in what is saved, and an edit after it only what it edits
+    const auto unread = loaded(data);
+    const auto read = loaded(data);
+    const ns::Value note = firstItem(*read)->dataForKey("note");
+    EXPECT_EQ(*read->dataRepresentation(), *unread->dataRepresentation());
+    firstItem(*unread)->setDataForKey("new", "title");
+    firstItem(*read)->setDataForKey("new", "title");
+    EXPECT_EQ(*read->dataRepresentation(), *unread->dataRepresentation());
+    firstItem(*read)->setDataForKey(note, "note");
+    EXPECT_EQ(*firstItem(*reloaded(*read))->data(), *firstItem(*reloaded(*unread))->data());
+  }
+}
+
 TEST(Coding, DuplicateIsADeepCopy) {
   const auto document = OLDataManager::create();
   OLTreeController& controller = *document->treeController();
