@@ -220,26 +220,30 @@ class Bench:
         large = self.document(100_000)
         size = os.path.getsize(large)
         out = os.path.join(self.folder, 'out')
-        print('\nOther readers of property lists, the same document')
+        print('\nOther readers of property lists, on the same document but for the last')
         load = f'import plistlib\nwith open({large!r}, "rb") as file: d = plistlib.load(file)\n'
-            save = f'with open({out!r}, "wb") as file: ' \
+        save = f'with open({out!r}, "wb") as file: ' \
                'plistlib.dump(d, file, fmt=plistlib.FMT_BINARY, sort_keys=False)\n'
         self.alone('Python, read', [sys.executable, '-c', load], size)
         self.alone('Python, read and write', [sys.executable, '-c', load + save], size)
         library = ctypes.util.find_library('plist-2.0')
-        if library:
-            parse = f'import ctypes, ctypes.util\np = ctypes.CDLL({library!r})\n' \
-                    f'd = open({large!r}, "rb").read()\nroot = ctypes.c_void_p()\n' \
-                    'p.plist_from_bin(d, ctypes.c_uint32(len(d)), ctypes.byref(root))\n' \
-                    'assert root\nimport os\nos._exit(0)\n'
-            self.alone('libplist, parse only', [sys.executable, '-c', parse], size)
-        plistutil = shutil.which('plistutil')
-        if plistutil:
-            self.alone('plistutil, 10,000 items, binary to binary',
-                       [plistutil, '-i', self.document(10_000), '-o', out, '-f', 'bin'],
-                       os.path.getsize(self.document(10_000)))
-        if not library and not plistutil:
+        if not library:
             print('libplist is not installed')
+            return
+
+        # plistutil copies what is in the format asked for, so the library is called
+        def libplist(path, *, writes):
+            write = 'out, n = ctypes.c_void_p(), ctypes.c_uint32()\n' \
+                    'p.plist_to_bin(root, ctypes.byref(out), ctypes.byref(n))\nassert n.value\n'
+            return [sys.executable, '-c',
+                    f'import ctypes, os\np = ctypes.CDLL({library!r})\n'
+                    f'd = open({path!r}, "rb").read()\nroot = ctypes.c_void_p()\n'
+                    'p.plist_from_bin(d, ctypes.c_uint32(len(d)), ctypes.byref(root))\n'
+                    'assert root\n' + (write if writes else '') + 'os._exit(0)\n']
+        self.alone('libplist, parse', libplist(large, writes=False), size)
+        small = self.document(10_000)
+        self.alone('libplist, parse and write 10,000 items', libplist(small, writes=True),
+                   os.path.getsize(small))
 
     @staticmethod
     def alone(label, command, size):
