@@ -74,67 +74,52 @@ void perItem(benchmark::State& state, size_t items) {
                                                          benchmark::Counter::kInvert);
 }
 
-// Documents of one size, as many as make a million items: what differs between sizes is then the
-// work for an item, and not whether all the items fit into a cache.
-class Million {
- public:
-  Million(size_t count, Document (*make)(size_t)) {
-    // Without this the items would lie scattered over what earlier documents left.
-    malloc_trim(0);
-    while (documents_.size() * count < kItems) documents_.push_back(make(count));
-  }
-  void buildCheckStates() const {
-    for (const Document& document : documents_) document.controller->buildRuntimeCheckState();
-  }
-  void buildNumberLabels() const {
-    for (const Document& document : documents_) document.controller->buildRuntimeNumberLabel();
-  }
-  static constexpr size_t kItems = 1000000;
-
- private:
-  std::vector<Document> documents_;
-};
+// A document of its own, so that the items do not lie scattered over what earlier ones left.
+Document freshDocument(benchmark::State& state, Document (*make)(size_t)) {
+  malloc_trim(0);
+  return make(static_cast<size_t>(state.range(0)));
+}
 
 // Including the memory for what is stored.
 void BM_FirstBuildOfCheckStates(benchmark::State& state) {
-  const Million documents(static_cast<size_t>(state.range(0)), outlineOf);
-  for (auto _ : state) documents.buildCheckStates();
-  perItem(state, Million::kItems);
+  const Document document = freshDocument(state, outlineOf);
+  for (auto _ : state) document.controller->buildRuntimeCheckState();
+  perItem(state, document.items.size());
 }
 
 void BM_FirstBuildOfNumberLabels(benchmark::State& state) {
-  const Million documents(static_cast<size_t>(state.range(0)), outlineOf);
-  documents.buildCheckStates();
-  for (auto _ : state) documents.buildNumberLabels();
-  perItem(state, Million::kItems);
+  const Document document = freshDocument(state, outlineOf);
+  document.controller->buildRuntimeCheckState();
+  for (auto _ : state) document.controller->buildRuntimeNumberLabel();
+  perItem(state, document.items.size());
 }
 
 void BM_BuildCheckStates(benchmark::State& state) {
-  const Million documents(static_cast<size_t>(state.range(0)), outlineOf);
-  documents.buildCheckStates();
-  documents.buildNumberLabels();
-  for (auto _ : state) documents.buildCheckStates();
-  perItem(state, Million::kItems);
+  const Document document = freshDocument(state, outlineOf);
+  document.controller->buildRuntimeCheckState();
+  document.controller->buildRuntimeNumberLabel();
+  for (auto _ : state) document.controller->buildRuntimeCheckState();
+  perItem(state, document.items.size());
 }
 
 void BM_BuildNumberLabels(benchmark::State& state) {
-  const Million documents(static_cast<size_t>(state.range(0)), outlineOf);
-  documents.buildCheckStates();
-  documents.buildNumberLabels();
-  for (auto _ : state) documents.buildNumberLabels();
-  perItem(state, Million::kItems);
+  const Document document = freshDocument(state, outlineOf);
+  document.controller->buildRuntimeCheckState();
+  document.controller->buildRuntimeNumberLabel();
+  for (auto _ : state) document.controller->buildRuntimeNumberLabel();
+  perItem(state, document.items.size());
 }
 
 // Each item the only child of the one before.
 void BM_BuildAttributesOfAChain(benchmark::State& state) {
-  const Million documents(static_cast<size_t>(state.range(0)), chainOf);
-  documents.buildCheckStates();
-  documents.buildNumberLabels();
+  const Document document = freshDocument(state, chainOf);
+  document.controller->buildRuntimeCheckState();
+  document.controller->buildRuntimeNumberLabel();
   for (auto _ : state) {
-    documents.buildCheckStates();
-    documents.buildNumberLabels();
+    document.controller->buildRuntimeCheckState();
+    document.controller->buildRuntimeNumberLabel();
   }
-  perItem(state, Million::kItems);
+  perItem(state, static_cast<size_t>(state.range(0)));
 }
 
 void BM_CheckOneOfManySiblings(benchmark::State& state) {

@@ -47,9 +47,6 @@ class DictionaryBody final : public ValueBody {
   /// Every entry with the key.
   void remove(const Value& key);
 
-  ClassRef archivedClass;
-  Ref<const Origin> origin;
-
  private:
   /// What only a long dictionary has; apart, because most are short.
   struct Index {
@@ -67,11 +64,16 @@ class DictionaryBody final : public ValueBody {
   void closeHoles() const;
   void dropRepeatedKeys();
 
+  // What look-ups read comes first, so that it usually lies in one line of a cache.
   // Closing holes and making the index change nothing that anybody can see.
   static constexpr uint8_t kNotCounted = 255;
   mutable uint8_t keyCount_ = kNotCounted;  ///< kept only without an index
   mutable std::vector<Entry> entries_;
   mutable std::unique_ptr<Index> index_;  ///< only of a long one, and once it was needed
+
+ public:
+  ClassRef archivedClass;
+  Ref<const Origin> origin;
 };
 
 /// Whether two values are one key.  As equality, except that containers inside a key, and

@@ -25,7 +25,7 @@ DictionaryBody& editable(Ref<const ValueBody>& body) {
   }
   // bodies are made as mutable objects; handles only see them as constants
   auto& mine = const_cast<DictionaryBody&>(bodyOf(body));
-  mine.origin = {};
+  if (mine.origin) mine.origin = {};
   return mine;
 }
 
@@ -75,6 +75,9 @@ bool Dictionary::contains(const Value& key) const { return bodyOf(body_).find(ke
 
 void Dictionary::setObjectForKey(Value value, const Value& key) {
   if (value.isNone()) return removeObjectForKey(key);
+  // What is there already is not stored again: the memory that it lies in stays as it is.
+  const Value* const present = body_ ? bodyOf(body_).find(key) : nullptr;
+  if (present != nullptr && present->body() == value.body()) return;
   editable(body_).set(key, std::move(value));
 }
 

@@ -71,6 +71,21 @@ TEST(Dictionary, CopiesAreSeparate) {
   EXPECT_EQ(original, (Dictionary{{"a", 1}}));
 }
 
+TEST(Dictionary, StoringWhatIsThereIsNoEdit) {
+  const Value value("text");
+  const Ref<const Origin> origin(new Origin());
+  Dictionary dictionary = DictionaryAccess::make({{"a", value}, {"b", 2}}, nullptr, origin);
+  const Dictionary copy = dictionary;
+  dictionary.setObjectForKey(value, "a");
+  EXPECT_EQ(&dictionary.entries(), &copy.entries()) << "still shared";
+  EXPECT_EQ(DictionaryAccess::origin(dictionary), origin.get());
+  // An equal value is another one: its class, or what kind of number it is, may differ.
+  dictionary.setObjectForKey(2.0, "b");
+  EXPECT_EQ(dictionary.objectForKey("b").kind(), Kind::real);
+  EXPECT_EQ(copy.objectForKey("b").kind(), Kind::integer);
+  EXPECT_EQ(DictionaryAccess::origin(dictionary), nullptr);
+}
+
 TEST(Dictionary, TakesKeysAndValuesOfItsOwn) {
   for (const size_t count : {3U, 100U}) {
     Dictionary dictionary;
