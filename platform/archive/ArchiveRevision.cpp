@@ -35,16 +35,27 @@ constexpr std::string_view kFiller("\x08", 1);
 /// Thrown for what only an archiver can write; never leaves this file.
 struct TooMuch {};
 
+/// Counts uses, the great ones not exactly: as long as fewer uses are dropped in all, nothing of
+/// which there are so many loses its last one.
 class UseCounts {
  public:
   explicit UseCounts(size_t count) : counts_(count) {}
-  void add(uint32_t index) { ++counts_[index]; }
-  /// Whether that was the last use.
-  bool drop(uint32_t index) { return counts_[index] != 0 && --counts_[index] == 0; }
+  void add(uint32_t index) {
+    uint16_t& count = counts_[index];
+    count = static_cast<uint16_t>(count + (count < kMany ? 1 : 0));
+  }
+  /// Whether that was the last use.  Raises TooMuch.
+  bool drop(uint32_t index) {
+    if (++drops_ == kMany) throw TooMuch();
+    uint16_t& count = counts_[index];
+    return count != 0 && count != kMany && --count == 0;
+  }
   [[nodiscard]] bool isUnused(uint32_t index) const { return counts_[index] == 0; }
 
  private:
-  std::vector<uint32_t> counts_;
+  static constexpr uint16_t kMany = 0xFFFF;
+  std::vector<uint16_t> counts_;
+  uint16_t drops_ = 0;
 };
 
 /// The scalars to be found in a file, by their bytes.
@@ -433,7 +444,6 @@ void Revision::survey() {
   const uint32_t count = list_.objectCount();
   size_t furtherUids = 0;
   uint64_t offset = kHeaderLength;
-  std::vector<uint32_t> containers;
   for (uint32_t index = 0; index < count; ++index) {
     if (list_.offsetOf(index) != offset) throw TooMuch();
     const Object object = list_.object(index);
@@ -455,7 +465,6 @@ void Revision::survey() {
       case Type::dictionary: {
         const uint64_t references = object.count * (object.type == Type::array ? 1 : 2);
         for (uint64_t i = 0; i < references; ++i) uses_.add(list_.reference(object.bytes, i));
-        if (references != 0) containers.push_back(index);
         break;
       }
       default: {
@@ -472,8 +481,11 @@ void Revision::survey() {
   if (offset != list_.tableOffset()) throw TooMuch();
   uses_.add(list_.topObject());
   // what is left of some other object would keep what it refers to
-  for (const uint32_t index : containers) {
-    if (uses_.isUnused(index)) throw TooMuch();
+  for (uint32_t index = 0; index < count; ++index) {
+    if (!uses_.isUnused(index)) continue;
+    const Object object = list_.object(index);
+    const bool isContainer = object.type == Type::array || object.type == Type::dictionary;
+    if (isContainer && object.count != 0) throw TooMuch();
   }
 }
 
