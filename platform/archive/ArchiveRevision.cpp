@@ -231,6 +231,7 @@ Revision::Target Revision::newRecord(const std::vector<std::pair<const char*, Pl
   const Target archivedClass = targetOfClass(info);
   entries_[record.id].archivedClass = archivedClass;
   std::vector<Place> elements;
+  elements.reserve(2 * fields.size() + 2);
   for (const auto& field : fields) elements.push_back(text(field.first));
   elements.push_back(text("$class"));
   for (const auto& field : fields) elements.push_back(field.second);
@@ -248,6 +249,7 @@ Revision::Target Revision::targetOfClass(const ClassInfo& info) {
   }
   const auto list = [&](const std::vector<std::string>& names) {
     std::vector<Place> elements;
+    elements.reserve(names.size());
     for (const std::string& name : names) elements.push_back(text(name));
     return newPart({kArray, {}, std::move(elements), {}});
   };
@@ -730,8 +732,7 @@ Data Revision::assembled() const {
     table = PropertyListWriter::storeBigEndian(table, static_cast<uint64_t>(out - buffer.bytes()),
                                                offsetSize);
     ++indexed;
-    std::memcpy(out, bytes.data(), bytes.size());
-    out += bytes.size();
+    out = std::copy(bytes.begin(), bytes.end(), out);
     if (index < end) copied = endOf(index);
   }
   if (indexed < end) copy(end);

@@ -149,7 +149,7 @@ inline BinaryPropertyList::Object BinaryPropertyList::object(uint32_t index) con
       break;
     case 0xD:
       type = Type::dictionary;
-      unit = 2U * referenceSize_;
+      unit = uint64_t{2} * referenceSize_;
       break;
     default:
       failObject(index, offset);

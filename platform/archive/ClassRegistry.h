@@ -4,6 +4,7 @@
 #include <memory>
 #include <string_view>
 #include <unordered_map>
+#include <utility>
 #include <vector>
 
 #include "platform/foundation/Object.h"
@@ -58,7 +59,9 @@ class ClassRegistry {
   ClassRegistry();
 
   /// Adds or replaces a class.
-  void add(std::string_view name, ClassCoding coding) { classes_[std::string(name)] = coding; }
+  void add(std::string_view name, ClassCoding coding) {
+    classes_[std::string(name)] = std::move(coding);
+  }
   /// The coding of a class, or none; valid while the registry lives unchanged.
   [[nodiscard]] const ClassCoding* find(const std::string& name) const {
     const auto found = classes_.find(name);

@@ -28,7 +28,7 @@ Value FieldReader::primitive(const char* key, const char* expected) const {
   const auto found = field(key);
   if (!found) return {};
   if (found->type != KeyedArchive::Type::uid) {
-    const Value value = KeyedArchive::scalar(*found);
+    Value value = KeyedArchive::scalar(*found);
     if (!value.isNone() && !value.isNumber()) failKind(key, value.kind(), expected);
     return value;
   }

@@ -115,7 +115,7 @@ void KeyedArchive::readTop(Root required) {
   const Object top = list_.object(list_.topObject());
   if (top.type != Type::dictionary) refuse(std::string("the top is ") + nameOf(top.type));
   const Shape& shape = shapeOf(0, top);
-  const Record record{&shape, nullptr, top.bytes + shape.count() * list_.referenceSize()};
+  const Record record{&shape, nullptr, top.bytes + size_t{shape.count()} * list_.referenceSize()};
   const auto need = [&](const char* key, Type type) {
     const std::optional<Object> found = fieldForKey(record, key);
     if (!found) refuse("no \"" + std::string(key) + "\" at the top");
@@ -145,7 +145,7 @@ void KeyedArchive::readTop(Root required) {
   const Object roots = need("$top", Type::dictionary);
   const Shape& rootShape = shapeOf(0, roots);
   const Record rootRecord{&rootShape, nullptr,
-                          roots.bytes + rootShape.count() * list_.referenceSize()};
+                          roots.bytes + size_t{rootShape.count()} * list_.referenceSize()};
   const std::optional<Object> root = fieldForKey(rootRecord, "root");
   if (!root && required == Root::required) refuse("\"$top\" has no \"root\"");
   if (root && root->type != Type::uid) {
@@ -419,7 +419,7 @@ String KeyedArchive::sharedString(const Object& object) const {
     constexpr uint64_t kLeast = uint64_t{1} << 20;
     textLimit_ = std::max(kLeast, 2 * (textLength_ + length));
   }
-  const String made = string(object);
+  String made = string(object);
   texts_.emplace(key, Value(made));
   textLength_ += length;
   return made;

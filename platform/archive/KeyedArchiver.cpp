@@ -228,6 +228,7 @@ uint32_t KeyedArchiver::numberOfClass(const ClassRef& archivedClass) {
   classNumbers_.emplace(archivedClass.get(), number);
   const auto list = [&](const std::vector<std::string>& names) {
     std::vector<Reference> references;
+    references.reserve(names.size());
     for (const std::string& name : names) references.push_back(writer_.string(String(name)));
     return listOf(references);
   };
