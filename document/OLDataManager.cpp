@@ -34,6 +34,7 @@ bool OLDataManager::loadDataRepresentationOfType(const std::optional<ns::Data>& 
     return false;
   }
   const auto archive = ns::KeyedArchive::open(*data, documentClasses());
+  if (!archive->isTree()) refuseItemCircles(*archive);
   const ns::Value root = ns::KeyedUnarchiver::unarchiveObject(archive, archive->root());
   if (root.isNone()) {
     ns::log("Document has something corrupted");
@@ -43,10 +44,6 @@ bool OLDataManager::loadDataRepresentationOfType(const std::optional<ns::Data>& 
   if (!controller) {
     ns::log("Document contains unacceptable data");
     return false;
-  }
-  // in a tree there are none
-  if (!archive->isTree() && controller->tree()) {
-    refuseItemCircles(controller->tree()->rootNode());
   }
   ns::Fields otherTopEntries;
   for (const auto& [key, entry] : archive->otherTopEntries()) {

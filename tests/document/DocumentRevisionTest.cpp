@@ -33,6 +33,12 @@ struct Opened {
         controller(ns::KeyedUnarchiver::unarchiveObject(archive, archive->root())
                        .objectAs<OLTreeController>()),
         revision(archive, controller) {}
+  Opened(const Opened&) = delete;
+  Opened& operator=(const Opened&) = delete;
+  /// Data that names its own item, or one above, owns it: a circle that somebody has to open.
+  ~Opened() {
+    if (controller && controller->tree() && root()) root()->setData(std::nullopt);
+  }
 
   [[nodiscard]] Item root() const { return controller->tree()->rootNode(); }
   /// By copying; none where that is not done.
