@@ -189,6 +189,19 @@ void BM_DeletionBookkeepingOfSiblings(benchmark::State& state) {
   onManyItems(state, true, noteForDeletion);
 }
 
+// Deletes a selection from a document that has all its attributes; nothing else is timed.
+void measureDeletion(benchmark::State& state, std::unique_ptr<Document> document,
+                     OLNodeList selection) {
+  document->controller->buildRuntimeCheckState();
+  document->controller->buildRuntimeNumberLabel();
+  state.ResumeTiming();
+  document->controller->deleteItems(selection);
+  state.PauseTiming();
+  selection.clear();
+  document.reset();
+  state.ResumeTiming();
+}
+
 // Four neighbours out of five, in each of many parents.
 void BM_DeleteManyItems(benchmark::State& state) {
   const auto count = static_cast<size_t>(state.range(0));
@@ -204,14 +217,7 @@ void BM_DeleteManyItems(benchmark::State& state) {
         if (i < 4) selection.push_back(item);
       }
     }
-    document->controller->buildRuntimeCheckState();
-    document->controller->buildRuntimeNumberLabel();
-    state.ResumeTiming();
-    document->controller->deleteItems(selection);
-    state.PauseTiming();
-    selection.clear();
-    document.reset();
-    state.ResumeTiming();
+    measureDeletion(state, std::move(document), std::move(selection));
   }
   perItem(state, count);
 }
@@ -232,14 +238,7 @@ void BM_DeleteOneItemOfEveryLevel(benchmark::State& state) {
       addNew(level);
       level = next;
     }
-    document->controller->buildRuntimeCheckState();
-    document->controller->buildRuntimeNumberLabel();
-    state.ResumeTiming();
-    document->controller->deleteItems(selection);
-    state.PauseTiming();
-    selection.clear();
-    document.reset();
-    state.ResumeTiming();
+    measureDeletion(state, std::move(document), std::move(selection));
   }
   perItem(state, count);
 }

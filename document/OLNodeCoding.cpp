@@ -80,6 +80,11 @@ ns::Dictionary escapedData(const ns::Dictionary& data, bool isEscaped) {
   return rewritingLeaves(ns::Value(data), escape, remade).dictionary();
 }
 
+/// Where the data of a node's record lies; 0 for none.
+uint32_t dataNumber(const ns::ArchivedValue& node) {
+  return ns::FieldReader(*node.archive, node.number).reference(kDataKey);
+}
+
 ns::Value fixedText(const ns::Value& value) {
   if (value.kind() != ns::Kind::attributedString) return value;
   return dataAfterLoading(false).attributedString(value);
@@ -110,11 +115,10 @@ void OLNode::encodeWithCoder(ns::Coder& coder) const {
     coder.encodeObjectForKey(ns::Value(ns::Array(std::move(values))), kChildrenKey);
   }
   if (hasArchivedData_ && archiver) {
-    const ns::FieldReader fields(*archived_.archive, archived_.number);
-    archiver->encodeArchivedValueForKey(archived_.archive, fields.reference(kDataKey),
+    archiver->encodeArchivedValueForKey(archived_.archive, dataNumber(archived_),
                                         &dataForSaving(isArchivedDataEscaped_), kDataKey);
-  } else if (loadedData()) {
-    coder.encodeObjectForKey(ns::Value(*dataForArchive()), kDataKey);
+  } else if (const std::optional<ns::Dictionary> data = dataForArchive()) {
+    coder.encodeObjectForKey(ns::Value(*data), kDataKey);
   } else {
     coder.encodeObjectForKey(ns::Value(), kDataKey);
   }
@@ -214,8 +218,7 @@ std::optional<ns::Value> OLNode::archivedValueForKey(std::string_view key) const
   if (archivedReads_ == kMostReads) return std::nullopt;
   ++archivedReads_;
   const ns::KeyedArchive& archive = *archived_.archive;
-  const ns::FieldReader fields(archive, archived_.number);
-  const auto number = archive.numberForKey(fields.reference(kDataKey), key);
+  const auto number = archive.numberForKey(dataNumber(archived_), key);
   if (!number) return std::nullopt;
   switch (archive.kind(*number)) {
     case ns::Kind::none:
@@ -234,9 +237,7 @@ std::optional<ns::Value> OLNode::archivedValueForKey(std::string_view key) const
 
 void OLNode::loadArchivedData() const {
   hasArchivedData_ = false;
-  const ns::FieldReader fields(*archived_.archive, archived_.number);
-  data_ = archived_.archive
-              ->value(fields.reference(kDataKey), &dataAfterLoading(isArchivedDataEscaped_))
+  data_ = archived_.archive->value(dataNumber(archived_), &dataAfterLoading(isArchivedDataEscaped_))
               .dictionary();
   leaveArchive();
 }

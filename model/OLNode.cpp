@@ -1,21 +1,17 @@
 #include "model/OLNode.h"
 
-#include <algorithm>
 #include <exception>
 #include <string>
 
 #include "model/CircleGuard.h"
 #include "model/OLExceptionController.h"
+#include "platform/archive/AsciiCheck.h"
 #include "platform/foundation/Exception.h"
 #include "platform/foundation/Log.h"
 #include "platform/foundation/NotificationCenter.h"
 
 namespace tavlin {
 namespace {
-
-bool isAscii(std::string_view key) {
-  return std::all_of(key.begin(), key.end(), [](unsigned char c) { return c < 0x80; });
-}
 
 bool isTextKey(std::string_view key) { return key == "title" || key == "note"; }
 
@@ -157,7 +153,7 @@ ns::Value OLNode::dataForKey(const ns::Value& key) const {
 
 ns::Value OLNode::dataForKey(const char* key) const {
   if (!key) return {};
-  if (hasArchivedData_ && isAscii(key)) {
+  if (hasArchivedData_ && ns::isAllAscii(key)) {
     if (auto value = archivedValueForKey(key)) {
       return checked(*std::move(value), std::string_view(key));
     }

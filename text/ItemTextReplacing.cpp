@@ -16,14 +16,11 @@ namespace {
 constexpr uint64_t kKnownOptions =
     kCaseInsensitiveSearch | kLiteralSearch | kBackwardsSearch | kAnchoredSearch;
 
-bool isHighSurrogate(char16_t unit) { return (unit & 0xFC00) == 0xD800; }
-bool isLowSurrogate(char16_t unit) { return (unit & 0xFC00) == 0xDC00; }
-
 /// Whether a stretch of a text begins or ends inside a character: between its two units, or before
 /// a mark or a joiner that belongs to it.
 bool dividesACharacter(const std::u16string& text, ns::Range stretch) {
   const auto dividesPair = [&](size_t at) {
-    return at > 0 && at < text.size() && isHighSurrogate(text[at - 1]) && isLowSurrogate(text[at]);
+    return at > 0 && at < text.size() && ns::codePointAt(text, at - 1).length == 2;
   };
   if (dividesPair(stretch.location) || dividesPair(stretch.end())) return true;
   if (stretch.end() == text.size()) return false;

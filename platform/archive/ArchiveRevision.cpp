@@ -35,6 +35,15 @@ constexpr std::string_view kFiller("\x08", 1);
 /// Thrown for what only an archiver can write; never leaves this file.
 struct TooMuch {};
 
+bool isContainer(const Object& object) {
+  return object.type == Type::array || object.type == Type::dictionary;
+}
+
+/// How many references a container is made of.
+uint64_t referenceCount(const Object& container) {
+  return container.count * (container.type == Type::array ? 1 : 2);
+}
+
 /// Counts uses, the great ones not exactly: as long as fewer uses are dropped in all, nothing of
 /// which there are so many loses its last one.
 class UseCounts {
@@ -157,8 +166,8 @@ class Revision {
   [[nodiscard]] Data assembled() const;
   [[nodiscard]] uint64_t endOf(const Object& object) const {
     uint64_t length = object.text().size();
-    if (object.type == Type::array || object.type == Type::dictionary) {
-      length = object.count * list_.referenceSize() * (object.type == Type::array ? 1 : 2);
+    if (isContainer(object)) {
+      length = referenceCount(object) * list_.referenceSize();
     } else if (object.type != Type::boolean) {
       length += object.width;
     }
@@ -465,7 +474,7 @@ void Revision::survey() {
       }
       case Type::array:
       case Type::dictionary: {
-        const uint64_t references = object.count * (object.type == Type::array ? 1 : 2);
+        const uint64_t references = referenceCount(object);
         for (uint64_t i = 0; i < references; ++i) uses_.add(list_.reference(object.bytes, i));
         break;
       }
@@ -486,8 +495,7 @@ void Revision::survey() {
   for (uint32_t index = 0; index < count; ++index) {
     if (!uses_.isUnused(index)) continue;
     const Object object = list_.object(index);
-    const bool isContainer = object.type == Type::array || object.type == Type::dictionary;
-    if (isContainer && object.count != 0) throw TooMuch();
+    if (isContainer(object) && object.count != 0) throw TooMuch();
   }
 }
 
@@ -539,7 +547,7 @@ void Revision::useParts() {
 }
 
 void Revision::release(const Object& container) {
-  const uint64_t references = container.count * (container.type == Type::array ? 1 : 2);
+  const uint64_t references = referenceCount(container);
   for (uint64_t i = 0; i < references; ++i) drop(list_.reference(container.bytes, i));
 }
 
@@ -552,7 +560,7 @@ void Revision::releaseAll(const Object& container) {
   release(container);
   for (size_t i = 0; i < dropped_.size(); ++i) {
     const Object object = list_.object(dropped_[i]);
-    if (object.type == Type::array || object.type == Type::dictionary) {
+    if (isContainer(object)) {
       release(object);
     } else if (object.type == Type::uid) {
       const uint32_t number = archive_.target(object);
@@ -643,12 +651,9 @@ std::string Revision::bytesOf(const Part& part) const {
   PropertyListWriter::appendMarker(bytes, part.type, part.type == kArray ? count : count / 2);
   const size_t head = bytes.size();
   bytes.resize(head + count * width);
-  char* out = bytes.data() + head;
+  auto* out = reinterpret_cast<uint8_t*>(bytes.data()) + head;
   for (const Place& place : part.elements) {
-    const uint32_t index = indexOf(place);
-    for (unsigned byte = width; byte-- > 0;) {
-      *out++ = byte < 4 ? static_cast<char>(static_cast<uint8_t>(index >> (8 * byte))) : '\0';
-    }
+    out = PropertyListWriter::storeBigEndian(out, indexOf(place), width);
   }
   return bytes;
 }
@@ -707,9 +712,10 @@ Data Revision::assembled() const {
     tableOffset += bytes.size();
     if (index < end) tableOffset -= endOf(index) - list_.offsetOf(index);
   }
-  constexpr size_t kTrailerLength = 32;
   const unsigned offsetSize = PropertyListWriter::widthFor(tableOffset);
-  Buffer buffer(tableOffset + uint64_t{count_} * offsetSize + kTrailerLength);
+  const uint64_t length =
+      tableOffset + uint64_t{count_} * offsetSize + PropertyListWriter::kTrailerLength;
+  Buffer buffer(length);
   uint8_t* out = buffer.bytes();
   uint8_t* table = buffer.bytes() + tableOffset;
   uint64_t copied = 0;  // of the old file
@@ -736,13 +742,9 @@ Data Revision::assembled() const {
     if (index < end) copied = endOf(index);
   }
   if (indexed < end) copy(end);
-  std::memset(table, 0, 6);
-  table[6] = static_cast<uint8_t>(offsetSize);
-  table[7] = list_.referenceSize();
-  table = PropertyListWriter::storeBigEndian(table + 8, count_, 8);
-  table = PropertyListWriter::storeBigEndian(table, list_.topObject(), 8);
-  (void)PropertyListWriter::storeBigEndian(table, tableOffset, 8);
-  return buffer.finish(tableOffset + uint64_t{count_} * offsetSize + kTrailerLength);
+  PropertyListWriter::storeTrailer(table, offsetSize, list_.referenceSize(), count_,
+                                   list_.topObject(), tableOffset);
+  return buffer.finish(length);
 }
 
 }  // namespace

@@ -11,6 +11,10 @@ namespace ns {
 
 namespace {
 
+constexpr std::string_view kNullMarker = "$null";
+// other writers may store ASCII text in the wide form
+constexpr std::string_view kWideNullMarker("\0$\0n\0u\0l\0l", 10);
+
 std::string quoted(const String& key) { return "\"" + key.utf8() + "\""; }
 
 uint64_t hashOf(const uint8_t* bytes, size_t length) {
@@ -64,9 +68,7 @@ std::string contentOf(const ClassInfo& info) {
 }  // namespace
 
 bool KeyedArchive::isNullMarker(const Object& object) {
-  // other writers may store ASCII text in the wide form
-  constexpr std::string_view kWide("\0$\0n\0u\0l\0l", 10);
-  return object.text() == (object.type == Type::ascii ? "$null" : kWide);
+  return object.text() == (object.type == Type::ascii ? kNullMarker : kWideNullMarker);
 }
 
 uint32_t KeyedArchive::Shape::find(const char* literal) const {
@@ -99,12 +101,10 @@ std::shared_ptr<KeyedArchive> KeyedArchive::open(const Data& data, const ClassRe
 KeyedArchive::~KeyedArchive() = default;
 
 bool StoredText::holdsNullMarker() const {
-  constexpr std::string_view kNarrow = "$null";
-  constexpr std::string_view kWide("\0$\0n\0u\0l\0l", 10);
   // a dollar is rare, and found much faster than a text that begins with a zero
   for (size_t at = bytes.find('$'); at != std::string_view::npos; at = bytes.find('$', at + 1)) {
-    if (isWide ? at % 2 == 1 && bytes.substr(at - 1).starts_with(kWide)
-               : bytes.substr(at).starts_with(kNarrow)) {
+    if (isWide ? at % 2 == 1 && bytes.substr(at - 1).starts_with(kWideNullMarker)
+               : bytes.substr(at).starts_with(kNullMarker)) {
       return true;
     }
   }
@@ -486,7 +486,7 @@ const KeyedArchive::Changes& KeyedArchive::changesOf(const ValueTransform& trans
     const std::optional<Object> text = storedText(number);
     if (text && changesText(*text)) pending.push_back(number);
   }
-  if (transform.mayChangeAttributedStrings(*this)) {
+  if (mayChangeAttributedStrings(transform)) {
     for (const uint32_t number : findings_.attributedStrings) {
       const Value before = value(number);
       if (!(transform.attributedString(before).body() == before.body())) pending.push_back(number);

@@ -3,6 +3,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <new>
+#include <optional>
 
 #include "platform/archive/AsciiCheck.h"
 
@@ -16,26 +17,15 @@ constexpr uint16_t kObjects = 1U << static_cast<unsigned>(Kind::object) | 1U << 
 
 /// How to look at the records with the same keys and the same class.
 struct ArchiveScan::Plan {
-  enum class Rule : uint8_t {
-    any,
-    classReference,
-    parent,
-    children,
-    text,
-    dictionary,
-    boolean,
-    integer
-  };
-
   const ClassCoding* coding;
-  uint8_t kind;             // as in a place
-  std::vector<Rule> rules;  // by position
-  uint32_t first;           // position of a string's text, data's bytes, an array's list,
-                            // a dictionary's keys
-  uint32_t second;          // of a dictionary's values
-  Type expected;            // what stands at these positions
-  bool isChecked = false;   // by its fields alone
-  size_t form = SIZE_MAX;   // in the findings, of members and their lists
+  uint8_t kind;                                        // as in a place
+  std::vector<std::optional<FieldForm::Form>> fields;  // by position, where the class knows it
+  uint32_t first;          // position of a string's text, data's bytes, an array's list,
+                           // a dictionary's keys
+  uint32_t second;         // of a dictionary's values
+  Type expected;           // what stands at these positions
+  bool isChecked = false;  // by its fields alone
+  size_t form = SIZE_MAX;  // in the findings, of members and their lists
   uint32_t integerIndex = UINT32_MAX;  // where the integer field of the first member leads
 };
 
@@ -197,8 +187,7 @@ ArchiveScan::Plan& ArchiveScan::planOf(KeySet& keys, uint32_t number, const Obje
   plan.coding = record.archivedClass->coding;
   const Kind kind = record.archivedClass->kind();
   plan.kind = codeOf(kind);
-  plan.rules.resize(shape.count());
-  plan.rules[shape.classPosition()] = Plan::Rule::classReference;
+  plan.fields.resize(shape.count());
   plan.first = plan.second = shape.count();
   plan.expected = Type::array;
   switch (kind) {
@@ -226,26 +215,7 @@ ArchiveScan::Plan& ArchiveScan::planOf(KeySet& keys, uint32_t number, const Obje
     const uint32_t position = shape.find(field.key);
     if (position == shape.count()) continue;
     ++known;
-    switch (field.form) {
-      case FieldForm::Form::text:
-        plan.rules[position] = Plan::Rule::text;
-        break;
-      case FieldForm::Form::parent:
-        plan.rules[position] = Plan::Rule::parent;
-        break;
-      case FieldForm::Form::children:
-        plan.rules[position] = Plan::Rule::children;
-        break;
-      case FieldForm::Form::dictionary:
-        plan.rules[position] = Plan::Rule::dictionary;
-        break;
-      case FieldForm::Form::boolean:
-        plan.rules[position] = Plan::Rule::boolean;
-        break;
-      case FieldForm::Form::integer:
-        plan.rules[position] = Plan::Rule::integer;
-        break;
-    }
+    plan.fields[position] = field.form;
   }
   if (kind == Kind::object) {
     plan.kind = kMember;
@@ -253,11 +223,7 @@ ArchiveScan::Plan& ArchiveScan::planOf(KeySet& keys, uint32_t number, const Obje
   }
   // with all of these fields and nothing else, looking at them is enough
   plan.isChecked = known == plan.coding->fields.size() + 1 && known == shape.count();
-  if (!plan.isChecked) {
-    for (Plan::Rule& rule : plan.rules) {
-      if (rule != Plan::Rule::classReference) rule = Plan::Rule::any;
-    }
-  }
+  if (!plan.isChecked) plan.fields.assign(shape.count(), std::nullopt);
   return plan;
 }
 
@@ -274,6 +240,7 @@ bool ArchiveScan::scanReferences(uint32_t number, const Object& array, uint16_t 
 }
 
 bool ArchiveScan::scanRecord(uint32_t number, const Object& dictionary) {
+  using Form = FieldForm::Form;
   if (dictionary.count == 0) return false;
   KeySet& keys = keySetOf(number, dictionary);
   const KeyedArchive::Shape& shape = *keys.shape;
@@ -302,54 +269,48 @@ bool ArchiveScan::scanRecord(uint32_t number, const Object& dictionary) {
   uint64_t secondCount = 0;
   bool isMarked = false;
   for (uint32_t i = 0; i < count; ++i) {
-    const Plan::Rule rule = plan.rules[i];
-    if (rule == Plan::Rule::classReference) continue;
+    if (i == shape.classPosition()) continue;
+    const std::optional<Form> form = plan.fields[i];
     const uint32_t index = list_.reference(values, i);
     uint32_t target = 0;
     if (isUid(index, &target)) {
       if (i == plan.first || i == plan.second) return false;  // stands in the record itself
-      switch (rule) {
-        case Plan::Rule::parent:
+      if (!form) {
+        refer(target, forbidden);
+        continue;
+      }
+      switch (*form) {
+        case Form::parent:
           if (target != 0) links_.push_back({number, target});
           break;
-        case Plan::Rule::children:
+        case Form::children:
           refer(target, allBut(Kind::array, Kind::none));
           if (target == 0) break;
           // a list that was looked at before it had an owner was taken for a value
           if (places_[target].owner != 0 || target < number) return false;
           places_[target].owner = number;
           break;
-        case Plan::Rule::text:
+        case Form::text:
           refer(target, allBut(Kind::string));
           break;
-        case Plan::Rule::dictionary:
+        case Form::dictionary:
           refer(target, allBut(Kind::dictionary, Kind::none));
           break;
-        case Plan::Rule::boolean:
-        case Plan::Rule::integer:
+        case Form::boolean:
+        case Form::integer:
           refer(target, allBut(Kind::boolean, Kind::integer, Kind::real, Kind::none));
           findings_.forms[plan.form].isUniform = false;
-          break;
-        default:
-          refer(target, forbidden);
           break;
       }
       continue;
     }
     const Object field = list_.object(index);
-    switch (rule) {
-      case Plan::Rule::any:
-        break;
-      case Plan::Rule::boolean:
-        if (field.type != Type::boolean) return false;
-        continue;
-      case Plan::Rule::integer:
-        if (field.type != Type::integer) return false;
-        noteInteger(plan, index);
-        continue;
-      default:
-        return false;
+    if (form == Form::boolean && field.type == Type::boolean) continue;
+    if (form == Form::integer && field.type == Type::integer) {
+      noteInteger(plan, index);
+      continue;
     }
+    if (form) return false;
     if (field.type == Type::array) {
       if (!scanReferences(number, field, forbidden)) return false;
       (i == plan.first ? firstCount : secondCount) = field.count;

@@ -342,6 +342,17 @@ void PropertyListWriter::narrow(unsigned width) {
   buffer_.swap(narrowed);
 }
 
+void PropertyListWriter::storeTrailer(uint8_t* at, unsigned offsetSize, unsigned referenceSize,
+                                      uint64_t count, uint64_t top, uint64_t tableOffset) {
+  constexpr size_t kUnused = 6;
+  std::memset(at, 0, kUnused);
+  at = storeBigEndian(at + kUnused, offsetSize, 1);
+  at = storeBigEndian(at, referenceSize, 1);
+  at = storeBigEndian(at, count, 8);
+  at = storeBigEndian(at, top, 8);
+  (void)storeBigEndian(at, tableOffset, 8);
+}
+
 Data PropertyListWriter::finish(Reference top) {
   const uint64_t count = offsets_.size();
   // the width must hold the count itself, not just the last index
@@ -349,27 +360,18 @@ Data PropertyListWriter::finish(Reference top) {
   if (referenceSize < 4) narrow(referenceSize);
   const uint64_t tableOffset = buffer_.size();
   const unsigned offsetSize = widthFor(tableOffset);
-  buffer_.reserve(buffer_.size() + count * offsetSize + 32);
   uint64_t high = 0;
   size_t wrap = 0;
-  const size_t tableAt = buffer_.size();
-  buffer_.resize(tableAt + count * offsetSize);
-  char* out = buffer_.data() + tableAt;
+  buffer_.resize(tableOffset + count * offsetSize + kTrailerLength);
+  auto* out = reinterpret_cast<uint8_t*>(buffer_.data()) + tableOffset;
   for (size_t index = 0; index < count; ++index) {
     while (wrap < wraps_.size() && wraps_[wrap] <= index) {
       ++wrap;
       high += uint64_t{1} << 32;
     }
-    const uint64_t offset = __builtin_bswap64((high | offsets_[index]) << (64 - 8 * offsetSize));
-    std::memcpy(out, &offset, offsetSize);
-    out += offsetSize;
+    out = storeBigEndian(out, high | offsets_[index], offsetSize);
   }
-  buffer_.append(6, '\0');
-  buffer_.push_back(static_cast<char>(offsetSize));
-  buffer_.push_back(static_cast<char>(referenceSize));
-  appendBigEndian(buffer_, count);
-  appendBigEndian(buffer_, uint64_t{top});
-  appendBigEndian(buffer_, tableOffset);
+  storeTrailer(out, offsetSize, referenceSize, count, top, tableOffset);
   Data result(std::move(buffer_));
   *this = PropertyListWriter();
   return result;

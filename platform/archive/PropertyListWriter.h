@@ -86,6 +86,11 @@ class PropertyListWriter {
     return at + width;
   }
 
+  static constexpr size_t kTrailerLength = 32;
+  /// Stores what ends a file.
+  static void storeTrailer(uint8_t* at, unsigned offsetSize, unsigned referenceSize, uint64_t count,
+                           uint64_t top, uint64_t tableOffset);
+
   static void store(char* at, uint32_t value) {
     const uint32_t bigEndian = __builtin_bswap32(value);
     __builtin_memcpy(at, &bigEndian, sizeof bigEndian);
