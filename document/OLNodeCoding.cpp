@@ -7,6 +7,9 @@
 //   "outlineStyle"      boolean
 //   "encoding_version"  2; records without it, or below 2, hold strings that are not escaped
 
+#include <typeinfo>
+#include <utility>
+
 #include "document/ContainerRewriting.h"
 #include "document/NodeArchiving.h"
 #include "document/NodeDataTransform.h"
@@ -30,11 +33,20 @@ void checkKeyedCoding(const ns::Coder& coder) {
   }
 }
 
+/// The node that an object is, or none.  Nearly all are nodes and nothing more, which is known
+/// without a search of their classes.
+std::shared_ptr<OLNode> asNode(std::shared_ptr<ns::Object> object) {
+  if (!object) return nullptr;
+  const ns::Object& known = *object;
+  if (typeid(known) == typeid(OLNode)) return std::static_pointer_cast<OLNode>(std::move(object));
+  return std::dynamic_pointer_cast<OLNode>(std::move(object));
+}
+
 std::shared_ptr<void> makeChildren(size_t count, const ns::KeyedUnarchiver::ElementAt& at) {
   auto children = std::make_shared<OLNodeList>();
   children->reserve(count);
   for (size_t i = 0; i < count; ++i) {
-    auto node = std::dynamic_pointer_cast<OLNode>(at(i));
+    auto node = asNode(at(i));
     if (!node) {
       throw ns::ArchiveException("keyed archive: element " + std::to_string(i) +
                                  " of a list of children is not an OLNode");
@@ -80,11 +92,6 @@ ns::Dictionary escapedData(const ns::Dictionary& data, bool isEscaped) {
   return rewritingLeaves(ns::Value(data), escape, remade).dictionary();
 }
 
-/// Where the data of a node's record lies; 0 for none.
-uint32_t dataNumber(const ns::ArchivedValue& node) {
-  return ns::FieldReader(*node.archive, node.number).reference(kDataKey);
-}
-
 ns::Value fixedText(const ns::Value& value) {
   if (value.kind() != ns::Kind::attributedString) return value;
   return dataAfterLoading(false).attributedString(value);
@@ -114,8 +121,8 @@ void OLNode::encodeWithCoder(ns::Coder& coder) const {
     for (const auto& child : children()) values.emplace_back(child);
     coder.encodeObjectForKey(ns::Value(ns::Array(std::move(values))), kChildrenKey);
   }
-  if (hasArchivedData_ && archiver) {
-    archiver->encodeArchivedValueForKey(archived_.archive, dataNumber(archived_),
+  if (archived_.data != 0 && archiver) {
+    archiver->encodeArchivedValueForKey(archived_.archive, archived_.data,
                                         &dataForSaving(isArchivedDataEscaped_), kDataKey);
   } else if (const std::optional<ns::Dictionary> data = dataForArchive()) {
     coder.encodeObjectForKey(ns::Value(*data), kDataKey);
@@ -138,7 +145,7 @@ std::optional<ns::Dictionary> OLNode::dataForArchive() const {
 bool OLNode::isAsArchived(const ns::KeyedArchive& archive, uint32_t number) const {
   if (archived_.archive.get() != &archive || archived_.number != number) return false;
   const ns::FieldReader fields(archive, number);
-  return hasArchivedChildren_ && !parent() && isExpanded_ == fields.boolean(kExpandedKey) &&
+  return archived_.children != 0 && !parent() && isExpanded_ == fields.boolean(kExpandedKey) &&
          isOutlineStyle_ == fields.boolean(kOutlineStyleKey);
 }
 
@@ -153,27 +160,19 @@ const std::vector<ns::FieldForm>& archivedNodeFields() {
 
 void OLNode::initWithCoder(ns::Coder& coder) {
   checkKeyedCoding(coder);
-  const std::shared_ptr<ns::Object> parent = coder.decodeReferenceForKey(kParentKey);
-  parent_ = std::dynamic_pointer_cast<OLNode>(parent);
-  if (parent && !parent_.lock()) {
-    throw ns::ArchiveException("keyed archive: the parent of an OLNode is not an OLNode");
-  }
-  isExpanded_ = coder.decodeBoolForKey(kExpandedKey);
-  isOutlineStyle_ = coder.decodeBoolForKey(kOutlineStyleKey);
-  isArchivedDataEscaped_ = coder.decodeIntegerForKey(kEncodingVersionKey) >= kFirstEscapingVersion;
-  setData(std::nullopt);
-  if (auto* unarchiver = dynamic_cast<ns::KeyedUnarchiver*>(&coder)) {
-    const ns::FieldReader& fields = unarchiver->fields();
-    bool isEmpty = false;
-    childrenForm_ = childrenFormOf(fields.listKind(kChildrenKey, &isEmpty));
-    hasArchivedData_ = fields.reference(kDataKey) != 0;
-    hasArchivedChildren_ = unarchiver->isLazy() && !isEmpty;
-    if (!unarchiver->isLazy()) {
-      children_ = std::static_pointer_cast<OLNodeList>(
-          unarchiver->decodeListForKey(kChildrenKey, makeChildren));
+  if (std::shared_ptr<ns::Object> object = coder.decodeReferenceForKey(kParentKey)) {
+    const std::shared_ptr<OLNode> parent = asNode(std::move(object));
+    if (!parent) {
+      throw ns::ArchiveException("keyed archive: the parent of an OLNode is not an OLNode");
     }
-    archived_ = {unarchiver->archive(), fields.number()};
-    leaveArchive();
+    parent_ = parent;
+  } else {
+    parent_.reset();
+  }
+  setData(std::nullopt);
+  // the class is final, so there is no need to search its bases for every node
+  if (typeid(coder) == typeid(ns::KeyedUnarchiver)) {
+    readArchived(static_cast<ns::KeyedUnarchiver&>(coder));
     return;
   }
   const ns::Value list = coder.decodeObjectForKey(kChildrenKey);
@@ -182,6 +181,9 @@ void OLNode::initWithCoder(ns::Coder& coder) {
   children_ = std::static_pointer_cast<OLNodeList>(
       makeChildren(values.count(), [&](size_t i) { return values[i].object(); }));
   const ns::Value stored = coder.decodeObjectForKey(kDataKey);
+  isExpanded_ = coder.decodeBoolForKey(kExpandedKey);
+  isOutlineStyle_ = coder.decodeBoolForKey(kOutlineStyleKey);
+  isArchivedDataEscaped_ = coder.decodeIntegerForKey(kEncodingVersionKey) >= kFirstEscapingVersion;
   if (!stored.isDictionary()) return;
   ns::Dictionary data = stored.dictionary();
   if (isArchivedDataEscaped_) {
@@ -189,6 +191,34 @@ void OLNode::initWithCoder(ns::Coder& coder) {
   }
   fixFontAttributesInDictionary(data);
   setData(data);
+}
+
+void OLNode::readArchived(ns::KeyedUnarchiver& unarchiver) {
+  const ns::FieldReader fields = unarchiver.fields();
+  if (unarchiver.isLazy()) {
+    // what has a number here is an array and a dictionary, or the objects were no tree
+    const ns::KeyedArchive& archive = *unarchiver.archive();
+    uint32_t children = fields.target(kChildrenKey);
+    const uint32_t data = fields.target(kDataKey);
+    childrenForm_ = ChildrenForm::none;
+    if (children != 0 && archive.isEmptyMutableList(children)) {
+      childrenForm_ = ChildrenForm::mutableArray;
+      children = 0;
+    }
+    archived_ = {unarchiver.archive(), fields.number(), children, data};
+    // who asks for items is about to ask what they hold
+    archive.prefetchObject(children);
+    archive.prefetchObject(data);
+  } else {
+    childrenForm_ = childrenFormOf(fields.listKind(kChildrenKey));
+    children_ = std::static_pointer_cast<OLNodeList>(
+        unarchiver.decodeListForKey(kChildrenKey, makeChildren));
+    archived_ = {unarchiver.archive(), fields.number(), 0, fields.reference(kDataKey)};
+  }
+  leaveArchive();
+  isExpanded_ = fields.boolean(kExpandedKey);
+  isOutlineStyle_ = fields.boolean(kOutlineStyleKey);
+  isArchivedDataEscaped_ = fields.integer(kEncodingVersionKey) >= kFirstEscapingVersion;
 }
 
 OLNode::ChildrenForm OLNode::childrenFormOf(ns::FieldReader::ListKind kind) {
@@ -204,46 +234,50 @@ OLNode::ChildrenForm OLNode::childrenFormOf(ns::FieldReader::ListKind kind) {
 }
 
 void OLNode::loadArchivedChildren() const {
-  hasArchivedChildren_ = false;
-  const auto self = std::const_pointer_cast<ns::Object>(shared_from_this());
-  children_ = std::static_pointer_cast<OLNodeList>(ns::KeyedUnarchiver::decodeChildren(
-      archived_.archive, archived_.number, self, kChildrenKey, makeChildren));
+  const ns::KeyedArchive& archive = *archived_.archive;
+  bool isEmpty = false;
+  const auto form = childrenFormOf(
+      ns::FieldReader::listKind(archive, archive.record(archived_.children), &isEmpty));
+  if (!isEmpty) {
+    const auto self = std::const_pointer_cast<ns::Object>(shared_from_this());
+    children_ = std::static_pointer_cast<OLNodeList>(ns::KeyedUnarchiver::decodeChildren(
+        archived_.archive, archived_.number, self, kChildrenKey, makeChildren));
+  }
+  childrenForm_ = form;
+  archived_.children = 0;
   leaveArchive();
 }
 
-std::optional<ns::Value> OLNode::archivedValueForKey(std::string_view key) const {
+std::optional<ns::Value> OLNode::archivedValueForKey(std::string_view key, Wanted wanted) const {
   // Who reads one item after another asks each for a value or two.  Who comes back again and again
   // is better off with all of them decoded.
   constexpr uint8_t kMostReads = 4;
   if (archivedReads_ == kMostReads) return std::nullopt;
   ++archivedReads_;
   const ns::KeyedArchive& archive = *archived_.archive;
-  const auto number = archive.numberForKey(dataNumber(archived_), key);
+  const auto number = archive.numberForKey(archived_.data, key);
   if (!number) return std::nullopt;
-  switch (archive.kind(*number)) {
-    case ns::Kind::none:
-      return ns::Value();
-    case ns::Kind::boolean:
-    case ns::Kind::integer:
-    case ns::Kind::real:
-    case ns::Kind::string:
-    case ns::Kind::attributedString:
-      return archive.value(*number, &dataAfterLoading(isArchivedDataEscaped_));
-    default:
-      // a container may hold the data that it is in
-      return std::nullopt;
+  const ns::KeyedArchive::Entry entry = archive.entry(*number);
+  if (entry.kind == ns::KeyedArchive::EntryKind::instance) {
+    const ns::Kind kind = archive.record(*number, entry.object).archivedClass->kind();
+    if (kind == ns::Kind::attributedString && wanted == Wanted::text) {
+      return ns::AttributedString::archivedText(archive, *number);
+    }
+    // a container may hold the data that it is in
+    if (kind != ns::Kind::string && kind != ns::Kind::attributedString) return std::nullopt;
   }
+  return archive.value(*number, entry, &dataAfterLoading(isArchivedDataEscaped_));
 }
 
 void OLNode::loadArchivedData() const {
-  hasArchivedData_ = false;
-  data_ = archived_.archive->value(dataNumber(archived_), &dataAfterLoading(isArchivedDataEscaped_))
+  data_ = archived_.archive->value(archived_.data, &dataAfterLoading(isArchivedDataEscaped_))
               .dictionary();
+  archived_.data = 0;
   leaveArchive();
 }
 
 void OLNode::leaveArchive() const {
-  if (!hasArchivedChildren_ && !hasArchivedData_) archived_ = {};
+  if (archived_.children == 0 && archived_.data == 0) archived_ = {};
 }
 
 void OLNode::replaceOccurenceOfStringWithStringInDictionary(const ns::String& target,

@@ -36,16 +36,14 @@ class Item final : public ns::Object {
                                },
                                false},
                               "children");
-    if (data_.archive) {
-      archiver.encodeArchivedValueForKey(data_.archive, data_.number, nullptr, "data");
-    }
+    if (archive_) archiver.encodeArchivedValueForKey(archive_, data_, nullptr, "data");
     coder.encodeIntegerForKey(size_, "size");
   }
   void initWithCoder(ns::Coder& coder) override {
     auto& unarchiver = dynamic_cast<ns::KeyedUnarchiver&>(coder);
     parent_ = coder.decodeReferenceForKey("parent");
-    const uint32_t number = unarchiver.fields().reference("data");
-    if (number != 0) data_ = {unarchiver.archive(), number};
+    data_ = unarchiver.fields().reference("data");
+    if (data_ != 0) archive_ = unarchiver.archive();
     size_ = coder.decodeIntegerForKey("size");
     if (auto list = unarchiver.decodeListForKey("children", makeList)) {
       children_ = *std::static_pointer_cast<List>(list);
@@ -53,7 +51,7 @@ class Item final : public ns::Object {
   }
   void clear() {
     children_.clear();
-    data_ = {};
+    archive_.reset();
   }
 
  private:
@@ -66,7 +64,8 @@ class Item final : public ns::Object {
 
   std::weak_ptr<ns::Object> parent_;
   List children_;
-  ns::ArchivedValue data_;
+  std::shared_ptr<const ns::KeyedArchive> archive_;  // that the data is in
+  uint32_t data_ = 0;
   int64_t size_ = 0;
 };
 

@@ -73,8 +73,8 @@ std::shared_ptr<OLNode> OLNode::create() {
 
 std::shared_ptr<OLNode> OLNode::copy() const {
   auto copy = create();
-  if (hasArchivedChildren_) loadArchivedChildren();
-  if (hasArchivedData_) loadArchivedData();
+  if (archived_.children != 0) loadArchivedChildren();
+  if (archived_.data != 0) loadArchivedData();
   copy->children_ = children_;
   copy->childrenForm_ = hasChildrenArray() ? ChildrenForm::immutableArray : ChildrenForm::none;
   copy->data_ = data_;
@@ -115,13 +115,13 @@ bool OLNode::isContainedBy(const OLNode* node) const {
 
 const ns::Dictionary* OLNode::loadedData() const {
   static thread_local const ns::Dictionary empty;
-  if (hasArchivedData_) loadArchivedData();
+  if (archived_.data != 0) loadArchivedData();
   if (data_) return &*data_;
   return isDataEmpty_ ? &empty : nullptr;
 }
 
 ns::Dictionary* OLNode::editData() {
-  if (hasArchivedData_) loadArchivedData();
+  if (archived_.data != 0) loadArchivedData();
   if (!data_) data_.emplace();
   return &*data_;
 }
@@ -132,16 +132,19 @@ std::optional<ns::Dictionary> OLNode::data() const {
 }
 
 void OLNode::setData(std::optional<ns::Dictionary> data) {
-  hasArchivedData_ = false;
+  archived_.data = 0;
   leaveArchive();
   isDataEmpty_ = false;
   data_ = std::move(data);
 }
 
-ns::Value OLNode::storedValueForKey(const ns::Value& key) const {
+ns::Value OLNode::storedValueForKey(const ns::Value& key, Wanted wanted) const {
   if (key.isNone()) return {};
-  if (hasArchivedData_ && key.isString() && key.string().isAscii()) {
-    if (auto value = archivedValueForKey(key.string().ascii())) return *std::move(value);
+  if (archived_.data != 0 && key.isString()) {
+    const ns::String text = key.string();
+    if (text.isAscii()) {
+      if (auto value = archivedValueForKey(text.ascii(), wanted)) return *std::move(value);
+    }
   }
   const ns::Dictionary* data = loadedData();
   return data ? data->objectForKey(key) : ns::Value();
@@ -153,8 +156,8 @@ ns::Value OLNode::dataForKey(const ns::Value& key) const {
 
 ns::Value OLNode::dataForKey(const char* key) const {
   if (!key) return {};
-  if (hasArchivedData_ && ns::isAllAscii(key)) {
-    if (auto value = archivedValueForKey(key)) {
+  if (archived_.data != 0 && ns::isAllAscii(key)) {
+    if (auto value = archivedValueForKey(key, Wanted::value)) {
       return checked(*std::move(value), std::string_view(key));
     }
   }

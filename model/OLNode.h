@@ -6,12 +6,15 @@
 #include <string_view>
 
 #include "model/OLItems.h"
-#include "platform/archive/ArchivedValue.h"
 #include "platform/archive/FieldReader.h"
 #include "platform/foundation/Dictionary.h"
 #include "platform/foundation/IndexSet.h"
 #include "platform/foundation/Object.h"
 #include "platform/foundation/Value.h"
+
+namespace ns {
+class KeyedUnarchiver;
+}
 
 namespace tavlin {
 
@@ -73,7 +76,9 @@ class OLNode : public ns::Object {
   void setChildren(std::optional<OLNodeList> children);
   /// Whether there is a children array, be it empty.  True except after setChildren(none), and
   /// for a node whose archive had none.
-  [[nodiscard]] bool hasChildrenArray() const { return childrenForm_ != ChildrenForm::none; }
+  [[nodiscard]] bool hasChildrenArray() const {
+    return archived_.children != 0 || childrenForm_ != ChildrenForm::none;
+  }
 
   /// The stored values by key; none when there is no dictionary, which reads as an empty one.
   [[nodiscard]] std::optional<ns::Dictionary> data() const;
@@ -113,7 +118,7 @@ class OLNode : public ns::Object {
 
   /// -countChildren
   [[nodiscard]] uint64_t countChildren() const {
-    if (hasArchivedChildren_) loadArchivedChildren();
+    if (archived_.children != 0) loadArchivedChildren();
     return children_ ? children_->size() : 0;
   }
 
@@ -249,12 +254,18 @@ class OLNode : public ns::Object {
   template <class Node, class Visit>
   static void walkBelow(Node& top, Visit visit);
 
+  /// Whether who asks for a value could do with the text of an attributed string.
+  enum class Wanted : uint8_t { value, text };
   /// What is stored under a key, whatever its kind.
-  [[nodiscard]] ns::Value storedValueForKey(const ns::Value& key) const;
+  [[nodiscard]] ns::Value storedValueForKey(const ns::Value& key,
+                                            Wanted wanted = Wanted::value) const;
   /// What data that still lies in the archive has under a key, without decoding the rest; no answer
   /// when the data has to be decoded.  Defined in document/.
-  [[nodiscard]] std::optional<ns::Value> archivedValueForKey(std::string_view key) const;
-  /// Makes the children, or the data, that still lie in the archive.  Defined in document/.
+  [[nodiscard]] std::optional<ns::Value> archivedValueForKey(std::string_view key,
+                                                             Wanted wanted) const;
+  /// Takes over what the unarchiver's record says.  Defined in document/, like the two below.
+  void readArchived(ns::KeyedUnarchiver& unarchiver);
+  /// Makes the children, or the data, that still lie in the archive.
   void loadArchivedChildren() const;
   void loadArchivedData() const;
   /// Forgets the archive when nothing of the node lies there any longer.
@@ -271,8 +282,14 @@ class OLNode : public ns::Object {
   /// The dictionary.  Without one the data is none, or empty if `isDataEmpty_` says so: a new node
   /// gets its dictionary with the first value.
   mutable std::optional<ns::Dictionary> data_;
-  /// The node's record, while children or data have not been asked for since they were loaded.
-  mutable ns::ArchivedValue archived_;
+  /// Where children or data lie that nobody has asked for since they were loaded.
+  struct Archived {
+    std::shared_ptr<const ns::KeyedArchive> archive;
+    uint32_t number = 0;    ///< of the node's record
+    uint32_t children = 0;  ///< of the array, 0 when the children are here
+    uint32_t data = 0;      ///< of the dictionary, 0 when the data is here
+  };
+  mutable Archived archived_;
   /// Null while empty.
   std::unique_ptr<ns::Dictionary> runtimeAttributes_;
   mutable ns::Value hashNumber_;
@@ -280,11 +297,9 @@ class OLNode : public ns::Object {
   bool isDataEmpty_ = false;
   bool isExpanded_ = false;
   bool isOutlineStyle_ = false;
-  mutable bool hasArchivedChildren_ = false;
-  mutable bool hasArchivedData_ = false;
   bool isArchivedDataEscaped_ = false;
   mutable uint8_t archivedReads_ = 0;  // of values of data that stayed in the archive
-  ChildrenForm childrenForm_ = ChildrenForm::mutableArray;
+  mutable ChildrenForm childrenForm_ = ChildrenForm::mutableArray;
 };
 
 }  // namespace tavlin

@@ -55,12 +55,12 @@ void OLNode::walkBelow(Node& top, Visit visit) {
 
 const OLNodeList& OLNode::children() const {
   static const OLNodeList empty;
-  if (hasArchivedChildren_) loadArchivedChildren();
+  if (archived_.children != 0) loadArchivedChildren();
   return children_ ? *children_ : empty;
 }
 
 OLNodeList& OLNode::editChildren() {
-  if (hasArchivedChildren_) loadArchivedChildren();
+  if (archived_.children != 0) loadArchivedChildren();
   childrenForm_ = ChildrenForm::mutableArray;
   if (!children_) {
     children_ = std::make_shared<OLNodeList>();
@@ -73,7 +73,7 @@ OLNodeList& OLNode::editChildren() {
 void OLNode::setChildren(std::optional<OLNodeList> children) {
   if (children) checkNoneAmong(*children, "setChildren:");
   // the nodes that go are heard of, also those that nobody has asked for
-  if (hasArchivedChildren_) loadArchivedChildren();
+  if (archived_.children != 0) loadArchivedChildren();
   childrenForm_ = children ? ChildrenForm::mutableArray : ChildrenForm::none;
   std::shared_ptr<OLNodeList> list;
   if (children && !children->empty()) list = std::make_shared<OLNodeList>(std::move(*children));

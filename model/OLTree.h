@@ -143,7 +143,12 @@ class OLTree : public ns::Object {
   template <class Receiver = OLTree>
   [[nodiscard]] static ns::String stringForKeyByItem(const ns::Value& key,
                                                      const std::shared_ptr<OLNode>& item) {
-    return textOfValue(Receiver::objectValueForKeyByItem(key, item));
+    if constexpr (std::is_same_v<Receiver, OLTree>) {
+      // the same without making attributed strings that only their text is wanted of
+      return item ? textOfValue(item->storedValueForKey(key, OLNode::Wanted::text)) : ns::String();
+    } else {
+      return textOfValue(Receiver::objectValueForKeyByItem(key, item));
+    }
   }
   /// +attributedStringForKey:byItem:  The next operation without attributes.
   template <class Receiver = OLTree>

@@ -39,6 +39,8 @@ BinaryPropertyList::BinaryPropertyList(Data data) : data_(std::move(data)), base
     refuse("offsets of " + std::to_string(offsetSize_) + " and references of " +
            std::to_string(referenceSize_) + " bytes" + where);
   }
+  offsetShift_ = 64 - 8 * offsetSize_;
+  referenceShift_ = 64 - 8 * referenceSize_;
   if (count == 0) refuse("no objects" + where);
   if (tableOffset_ < 9 || tableOffset_ >= trailerAt) {
     refuse("the offset table at " + std::to_string(tableOffset_) + " lies outside the file" +

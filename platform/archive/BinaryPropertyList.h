@@ -64,15 +64,54 @@ class BinaryPropertyList {
   /// The object of an index below objectCount(); raises ArchiveException when its bytes are no
   /// object or run into the offset table.
   [[nodiscard]] Object object(uint32_t index) const;
+  /// Whether so many bytes are the same at two places.  Up to 8 bytes behind them are read.
+  static bool areSame(const uint8_t* a, const uint8_t* b, size_t length) {
+    const auto word = [](const uint8_t* at) {
+      uint64_t bytes;
+      std::memcpy(&bytes, at, sizeof bytes);
+      return bytes;
+    };
+    for (; length > 8; a += 8, b += 8, length -= 8) {
+      if (word(a) != word(b)) return false;
+    }
+    // the first byte is the lowest
+    return length == 0 || (word(a) ^ word(b)) << (64 - 8 * length) == 0;
+  }
+  /// Whether the object of an index is a sound dictionary of less than 15 pairs, the usual kind;
+  /// its references and the number of pairs.
+  [[nodiscard]] bool isShortDictionary(uint32_t index, const uint8_t** references,
+                                       uint64_t* count) const {
+    const uint64_t offset = offsetOf(index);
+    if (offset < 8 || offset >= tableOffset_) return false;
+    const uint8_t* at = base_ + offset;
+    const unsigned pairs = *at - 0xD0U;
+    if (pairs > 14 || uint64_t{pairs} * 2 * referenceSize_ > tableOffset_ - offset - 1) {
+      return false;
+    }
+    *references = at + 1;
+    *count = pairs;
+    return true;
+  }
+  /// Whether the object of an index is a sound UID, and its number.
+  [[nodiscard]] bool isUid(uint32_t index, uint64_t* number) const {
+    const uint64_t offset = offsetOf(index);
+    if (offset < 8 || offset >= tableOffset_) return false;
+    const uint8_t* at = base_ + offset;
+    constexpr unsigned kWidest = 7;
+    const unsigned width = *at - 0x80U;  // less one
+    if (width > kWidest || tableOffset_ - offset - 1 <= width) return false;
+    *number = load(at + 1, width + 1);
+    return true;
+  }
   /// The byte offset of an object, unchecked, for messages.
   [[nodiscard]] uint64_t offsetOf(uint32_t index) const {
-    return load(table_ + size_t{index} * offsetSize_, offsetSize_);
+    return loadShifted(table_ + size_t{index} * offsetSize_, offsetShift_);
   }
 
   /// The i-th reference of a container's content; raises ArchiveException when it is not below
   /// objectCount().
   [[nodiscard]] uint32_t reference(const uint8_t* references, uint64_t i) const {
-    const uint64_t found = load(references + i * referenceSize_, referenceSize_);
+    const uint64_t found = loadShifted(references + i * referenceSize_, referenceShift_);
     if (found >= count_) failReference(references + i * referenceSize_, found);
     return static_cast<uint32_t>(found);
   }
@@ -83,17 +122,21 @@ class BinaryPropertyList {
     const uint64_t offset = offsetOf(index);
     if (offset < tableOffset_) __builtin_prefetch(base_ + offset);
   }
-  [[nodiscard]] uint8_t referenceSize() const { return referenceSize_; }
+  [[nodiscard]] uint32_t referenceSize() const { return referenceSize_; }
 
   /// An unsigned big-endian number of 1 to 8 bytes.  Up to 8 bytes are read from `bytes`: inside
   /// a list the trailer always follows.
   static uint64_t load(const uint8_t* bytes, unsigned width) {
-    uint64_t word;
-    std::memcpy(&word, bytes, sizeof word);
-    return __builtin_bswap64(word) >> (64 - 8 * width);
+    return loadShifted(bytes, 64 - 8 * width);
   }
 
  private:
+  /// The first bytes of eight, as many as a shift to the right leaves.
+  static uint64_t loadShifted(const uint8_t* bytes, unsigned shift) {
+    uint64_t word;
+    std::memcpy(&word, bytes, sizeof word);
+    return __builtin_bswap64(word) >> shift;
+  }
   [[noreturn]] void fail(uint64_t offset, uint32_t index, const std::string& what) const;
   [[noreturn]] void failReference(const uint8_t* at, uint64_t found) const;
   [[noreturn]] void failObject(uint32_t index, uint64_t offset) const;
@@ -104,8 +147,11 @@ class BinaryPropertyList {
   uint64_t tableOffset_;
   uint32_t count_;
   uint32_t top_;
-  uint8_t offsetSize_;
-  uint8_t referenceSize_;
+  // words, so that no byte that somebody writes could be one of them
+  uint32_t offsetSize_;
+  uint32_t referenceSize_;
+  uint32_t offsetShift_;
+  uint32_t referenceShift_;
 };
 
 inline BinaryPropertyList::Object BinaryPropertyList::object(uint32_t index) const {
@@ -165,7 +211,8 @@ inline BinaryPropertyList::Object BinaryPropertyList::object(uint32_t index) con
     at += 1 + width;
     left -= 1 + width;
   }
-  if (count > left / unit) failObject(index, offset);
+  // neither product overflows: what is left is less than a file can be long
+  if (count > left || count * unit > left) failObject(index, offset);
   return {type, 0, at, count};
 }
 

@@ -2,21 +2,15 @@
 
 namespace ns {
 
-std::optional<KeyedArchive::Object> FieldReader::field(const char* key) const {
-  if (*key == '$') {
-    return archive_->fieldForKey(record_, String(std::string_view("$" + std::string(key))));
-  }
-  return archive_->fieldForKey(record_, key);
+std::optional<KeyedArchive::Object> FieldReader::fieldWithDollar(const char* key) const {
+  return archive_->fieldForKey(record_, String(std::string_view("$" + std::string(key))));
 }
 
-uint32_t FieldReader::reference(const char* key) const {
-  const auto found = field(key);
+uint32_t FieldReader::targetWithDollar(const char* key) const {
+  const auto found = fieldWithDollar(key);
   if (!found) return 0;
-  if (found->type != KeyedArchive::Type::uid) {
-    fail("\"" + std::string(key) + "\" is a value in the record and not a reference");
-  }
-  const uint32_t number = archive_->target(*found);
-  return archive_->isNull(number) ? 0 : number;
+  if (found->type != KeyedArchive::Type::uid) failReference(key);
+  return archive_->target(*found);
 }
 
 Kind FieldReader::kind(const char* key) const {
@@ -41,49 +35,42 @@ Value FieldReader::primitive(const char* key, const char* expected) const {
   return KeyedArchive::scalar(archive_->entry(number).object);
 }
 
-bool FieldReader::boolean(const char* key) const {
-  const auto found = field(key);
-  if (found && found->type == KeyedArchive::Type::boolean) return found->width != 0;
-  return primitive(key, "a boolean").boolValue();
-}
-
-int64_t FieldReader::integer(const char* key) const {
-  const auto found = field(key);
-  if (found && found->type == KeyedArchive::Type::integer && found->width <= 8) {
-    return static_cast<int64_t>(BinaryPropertyList::load(found->bytes, found->width));
-  }
-  return primitive(key, "an integer").integerValue();
-}
-
-FieldReader::ListKind FieldReader::listKind(const char* key, bool* isEmpty) const {
-  if (isEmpty) *isEmpty = true;
-  const auto found = field(key);
-  if (!found) return ListKind::none;
-  const uint32_t number =
-      found->type == KeyedArchive::Type::uid ? archive_->target(*found) : reference(key);
+std::optional<KeyedArchive::Record> FieldReader::listRecord(const char* key) const {
+  const uint32_t number = target(key);
+  if (number == 0) return std::nullopt;
   const KeyedArchive::Entry entry = archive_->entry(number);
-  if (number == 0 || entry.kind == KeyedArchive::EntryKind::null) return ListKind::none;
+  if (entry.kind == KeyedArchive::EntryKind::null) return std::nullopt;
   if (entry.kind == KeyedArchive::EntryKind::instance) {
     const KeyedArchive::Record list = archive_->record(number, entry.object);
-    const KeyedArchive::Class& archived = *list.archivedClass;
-    if (archived.kind() == Kind::array) {
-      if (isEmpty) {
-        const auto elements = archive_->fieldForKey(list, "NS.objects");
-        *isEmpty = elements && elements->count == 0;
-      }
-      return archived.info->name == "NSArray" ? ListKind::immutableList : ListKind::mutableList;
-    }
+    if (list.archivedClass->kind() == Kind::array) return list;
   }
   failKind(key, archive_->kind(number), "an array");
 }
 
+FieldReader::ListKind FieldReader::listKind(const KeyedArchive& archive,
+                                            const std::optional<KeyedArchive::Record>& list,
+                                            bool* isEmpty) {
+  if (isEmpty) *isEmpty = true;
+  if (!list) return ListKind::none;
+  if (isEmpty) {
+    const auto elements = archive.fieldForKey(*list, "NS.objects");
+    *isEmpty = elements && elements->count == 0;
+  }
+  return list->archivedClass->isImmutableArray ? ListKind::immutableList : ListKind::mutableList;
+}
+
 std::vector<uint32_t> FieldReader::list(const char* key) const {
-  if (listKind(key) == ListKind::none) return {};
-  return archive_->elementNumbers(archive_->record(reference(key)), "NS.objects", "NS.object.");
+  const std::optional<KeyedArchive::Record> list = listRecord(key);
+  if (!list) return {};
+  return archive_->elementNumbers(*list, "NS.objects", "NS.object.");
 }
 
 void FieldReader::fail(const std::string& what) const {
   archive_->fail(number_, record_.archivedClass->info->name + ": " + what);
+}
+
+void FieldReader::failReference(const char* key) const {
+  fail("\"" + std::string(key) + "\" is a value in the record and not a reference");
 }
 
 void FieldReader::failKind(const char* key, Kind found, const char* expected) const {

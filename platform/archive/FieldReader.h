@@ -20,25 +20,56 @@ class FieldReader {
   FieldReader() = default;
   /// For an instance.  The archive must outlive the reader.
   FieldReader(const KeyedArchive& archive, uint32_t number)
-      : archive_(&archive), number_(number), record_(archive.record(number)) {}
+      : FieldReader(archive, number, archive.record(number)) {}
+  /// The same for an instance whose record is at hand.
+  FieldReader(const KeyedArchive& archive, uint32_t number, const KeyedArchive::Record& record)
+      : archive_(&archive), number_(number), record_(record) {}
 
   [[nodiscard]] uint32_t number() const { return number_; }
 
   /// What is stored under a key, or nothing.
-  [[nodiscard]] std::optional<Object> field(const char* key) const;
+  [[nodiscard]] std::optional<Object> field(const char* key) const {
+    return *key == '$' ? fieldWithDollar(key) : archive_->fieldForKey(record_, key);
+  }
+  /// The number that the value under a key refers to, be it null; 0 when the key is missing.
+  [[nodiscard]] uint32_t target(const char* key) const {
+    if (*key == '$') return targetWithDollar(key);
+    const uint32_t position = record_.shape->find(key);
+    if (position == record_.shape->count()) return 0;
+    if (const auto number = archive_->fieldTarget(record_, position)) return *number;
+    failReference(key);
+  }
   /// The number of the object under a key; 0 when the key is missing or stands for null.
-  [[nodiscard]] uint32_t reference(const char* key) const;
+  [[nodiscard]] uint32_t reference(const char* key) const {
+    const uint32_t number = target(key);
+    return archive_->isNull(number) ? 0 : number;
+  }
   /// What kind of value a key refers to; Kind::none when it is missing or null.
   [[nodiscard]] Kind kind(const char* key) const;
   /// A boolean or other number, in the record or as an object; false when missing.
-  [[nodiscard]] bool boolean(const char* key) const;
+  [[nodiscard]] bool boolean(const char* key) const {
+    const auto found = field(key);
+    if (found && found->type == KeyedArchive::Type::boolean) return found->width != 0;
+    return primitive(key, "a boolean").boolValue();
+  }
   /// The same; 0 when missing.
-  [[nodiscard]] int64_t integer(const char* key) const;
+  [[nodiscard]] int64_t integer(const char* key) const {
+    const auto found = field(key);
+    if (found && found->type == KeyedArchive::Type::integer && found->width <= 8) {
+      return static_cast<int64_t>(BinaryPropertyList::load(found->bytes, found->width));
+    }
+    return primitive(key, "an integer").integerValue();
+  }
 
   /// Whether the list under a key is of an immutable class, or null.  `isEmpty` becomes whether
   /// it is known to have no elements; a list of a very old form may have none all the same.
   enum class ListKind : uint8_t { none, immutableList, mutableList };
-  [[nodiscard]] ListKind listKind(const char* key, bool* isEmpty = nullptr) const;
+  [[nodiscard]] ListKind listKind(const char* key, bool* isEmpty = nullptr) const {
+    return listKind(*archive_, listRecord(key), isEmpty);
+  }
+  /// The same for the record of a list, or for none.
+  static ListKind listKind(const KeyedArchive& archive,
+                           const std::optional<KeyedArchive::Record>& list, bool* isEmpty);
   /// The numbers of the elements of the list under a key; none when it is missing or null.
   [[nodiscard]] std::vector<uint32_t> list(const char* key) const;
 
@@ -48,6 +79,11 @@ class FieldReader {
   [[noreturn]] void failKind(const char* key, Kind found, const char* expected) const;
 
  private:
+  [[nodiscard]] std::optional<Object> fieldWithDollar(const char* key) const;
+  [[nodiscard]] uint32_t targetWithDollar(const char* key) const;
+  /// The record of the list under a key, which is an instance of a class of arrays, or nothing.
+  [[nodiscard]] std::optional<KeyedArchive::Record> listRecord(const char* key) const;
+  [[noreturn]] void failReference(const char* key) const;
   [[nodiscard]] Value primitive(const char* key, const char* expected) const;
 
   const KeyedArchive* archive_ = nullptr;

@@ -67,28 +67,19 @@ std::string contentOf(const ClassInfo& info) {
 
 }  // namespace
 
-bool KeyedArchive::isNullMarker(const Object& object) {
+bool KeyedArchive::isNullMarkerText(const Object& object) {
   return object.text() == (object.type == Type::ascii ? kNullMarker : kWideNullMarker);
 }
 
-uint32_t KeyedArchive::Shape::find(const char* literal) const {
-  const uint32_t count = this->count();
-  for (uint32_t i = 0; i < count; ++i) {
-    if (keys_[i].literal == literal) return i;
-  }
-  for (uint32_t i = 0; i < count; ++i) {
-    if (keys_[i].name == literal) {
-      keys_[i].literal = literal;
-      return i;
-    }
-  }
-  return count;
+uint32_t KeyedArchive::Shape::findNew(const char* literal) const {
+  uint32_t position = 0;
+  while (position < count() && !(keys_[position] == literal)) ++position;
+  (position < count() ? literals_[position] : absent_) = literal;
+  return position;
 }
 
 uint32_t KeyedArchive::Shape::find(const String& key) const {
-  uint32_t position = 0;
-  while (position < count() && !(keys_[position].name == key)) ++position;
-  return position;
+  return static_cast<uint32_t>(std::ranges::find(keys_, key) - keys_.begin());
 }
 
 std::shared_ptr<KeyedArchive> KeyedArchive::open(const Data& data, const ClassRegistry& registry,
@@ -160,38 +151,39 @@ void KeyedArchive::readTop(Root required) {
   }
 }
 
-const KeyedArchive::Shape& KeyedArchive::shapeOf(uint32_t number, const Object& dictionary) const {
-  const size_t length = dictionary.count * list_.referenceSize();
-  // keys are numbered as they are met, so the last byte of the first and last key tells a lot
+const KeyedArchive::Shape& KeyedArchive::shapeWith(uint32_t number, const uint8_t* references,
+                                                   uint64_t count) const {
   const size_t width = list_.referenceSize();
-  const size_t slot = length == 0 ? 0
-                                  : (dictionary.bytes[width - 1] * 5U +
-                                     dictionary.bytes[length - 1] * 3U + dictionary.count) %
-                                        std::size(recentShapes_);
+  const size_t length = count * width;
+  // keys are numbered as they are met, so the last byte of the first and last key tells a lot
+  const size_t slot = length == 0
+                          ? 0
+                          : (references[width - 1] * 5U + references[length - 1] * 3U + count) %
+                                std::size(recentShapes_);
   const auto hasKeys = [&](const Shape* shape) {
-    return shape->count() == dictionary.count &&
-           std::memcmp(shape->references_, dictionary.bytes, length) == 0;
+    return shape->count() == count &&
+           BinaryPropertyList::areSame(shape->references_, references, length);
   };
   const Shape*& recent = recentShapes_[slot];
   if (recent && hasKeys(recent)) return *recent;
-  const uint64_t hash = hashOf(dictionary.bytes, length);
+  const uint64_t hash = hashOf(references, length);
   const auto [from, to] = shapesByHash_.equal_range(hash);
   for (auto it = from; it != to; ++it) {
     if (hasKeys(it->second)) return *(recent = it->second);
   }
-  recent = &addShape(number, dictionary, hash);
+  recent = &addShape(number, references, count, hash);
   return *recent;
 }
 
-const KeyedArchive::Shape& KeyedArchive::addShape(uint32_t number, const Object& dictionary,
-                                                  uint64_t hash) const {
+const KeyedArchive::Shape& KeyedArchive::addShape(uint32_t number, const uint8_t* references,
+                                                  uint64_t pairs, uint64_t hash) const {
   auto shape = std::make_unique<Shape>();
-  const auto count = static_cast<uint32_t>(dictionary.count);
-  shape->references_ = dictionary.bytes;
+  const auto count = static_cast<uint32_t>(pairs);
+  shape->references_ = references;
   shape->class_ = shape->className_ = count;
   std::unordered_set<String> names;
   for (uint32_t i = 0; i < count; ++i) {
-    const Object key = list_.object(list_.reference(dictionary.bytes, i));
+    const Object key = list_.object(list_.reference(references, i));
     if (!key.isString()) {
       fail(number, std::string("a dictionary key is ") + nameOf(key.type) + " and not a string");
     }
@@ -200,19 +192,13 @@ const KeyedArchive::Shape& KeyedArchive::addShape(uint32_t number, const Object&
     if (!names.insert(name).second) fail(number, "the key " + quoted(name) + " occurs twice");
     if (name == "$class") shape->class_ = i;
     if (name == "$classname") shape->className_ = i;
-    shape->keys_.push_back({name, nullptr});
+    shape->keys_.push_back(name);
   }
+  shape->literals_.resize(count);
   shapes_.push_back(std::move(shape));
   const Shape* added = shapes_.back().get();
   shapesByHash_.emplace(hash, added);
   return *added;
-}
-
-std::optional<KeyedArchive::Object> KeyedArchive::fieldForKey(const Record& record,
-                                                              const char* literal) const {
-  const uint32_t position = record.shape->find(literal);
-  if (position == record.shape->count()) return std::nullopt;
-  return field(record, position);
 }
 
 std::optional<KeyedArchive::Object> KeyedArchive::fieldForKey(const Record& record,
@@ -226,29 +212,8 @@ void KeyedArchive::failTarget(uint64_t number) const {
   refuse("reference to object " + std::to_string(number) + " of " + std::to_string(count_));
 }
 
-KeyedArchive::Entry KeyedArchive::entry(uint32_t number) const {
-  const Object object = list_.object(list_.reference(numbers_, number));
-  switch (object.type) {
-    case Type::ascii:
-      if (number == 0 || isNullMarker(object)) return {EntryKind::null, object};
-      return {EntryKind::scalar, object};
-    case Type::utf16:
-      if (isNullMarker(object)) return {EntryKind::null, object};
-      [[fallthrough]];
-    case Type::boolean:
-    case Type::integer:
-    case Type::real:
-    case Type::data:
-      return {number == 0 ? EntryKind::null : EntryKind::scalar, object};
-    case Type::dictionary:
-      return {number == 0 ? EntryKind::null : EntryKind::instance, object};
-    case Type::date:
-    case Type::uid:
-    case Type::array:
-      break;
-  }
-  if (number == 0) return {EntryKind::null, object};
-  fail(number, std::string("the entry is ") + nameOf(object.type));
+void KeyedArchive::failEntry(uint32_t number, Type type) const {
+  fail(number, std::string("the entry is ") + nameOf(type));
 }
 
 std::optional<uint32_t> KeyedArchive::classNumber(const ClassInfo& info) const {
@@ -265,17 +230,14 @@ bool KeyedArchive::isClassRecord(uint32_t number, const Object& dictionary) cons
   return shape.class_ == shape.count() && shape.className_ != shape.count();
 }
 
-KeyedArchive::Record KeyedArchive::record(uint32_t number) const {
-  const Entry found = entry(number);
-  if (found.kind != EntryKind::instance) {
-    fail(number, std::string("the entry is ") + nameOf(found.object.type) + " and not an instance");
-  }
-  return record(number, found.object);
+void KeyedArchive::failInstance(uint32_t number, Type type) const {
+  fail(number, std::string("the entry is ") + nameOf(type) + " and not an instance");
 }
 
-KeyedArchive::Record KeyedArchive::record(uint32_t number, const Object& object) const {
-  const Shape& shape = shapeOf(number, object);
-  const uint8_t* values = object.bytes + object.count * list_.referenceSize();
+KeyedArchive::Record KeyedArchive::recordWith(uint32_t number, const uint8_t* references,
+                                              uint64_t count) const {
+  const Shape& shape = shapeWith(number, references, count);
+  const uint8_t* values = references + count * list_.referenceSize();
   if (shape.class_ == shape.count()) {
     fail(number, shape.className_ == shape.count()
                      ? "a dictionary without \"$class\""
@@ -334,7 +296,7 @@ const KeyedArchive::Class& KeyedArchive::classAt(uint32_t number, uint32_t ofIns
     ClassRef& shared = classesByContent_[contentOf(info)];
     if (!shared) shared = std::make_shared<const ClassInfo>(std::move(info));
     const ClassCoding* coding = registry_.find(shared->name);
-    found = classes_.emplace(index, Class{shared, coding, number}).first;
+    found = classes_.emplace(index, Class{shared, coding, number, shared->name == "NSArray"}).first;
   }
   return found->second;
 }
@@ -430,8 +392,8 @@ void KeyedArchive::spendOnNames(uint64_t length) const {
   nameBudget_ -= length;
 }
 
-std::optional<KeyedArchive::Object> KeyedArchive::storedText(uint32_t number) const {
-  const Entry found = entry(number);
+std::optional<KeyedArchive::Object> KeyedArchive::storedText(uint32_t number,
+                                                             const Entry& found) const {
   if (found.kind == EntryKind::scalar && found.object.isString()) return found.object;
   if (found.kind != EntryKind::instance) return std::nullopt;
   const Record it = record(number, found.object);

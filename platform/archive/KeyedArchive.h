@@ -42,6 +42,7 @@ class KeyedArchive : public std::enable_shared_from_this<KeyedArchive> {
     ClassRef info;
     const ClassCoding* coding;  ///< none for a class that the registry does not know
     uint32_t number;
+    bool isImmutableArray;  ///< NSArray itself
     [[nodiscard]] Kind kind() const { return coding ? coding->kind : Kind::record; }
   };
 
@@ -49,9 +50,17 @@ class KeyedArchive : public std::enable_shared_from_this<KeyedArchive> {
   class Shape {
    public:
     [[nodiscard]] uint32_t count() const { return static_cast<uint32_t>(keys_.size()); }
-    [[nodiscard]] const String& key(uint32_t position) const { return keys_[position].name; }
+    [[nodiscard]] const String& key(uint32_t position) const { return keys_[position]; }
     /// The position of a key, or count().  A literal is found by its address the second time.
-    [[nodiscard]] uint32_t find(const char* literal) const;
+    [[nodiscard]] uint32_t find(const char* literal) const {
+      // fields are mostly read in the order they were written in
+      const uint32_t next = recent_ + 1;
+      if (next < count() && literals_[next] == literal) return recent_ = next;
+      for (uint32_t i = 0; i < count(); ++i) {
+        if (literals_[i] == literal) return recent_ = i;
+      }
+      return literal == absent_ ? count() : findNew(literal);
+    }
     /// The same for any other text, which need not stay.
     [[nodiscard]] uint32_t find(const String& key) const;
     /// The position of "$class", or count().
@@ -59,13 +68,13 @@ class KeyedArchive : public std::enable_shared_from_this<KeyedArchive> {
 
    private:
     friend class KeyedArchive;
-    struct Key {
-      String name;
-      mutable const char* literal;
-    };
-    std::vector<Key> keys_;
-    const uint8_t* references_ = nullptr;    // of the keys, in the file
-    mutable uint32_t recentClassIndex_ = 0;  // the class of the record looked at last
+    [[nodiscard]] uint32_t findNew(const char* literal) const;
+    std::vector<String> keys_;
+    mutable std::vector<const char*> literals_;  // by position, of keys that were found once
+    mutable uint32_t recent_ = 0;                // the position found last
+    mutable const char* absent_ = nullptr;       // a literal that was looked for in vain
+    const uint8_t* references_ = nullptr;        // of the keys, in the file
+    mutable uint32_t recentClassIndex_ = 0;      // the class of the record looked at last
     mutable const Class* recentClass_ = nullptr;
     uint32_t class_ = 0;      // position of "$class", or count()
     uint32_t className_ = 0;  // position of "$classname", or count()
@@ -118,6 +127,11 @@ class KeyedArchive : public std::enable_shared_from_this<KeyedArchive> {
   [[nodiscard]] bool isShared(uint32_t container) const {
     return std::ranges::binary_search(findings_.sharedContainers, container);
   }
+  /// Whether a tree's archive has an array without elements there that is some object's list of
+  /// children, of another class than NSArray.  A quick answer for leaves: never a false "yes".
+  [[nodiscard]] bool isEmptyMutableList(uint32_t number) const {
+    return !findings_.emptyLists.empty() && findings_.emptyLists[number];
+  }
   /// The numbers of all fonts, and of some that nothing leads to.
   [[nodiscard]] const std::vector<uint32_t>& fonts() const { return findings_.fonts; }
   /// The numbers of all objects of classes with an identity that the root leads to, in the order
@@ -138,19 +152,62 @@ class KeyedArchive : public std::enable_shared_from_this<KeyedArchive> {
 
   // The stored form.  Numbers passed in are below objectCount().
 
-  [[nodiscard]] Entry entry(uint32_t number) const;
+  [[nodiscard]] Entry entry(uint32_t number) const {
+    const Object object = list_.object(list_.reference(numbers_, number));
+    EntryKind kind = EntryKind::scalar;
+    switch (object.type) {
+      case Type::ascii:
+      case Type::utf16:
+        if (isNullMarker(object)) kind = EntryKind::null;
+        break;
+      case Type::dictionary:
+        kind = EntryKind::instance;
+        break;
+      case Type::date:
+      case Type::uid:
+      case Type::array:
+        if (number != 0) failEntry(number, object.type);
+        break;
+      default:
+        break;
+    }
+    return {number == 0 ? EntryKind::null : kind, object};
+  }
   /// The record of an instance.  Raises ArchiveException for any other entry.
-  [[nodiscard]] Record record(uint32_t number) const;
-  [[nodiscard]] Record record(uint32_t number, const Object& object) const;
+  [[nodiscard]] Record record(uint32_t number) const {
+    const uint8_t* references = nullptr;
+    uint64_t count = 0;
+    if (number != 0 && list_.isShortDictionary(entryIndex(number), &references, &count)) {
+      return recordWith(number, references, count);
+    }
+    const Entry found = entry(number);
+    if (found.kind != EntryKind::instance) failInstance(number, found.object.type);
+    return record(number, found.object);
+  }
+  [[nodiscard]] Record record(uint32_t number, const Object& object) const {
+    return recordWith(number, object.bytes, object.count);
+  }
   [[nodiscard]] Object field(const Record& record, uint32_t position) const {
     return list_.object(list_.reference(record.values, position));
   }
   /// The field under a key, a literal, or nothing.
-  [[nodiscard]] std::optional<Object> fieldForKey(const Record& record, const char* literal) const;
+  [[nodiscard]] std::optional<Object> fieldForKey(const Record& record, const char* literal) const {
+    const uint32_t position = record.shape->find(literal);
+    if (position == record.shape->count()) return std::nullopt;
+    return field(record, position);
+  }
   /// The field under any key, or nothing.
   [[nodiscard]] std::optional<Object> fieldForKey(const Record& record, const String& key) const;
   [[nodiscard]] Object element(const Object& container, uint64_t position) const {
     return list_.object(list_.reference(container.bytes, position));
+  }
+  /// The number that an element, which is a UID, refers to.
+  [[nodiscard]] uint32_t elementTarget(const Object& container, uint64_t position) const {
+    return targetAt(elementIndex(container, position)).value_or(0);
+  }
+  /// The number that a field refers to; nothing when it is no UID.
+  [[nodiscard]] std::optional<uint32_t> fieldTarget(const Record& record, uint32_t position) const {
+    return targetAt(fieldIndex(record, position));
   }
   /// The place in the file's object table of an element, by which equal containers are known.
   [[nodiscard]] uint32_t elementIndex(const Object& container, uint64_t position) const {
@@ -191,7 +248,12 @@ class KeyedArchive : public std::enable_shared_from_this<KeyedArchive> {
   ///
   /// Arrays and dictionaries come whole, down to the next attributed string or object; inside
   /// itself a container appears as a record that only stands for it.
-  [[nodiscard]] Value value(uint32_t number, const ValueTransform* transform = nullptr) const;
+  [[nodiscard]] Value value(uint32_t number, const ValueTransform* transform = nullptr) const {
+    return value(number, entry(number), transform);
+  }
+  /// The same for an entry that is at hand.
+  [[nodiscard]] Value value(uint32_t number, const Entry& entry,
+                            const ValueTransform* transform) const;
   /// The value of a bare scalar, or of a primitive in a record.
   static Value scalar(const Object& object);
   /// The same; long data stays in the file and long text is one value as long as somebody holds
@@ -226,7 +288,10 @@ class KeyedArchive : public std::enable_shared_from_this<KeyedArchive> {
   [[nodiscard]] bool isChangedBy(const ValueTransform& transform, uint32_t number) const;
 
   /// The text of a string entry (bare or in a record of its own), or nothing.
-  [[nodiscard]] std::optional<Object> storedText(uint32_t number) const;
+  [[nodiscard]] std::optional<Object> storedText(uint32_t number) const {
+    return storedText(number, entry(number));
+  }
+  [[nodiscard]] std::optional<Object> storedText(uint32_t number, const Entry& entry) const;
   /// The object of an identity class that a number stands for: the one that was decoded with
   /// the document while it lives, else one made anew.
   ///
@@ -250,9 +315,25 @@ class KeyedArchive : public std::enable_shared_from_this<KeyedArchive> {
   friend class CachedOrigin;
 
   void readTop(Root root);
+  [[nodiscard]] std::optional<uint32_t> targetAt(uint32_t index) const {
+    uint64_t number = 0;
+    if (!list_.isUid(index, &number)) return std::nullopt;
+    if (number >= count_) failTarget(number);
+    return static_cast<uint32_t>(number);
+  }
   [[noreturn]] void failTarget(uint64_t number) const;
-  [[nodiscard]] const Shape& shapeOf(uint32_t number, const Object& dictionary) const;
-  const Shape& addShape(uint32_t number, const Object& dictionary, uint64_t hash) const;
+  [[noreturn]] void failEntry(uint32_t number, Type type) const;
+  [[noreturn]] void failInstance(uint32_t number, Type type) const;
+  // These are given the references of a dictionary and the number of its pairs, which stay in
+  // registers, where a whole object would have to go through memory.
+  [[nodiscard]] Record recordWith(uint32_t number, const uint8_t* references, uint64_t count) const;
+  [[nodiscard]] const Shape& shapeWith(uint32_t number, const uint8_t* references,
+                                       uint64_t count) const;
+  [[nodiscard]] const Shape& shapeOf(uint32_t number, const Object& dictionary) const {
+    return shapeWith(number, dictionary.bytes, dictionary.count);
+  }
+  const Shape& addShape(uint32_t number, const uint8_t* references, uint64_t count,
+                        uint64_t hash) const;
   [[nodiscard]] const Class& classAt(uint32_t number, uint32_t ofInstance) const;
 
   struct CacheKey {
@@ -302,7 +383,12 @@ class KeyedArchive : public std::enable_shared_from_this<KeyedArchive> {
   std::vector<uint32_t> otherTopIndexes_;  // their places in the object table
 
   friend class ArchiveScan;
-  [[nodiscard]] static bool isNullMarker(const Object& object);
+  [[nodiscard]] static bool isNullMarker(const Object& object) {
+    constexpr uint64_t kLength = 5;
+    return object.count == kLength && object.bytes[object.type == Type::ascii ? 0 : 1] == '$' &&
+           isNullMarkerText(object);
+  }
+  [[nodiscard]] static bool isNullMarkerText(const Object& object);
 
   /// What was met while the archive was checked.  The lists hold what the root leads to, and
   /// maybe more.
@@ -312,6 +398,7 @@ class KeyedArchive : public std::enable_shared_from_this<KeyedArchive> {
     std::vector<uint32_t> objects;           // with an identity; none of a tree
     std::vector<Form> forms;                 // of a tree
     std::vector<uint32_t> sharedContainers;  // of a tree, in ascending order
+    std::vector<bool> emptyLists;            // of a tree, by number: no children in it
     std::vector<uint32_t> markedTexts;       // strings that hold "$null"
     std::vector<uint32_t> fonts;
     std::vector<uint32_t> attributedStrings;
@@ -325,10 +412,12 @@ class KeyedArchive : public std::enable_shared_from_this<KeyedArchive> {
   mutable std::unordered_map<uint32_t, Class> classes_;  // by place in the object table
   mutable std::unordered_map<std::string, ClassRef> classesByContent_;
   mutable uint64_t nameBudget_ = 0;
+  mutable uint32_t recentKeyNumber_ = UINT32_MAX;  // of the key of a dictionary looked at last
+  mutable StoredText recentKey_{};
   mutable std::unordered_map<TextKey, Value, TextHash> texts_;  // long ones
   mutable uint64_t textLength_ = 0;                             // of texts_
   mutable uint64_t textLimit_ = 0;                              // where to look for unused ones
-  mutable std::unordered_set<uint32_t> decoding_;  // objects that a class's own decoder is reading
+  mutable std::vector<uint32_t> decoding_;  // objects that a class's own decoder is reading
   mutable std::unordered_map<CacheKey, const ValueBody*, CacheHash> cache_;
   mutable std::map<std::pair<uint32_t, std::string>, const ValueBody*> derived_;
   mutable std::unordered_map<const ValueTransform*, Changes> changes_;

@@ -1,9 +1,9 @@
 #include "platform/archive/KeyedArchiveScan.h"
 
+#include <algorithm>
 #include <cstdlib>
 #include <cstring>
 #include <new>
-#include <optional>
 
 #include "platform/archive/AsciiCheck.h"
 
@@ -17,15 +17,32 @@ constexpr uint16_t kObjects = 1U << static_cast<unsigned>(Kind::object) | 1U << 
 
 /// How to look at the records with the same keys and the same class.
 struct ArchiveScan::Plan {
+  /// What a field is.
+  enum class Role : uint8_t {
+    ofClass,  // "$class"
+    value,    // anything
+    first,    // a string's text, data's bytes, an array's list, a dictionary's keys
+    second,   // a dictionary's values
+    parent,   // the rest as in FieldForm
+    children,
+    text,
+    dictionary,
+    boolean,
+    integer
+  };
+  static Role roleOf(FieldForm::Form form) {
+    return static_cast<Role>(static_cast<uint8_t>(Role::parent) + static_cast<uint8_t>(form));
+  }
+
   const ClassCoding* coding;
-  uint8_t kind;                                        // as in a place
-  std::vector<std::optional<FieldForm::Form>> fields;  // by position, where the class knows it
-  uint32_t first;          // position of a string's text, data's bytes, an array's list,
-                           // a dictionary's keys
-  uint32_t second;         // of a dictionary's values
-  Type expected;           // what stands at these positions
-  bool isChecked = false;  // by its fields alone
-  size_t form = SIZE_MAX;  // in the findings, of members and their lists
+  uint8_t kind;             // as in a place
+  std::vector<Role> roles;  // by position
+  bool hasFirst = false;    // and each of them at most once
+  bool hasSecond = false;
+  Type expected = Type::array;  // what stands there
+  bool isImmutableArray = false;
+  bool isChecked = false;              // by its fields alone
+  size_t form = SIZE_MAX;              // in the findings, of members and their lists
   uint32_t integerIndex = UINT32_MAX;  // where the integer field of the first member leads
 };
 
@@ -48,6 +65,7 @@ ArchiveScan::ArchiveScan(const KeyedArchive& archive)
       // what is used several times is looked at several times; there is hardly any of it
       budget_(3 * list_.fileLength() + 100000) {
   if (!places_) throw std::bad_alloc();
+  findings_.emptyLists.resize(count_);
 }
 
 ArchiveScan::~ArchiveScan() = default;
@@ -107,7 +125,12 @@ bool ArchiveScan::isTree() {
 }
 
 bool ArchiveScan::scanEntry(uint32_t number) {
-  const Object object = list_.object(list_.reference(archive_.numbers_, number));
+  const uint32_t index = list_.reference(archive_.numbers_, number);
+  Object record{Type::dictionary, 0, nullptr, 0};
+  if (list_.isShortDictionary(index, &record.bytes, &record.count)) {
+    return scanRecord(number, record);
+  }
+  const Object object = list_.object(index);
   Kind kind = Kind::none;
   switch (object.type) {
     case Type::ascii:
@@ -157,7 +180,7 @@ ArchiveScan::KeySet& ArchiveScan::keySetOf(uint32_t number, const Object& dictio
       std::size(recent_);
   KeySet*& recent = recent_[slot];
   if (recent && recent->count == dictionary.count &&
-      std::memcmp(recent->references, dictionary.bytes, length) == 0) {
+      BinaryPropertyList::areSame(recent->references, dictionary.bytes, length)) {
     return *recent;
   }
   const KeyedArchive::Shape& shape = archive_.shapeOf(number, dictionary);
@@ -185,45 +208,49 @@ ArchiveScan::Plan& ArchiveScan::planOf(KeySet& keys, uint32_t number, const Obje
   if (!isNew) return plan;
   const KeyedArchive::Shape& shape = *keys.shape;
   plan.coding = record.archivedClass->coding;
+  plan.isImmutableArray = record.archivedClass->isImmutableArray;
   const Kind kind = record.archivedClass->kind();
   plan.kind = codeOf(kind);
-  plan.fields.resize(shape.count());
-  plan.first = plan.second = shape.count();
-  plan.expected = Type::array;
+  plan.roles.assign(shape.count(), Plan::Role::value);
+  plan.roles[shape.classPosition()] = Plan::Role::ofClass;
+  const auto assign = [&](const char* key, Plan::Role role) {
+    const uint32_t position = shape.find(key);
+    if (position == shape.count()) return false;
+    plan.roles[position] = role;
+    return true;
+  };
   switch (kind) {
     case Kind::string:
-      plan.first = shape.find("NS.string");
+      plan.hasFirst = assign("NS.string", Plan::Role::first);
       plan.expected = Type::ascii;
       break;
     case Kind::data:
-      plan.first = shape.find("NS.data");
+      plan.hasFirst = assign("NS.data", Plan::Role::first);
       plan.expected = Type::data;
       break;
     case Kind::array:
-      plan.first = shape.find("NS.objects");
+      plan.hasFirst = assign("NS.objects", Plan::Role::first);
       break;
     case Kind::dictionary:
-      plan.first = shape.find("NS.keys");
-      plan.second = shape.find("NS.objects");
+      plan.hasFirst = assign("NS.keys", Plan::Role::first);
+      plan.hasSecond = assign("NS.objects", Plan::Role::second);
       break;
     default:
       break;
   }
   if (!plan.coding || plan.coding->fields.empty()) return plan;
-  uint32_t known = 1;  // "$class"
-  for (const FieldForm& field : plan.coding->fields) {
-    const uint32_t position = shape.find(field.key);
-    if (position == shape.count()) continue;
-    ++known;
-    plan.fields[position] = field.form;
-  }
+  const std::vector<FieldForm>& fields = plan.coding->fields;
   if (kind == Kind::object) {
     plan.kind = kMember;
-    return plan;
+  } else {
+    // with all of these fields and nothing else, looking at them is enough
+    plan.isChecked = fields.size() + 1 == shape.count() &&
+                     std::ranges::all_of(fields, [&](const FieldForm& field) {
+                       return shape.find(field.key) != shape.count();
+                     });
+    if (!plan.isChecked) return plan;
   }
-  // with all of these fields and nothing else, looking at them is enough
-  plan.isChecked = known == plan.coding->fields.size() + 1 && known == shape.count();
-  if (!plan.isChecked) plan.fields.assign(shape.count(), std::nullopt);
+  for (const FieldForm& field : fields) assign(field.key, Plan::roleOf(field.form));
   return plan;
 }
 
@@ -240,7 +267,7 @@ bool ArchiveScan::scanReferences(uint32_t number, const Object& array, uint16_t 
 }
 
 bool ArchiveScan::scanRecord(uint32_t number, const Object& dictionary) {
-  using Form = FieldForm::Form;
+  using Role = Plan::Role;
   if (dictionary.count == 0) return false;
   KeySet& keys = keySetOf(number, dictionary);
   const KeyedArchive::Shape& shape = *keys.shape;
@@ -269,35 +296,37 @@ bool ArchiveScan::scanRecord(uint32_t number, const Object& dictionary) {
   uint64_t secondCount = 0;
   bool isMarked = false;
   for (uint32_t i = 0; i < count; ++i) {
-    if (i == shape.classPosition()) continue;
-    const std::optional<Form> form = plan.fields[i];
+    const Role role = plan.roles[i];
+    if (role == Role::ofClass) continue;
     const uint32_t index = list_.reference(values, i);
     uint32_t target = 0;
     if (isUid(index, &target)) {
-      if (i == plan.first || i == plan.second) return false;  // stands in the record itself
-      if (!form) {
-        refer(target, forbidden);
-        continue;
-      }
-      switch (*form) {
-        case Form::parent:
+      switch (role) {
+        case Role::ofClass:
+        case Role::value:
+          refer(target, forbidden);
+          break;
+        case Role::first:
+        case Role::second:
+          return false;  // stands in the record itself
+        case Role::parent:
           if (target != 0) links_.push_back({number, target});
           break;
-        case Form::children:
-          refer(target, allBut(Kind::array, Kind::none));
+        case Role::children:
           if (target == 0) break;
+          refer(target, allBut(Kind::array));
           // a list that was looked at before it had an owner was taken for a value
           if (places_[target].owner != 0 || target < number) return false;
           places_[target].owner = number;
           break;
-        case Form::text:
+        case Role::text:
           refer(target, allBut(Kind::string));
           break;
-        case Form::dictionary:
-          refer(target, allBut(Kind::dictionary, Kind::none));
+        case Role::dictionary:
+          if (target != 0) refer(target, allBut(Kind::dictionary));
           break;
-        case Form::boolean:
-        case Form::integer:
+        case Role::boolean:
+        case Role::integer:
           refer(target, allBut(Kind::boolean, Kind::integer, Kind::real, Kind::none));
           findings_.forms[plan.form].isUniform = false;
           break;
@@ -305,22 +334,23 @@ bool ArchiveScan::scanRecord(uint32_t number, const Object& dictionary) {
       continue;
     }
     const Object field = list_.object(index);
-    if (form == Form::boolean && field.type == Type::boolean) continue;
-    if (form == Form::integer && field.type == Type::integer) {
+    if (role == Role::boolean && field.type == Type::boolean) continue;
+    if (role == Role::integer && field.type == Type::integer) {
       noteInteger(plan, index);
       continue;
     }
-    if (form) return false;
+    if (role > Role::second) return false;
+    if (role != Role::value && field.type != plan.expected &&
+        !(plan.expected == Type::ascii && field.type == Type::utf16)) {
+      return false;
+    }
     if (field.type == Type::array) {
       if (!scanReferences(number, field, forbidden)) return false;
-      (i == plan.first ? firstCount : secondCount) = field.count;
+      if (role == Role::first) firstCount = field.count;
+      if (role == Role::second) secondCount = field.count;
     } else if (field.type == Type::dictionary || field.type == Type::uid ||
                !scanText(field, &isMarked)) {
       return false;  // a reference that is left leads nowhere
-    }
-    if ((i == plan.first || i == plan.second) && field.type != plan.expected &&
-        !(plan.expected == Type::ascii && field.type == Type::utf16)) {
-      return false;
     }
   }
   switch (static_cast<Kind>(plan.kind)) {
@@ -328,11 +358,16 @@ bool ArchiveScan::scanRecord(uint32_t number, const Object& dictionary) {
       if (isMarked) findings_.markedTexts.push_back(number);
       [[fallthrough]];
     case Kind::data:
+      if (!plan.hasFirst) return false;  // of another form
+      break;
     case Kind::array:
-      if (plan.first == count) return false;  // of another form
+      if (!plan.hasFirst) return false;
+      if (firstCount == 0 && places_[number].owner != 0 && !plan.isImmutableArray) {
+        findings_.emptyLists[number] = true;
+      }
       break;
     case Kind::dictionary:
-      if (plan.first == count || plan.second == count || firstCount != secondCount) return false;
+      if (!plan.hasFirst || !plan.hasSecond || firstCount != secondCount) return false;
       break;
     case Kind::font:
       findings_.fonts.push_back(number);

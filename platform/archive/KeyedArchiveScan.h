@@ -35,10 +35,10 @@ class ArchiveScan {
 
   /// What is known about an archive number.
   struct Place {
-    uint32_t owner;      // of a list of children, or of what such a list holds; 0: nobody
-    uint16_t forbidden;  // kinds that it must not turn out to be, a bit for each
-    uint8_t kind;        // a Kind, or one of the two below
-    uint8_t mentions;    // 0, 1, or more: references, but for those to a parent
+    uint32_t owner;         // of a list of children, or of what such a list holds; 0: nobody
+    uint16_t forbidden;     // kinds that it must not turn out to be, a bit for each
+    uint16_t kind : 8;      // a Kind, or one of the two below
+    uint16_t mentions : 8;  // 0, 1, or more: references, but for those to a parent
   };
   // Beyond the kinds of values.
   static constexpr uint8_t kMember = 15;  // an object of a class whose objects form trees
@@ -68,21 +68,15 @@ class ArchiveScan {
 
   void refer(uint32_t number, uint16_t forbidden) {
     Place& place = places_[number];
-    if (place.mentions < 2) ++place.mentions;
+    if (place.mentions < 2) place.mentions = place.mentions + 1U;
     place.forbidden = static_cast<uint16_t>(place.forbidden | forbidden);
   }
   /// The number that a reference of the file leads to, if what it leads to is a UID.
   bool isUid(uint32_t index, uint32_t* number) const {
-    const uint64_t offset = list_.offsetOf(index);
-    const uint64_t end = list_.tableOffset();
-    if (offset < 8 || offset >= end) return false;
-    const uint8_t* at = list_.bytesAt(offset);
-    constexpr unsigned kWidest = 7;
-    const unsigned width = *at - 0x80U;  // less one
-    if (width > kWidest || end - offset - 1 <= width) return false;
-    const uint64_t target = BinaryPropertyList::load(at + 1, width + 1);
+    uint64_t target = 0;
+    if (!list_.isUid(index, &target) || target >= count_) return false;
     *number = static_cast<uint32_t>(target);
-    return target < count_;
+    return true;
   }
   bool spend(uint64_t steps) {
     if (steps > budget_) return false;

@@ -1,5 +1,6 @@
 // Decoding: from archive numbers to values.
 
+#include <algorithm>
 #include <charconv>
 #include <unordered_set>
 
@@ -47,20 +48,16 @@ class ArchiveDecoder {
     budget_ = 2 * archive.fileLength() + 100000;
   }
 
-  ~ArchiveDecoder() {
-    if (ownDecoding_ != 0) archive_.decoding_.erase(ownDecoding_);
-  }
-
-  Value decode(uint32_t number) {
+  Value decode(uint32_t number, const KeyedArchive::Entry& entry) {
     Value value;
-    if (leaf(number, value)) return value;
+    if (leaf(number, entry, value)) return value;
     for (;;) {
       Frame& frame = frames_.back();
       if (frame.position < frame.numbers.size()) {
         const uint32_t next = frame.numbers[frame.position];
         Value element;
         // a frame that leaf() begins delivers its value when it is complete
-        if (leaf(next, element)) deliver(std::move(element));
+        if (leaf(next, archive_.entry(next), element)) deliver(std::move(element));
         continue;
       }
       Value made = finish(frame);
@@ -96,8 +93,7 @@ class ArchiveDecoder {
   }
 
   /// The value of anything but a container not yet decoded; for that, begins a frame.
-  bool leaf(uint32_t number, Value& value) {
-    const KeyedArchive::Entry entry = archive_.entry(number);
+  bool leaf(uint32_t number, const KeyedArchive::Entry& entry, Value& value) {
     const ValueTransform* transform = transform_;
     if (!frames_.empty()) {
       transform = frames_.back().isAtKey() ? nullptr : frames_.back().transform;
@@ -113,7 +109,8 @@ class ArchiveDecoder {
     const Kind kind = record.archivedClass->kind();
     const ClassRef& archivedClass = record.archivedClass->info;
     if (coding && coding->decode) {
-      Made& made = made_[{number, transform}];
+      Made alone;
+      Made& made = frames_.empty() ? alone : made_[{number, transform}];
       if (made.value.isNone()) {
         made.value = decodeByClass(number, coding);
         if (kind == Kind::attributedString && made.value.kind() == kind && transform &&
@@ -191,15 +188,16 @@ class ArchiveDecoder {
   /// here or ever deeper; then the object appears as a record that only stands for it.
   Value decodeByClass(uint32_t number, const ClassCoding* coding) {
     constexpr size_t kDeepest = 8;
-    std::unordered_set<uint32_t>& decoding = archive_.decoding_;
-    if (decoding.size() >= kDeepest || !decoding.insert(number).second) {
+    std::vector<uint32_t>& decoding = archive_.decoding_;
+    if (decoding.size() >= kDeepest || std::ranges::count(decoding, number) > 0) {
       return Record::inArchive(shared_, number, Kind::record);
     }
-    ownDecoding_ = number;
-    Value made = coding->decode(shared_, number);
-    decoding.erase(number);
-    ownDecoding_ = 0;
-    return made;
+    decoding.push_back(number);
+    const struct Leaving {
+      ~Leaving() { decoding.pop_back(); }
+      std::vector<uint32_t>& decoding;
+    } leaving{decoding};
+    return coding->decode(shared_, number);
   }
 
   /// The origin of a container that the archive remembers.
@@ -296,7 +294,6 @@ class ArchiveDecoder {
   /// What decoders of classes made: an object mentioned twice is one value.
   std::unordered_map<KeyedArchive::CacheKey, Made, KeyedArchive::CacheHash> made_;
   std::vector<std::shared_ptr<ns::Object>> company_;  // objects made anew on the way
-  uint32_t ownDecoding_ = 0;  // what to take back when a decoder raises an exception
 };
 
 std::vector<uint32_t> KeyedArchive::elementNumbers(const Record& record, const char* key,
@@ -304,7 +301,7 @@ std::vector<uint32_t> KeyedArchive::elementNumbers(const Record& record, const c
   std::vector<uint32_t> numbers;
   if (const auto list = fieldForKey(record, key)) {
     numbers.reserve(list->count);
-    for (uint64_t i = 0; i < list->count; ++i) numbers.push_back(target(element(*list, i)));
+    for (uint64_t i = 0; i < list->count; ++i) numbers.push_back(elementTarget(*list, i));
     return numbers;
   }
   const uint32_t count = record.shape->count();
@@ -335,14 +332,20 @@ std::optional<uint32_t> KeyedArchive::numberForKey(uint32_t dictionary,
   const uint64_t count = keys->count;
   uint64_t place = count;
   for (uint64_t i = 0; i < count; ++i) {
-    const Entry stored = entry(target(element(*keys, i)));
-    if (stored.kind != EntryKind::scalar || !stored.object.isString()) return std::nullopt;
-    const bool isNarrow = stored.object.type == Type::ascii;
-    if (!(isNarrow ? stored.object.text() == key : string(stored.object) == key)) continue;
+    const uint32_t number = elementTarget(*keys, i);
+    if (number != recentKeyNumber_) {
+      const Entry stored = entry(number);
+      if (stored.kind != EntryKind::scalar || !stored.object.isString()) return std::nullopt;
+      recentKeyNumber_ = number;
+      recentKey_ = {stored.object.text(), stored.object.type == Type::utf16};
+    }
+    const bool isKey = recentKey_.isWide ? String::fromUtf16BigEndian(recentKey_.bytes) == key
+                                         : recentKey_.bytes == key;
+    if (!isKey) continue;
     if (place != count) return std::nullopt;
     place = i;
   }
-  return place == count ? 0 : target(element(*objects, place));
+  return place == count ? 0 : elementTarget(*objects, place);
 }
 
 bool KeyedArchive::mayChangeAttributedStrings(const ValueTransform& transform) const {
@@ -355,15 +358,15 @@ bool KeyedArchive::mayChangeAttributedStrings(const ValueTransform& transform) c
   return mayChange;
 }
 
-Value KeyedArchive::value(uint32_t number, const ValueTransform* transform) const {
-  const Entry found = entry(number);
+Value KeyedArchive::value(uint32_t number, const Entry& found,
+                          const ValueTransform* transform) const {
   if (found.kind == EntryKind::scalar) {
     const Object& object = found.object;
     const bool isRewritten = transform && object.isString() &&
                              transform->changesText({object.text(), object.type == Type::utf16});
     if (!isRewritten) return sharedScalar(object);
   }
-  return ArchiveDecoder(*this, transform).decode(number);
+  return ArchiveDecoder(*this, transform).decode(number, found);
 }
 
 ClassRegistry::ClassRegistry() {

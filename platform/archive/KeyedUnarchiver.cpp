@@ -24,20 +24,31 @@ Value KeyedUnarchiver::unarchiveObject(const std::shared_ptr<KeyedArchive>& arch
 
 void KeyedUnarchiver::makeObjects(const std::vector<uint32_t>& numbers) {
   places_.resize(archive_->objectCount());
-  objects_.reserve(numbers.size());
-  numbers_ = numbers;
+  made_.reserve(numbers.size());
   for (const uint32_t number : numbers) {
-    objects_.push_back(archive_->record(number).archivedClass->coding->create());
-    places_[number] = static_cast<uint32_t>(objects_.size());
-    archive_->registerObject(number, objects_.back());
+    archive_->registerObject(number, makeObject(number, archive_->record(number)));
+    places_[number] = static_cast<uint32_t>(made_.size());
   }
   readFields();
 }
 
+std::shared_ptr<ns::Object> KeyedUnarchiver::makeObject(uint32_t number,
+                                                        const KeyedArchive::Record& record) {
+  std::shared_ptr<ns::Object> object = record.archivedClass->coding->create();
+  if (parent_) {
+    fields_ = FieldReader(*archive_, number, record);
+    object->initWithCoder(*this);
+  } else {
+    made_.push_back({object, {*archive_, number, record}});
+  }
+  return object;
+}
+
 void KeyedUnarchiver::readFields() {
-  while (readCount_ < objects_.size()) {
-    fields_ = FieldReader(*archive_, numbers_[readCount_]);
-    const std::shared_ptr<ns::Object> object = objects_[readCount_++];
+  while (readCount_ < made_.size()) {
+    fields_ = made_[readCount_].fields;
+    // others may be made meanwhile
+    const std::shared_ptr<ns::Object> object = made_[readCount_++].object;
     object->initWithCoder(*this);
   }
 }
@@ -45,17 +56,15 @@ void KeyedUnarchiver::readFields() {
 std::shared_ptr<ns::Object> KeyedUnarchiver::made(uint32_t number) {
   if (!archive_->isTree()) {
     const uint32_t place = places_[number];
-    return place == 0 ? nullptr : objects_[place - 1];
+    return place == 0 ? nullptr : made_[place - 1].object;
   }
   // In a tree nobody but its children asks for an object twice.
   if (parent_ && number == parentNumber_) return parent_;
   const KeyedArchive::Entry entry = archive_->entry(number);
   if (entry.kind != KeyedArchive::EntryKind::instance) return nullptr;
-  const KeyedArchive::Class& archived = *archive_->record(number, entry.object).archivedClass;
-  if (archived.kind() != Kind::object) return nullptr;
-  numbers_.push_back(number);
-  objects_.push_back(archived.coding->create());
-  return objects_.back();
+  const KeyedArchive::Record record = archive_->record(number, entry.object);
+  if (record.archivedClass->kind() != Kind::object) return nullptr;
+  return makeObject(number, record);
 }
 
 bool KeyedUnarchiver::containsValueForKey(const char* key) {
@@ -72,9 +81,9 @@ Value KeyedUnarchiver::decodeObjectForKey(const char* key) {
 }
 
 std::shared_ptr<ns::Object> KeyedUnarchiver::decodeReferenceForKey(const char* key) {
-  const uint32_t number = fields_.reference(key);
-  if (number == 0) return nullptr;
+  const uint32_t number = fields_.target(key);
   if (std::shared_ptr<ns::Object> object = made(number)) return object;
+  if (archive_->isNull(number)) return nullptr;
   fields_.failKind(key, archive_->kind(number), "an object of the document");
 }
 
@@ -87,24 +96,26 @@ std::shared_ptr<void> KeyedUnarchiver::decodeListForKey(const char* key, MakeLis
   constexpr uint64_t kShortList = 8;
   const std::vector<uint32_t> elements = fields_.list(key);
   if (elements.empty()) return nullptr;
-  const auto at = [&](size_t i) {
+  const FieldReader owner = fields_;
+  const auto at = [&](size_t i) -> std::shared_ptr<ns::Object> {
     // siblings lie apart, with their data between them
     constexpr size_t kAhead = 4;
     if (i + 2 * kAhead < elements.size()) archive_->prefetchOffset(elements[i + 2 * kAhead]);
     if (i + kAhead < elements.size()) archive_->prefetchObject(elements[i + kAhead]);
     std::shared_ptr<ns::Object> object = made(elements[i]);
     if (!object) {
-      fields_.fail("element " + std::to_string(i) + " of \"" + std::string(key) + "\" is " +
-                   describe(archive_->kind(elements[i])) + " and not an object of the document");
+      owner.fail("element " + std::to_string(i) + " of \"" + std::string(key) + "\" is " +
+                 describe(archive_->kind(elements[i])) + " and not an object of the document");
     }
     return object;
   };
-  if (isLazy() || elements.size() < kShortList) return make(elements.size(), at);
-  const KeyedArchive::Record record = archive_->record(fields_.reference(key));
+  const ElementAt elementAt = std::ref(at);
+  if (isLazy() || elements.size() < kShortList) return make(elements.size(), elementAt);
+  const KeyedArchive::Record record = archive_->record(owner.reference(key));
   const uint32_t position = record.shape->find("NS.objects");
-  if (position == record.shape->count()) return make(elements.size(), at);
+  if (position == record.shape->count()) return make(elements.size(), elementAt);
   std::shared_ptr<void>& shared = lists_[archive_->fieldIndex(record, position)];
-  if (!shared) shared = make(elements.size(), at);
+  if (!shared) shared = make(elements.size(), elementAt);
   return shared;
 }
 
@@ -115,9 +126,7 @@ std::shared_ptr<void> KeyedUnarchiver::decodeChildren(
   unarchiver.parentNumber_ = number;
   unarchiver.parent_ = object;
   unarchiver.fields_ = FieldReader(*archive, number);
-  std::shared_ptr<void> list = unarchiver.decodeListForKey(key, make);
-  unarchiver.readFields();
-  return list;
+  return unarchiver.decodeListForKey(key, make);
 }
 
 void KeyedArchive::registerObject(uint32_t number,
@@ -138,7 +147,7 @@ std::shared_ptr<ns::Object> KeyedArchive::object(
   if (!isTree()) unarchiver.makeObjects(objectNumbers());
   std::shared_ptr<ns::Object> object = unarchiver.made(number);
   unarchiver.readFields();
-  company.insert(company.end(), unarchiver.objects_.begin(), unarchiver.objects_.end());
+  for (KeyedUnarchiver::Made& each : unarchiver.made_) company.push_back(std::move(each.object));
   registerObject(number, object);
   return object;
 }

@@ -60,15 +60,21 @@ class KeyedUnarchiver final : public Coder {
   friend class KeyedArchive;
   explicit KeyedUnarchiver(std::shared_ptr<const KeyedArchive> archive);
   void makeObjects(const std::vector<uint32_t>& numbers);
+  /// Makes an object.  It reads its fields at once if it is one of the children that are asked
+  /// for, which refer to nothing else that is made, and otherwise when readFields() is called.
+  std::shared_ptr<ns::Object> makeObject(uint32_t number, const KeyedArchive::Record& record);
   [[nodiscard]] std::shared_ptr<ns::Object> made(uint32_t number);
-  /// Has all objects made so far read their fields.
+  /// Has all objects made so far read their fields, and those that are made on the way.
   void readFields();
 
+  struct Made {
+    std::shared_ptr<ns::Object> object;
+    FieldReader fields;
+  };
   const std::shared_ptr<const KeyedArchive> archive_;
-  std::vector<std::shared_ptr<ns::Object>> objects_;
-  std::vector<uint32_t> numbers_;  // of the objects
-  size_t readCount_ = 0;           // of those that have read their fields
-  std::vector<uint32_t> places_;   // by archive number: place in objects_ plus 1; not for trees
+  std::vector<Made> made_;
+  size_t readCount_ = 0;          // of those that have read their fields
+  std::vector<uint32_t> places_;  // by archive number: place in made_ plus 1; not for trees
   std::unordered_map<uint64_t, std::shared_ptr<void>> lists_;
   uint32_t parentNumber_ = 0;  // the object whose children are being made
   std::shared_ptr<ns::Object> parent_;

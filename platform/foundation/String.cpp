@@ -28,17 +28,24 @@ Ref<const ValueBody> bodyWith(std::string_view ascii) {
   return Ref<const ValueBody>(body);
 }
 
-Ref<const ValueBody> bodyWith(std::u16string_view units) {
+/// A body of UTF-16 units, which are asked for twice; narrow when all of them are ASCII.
+template <class UnitAt>
+Ref<const ValueBody> bodyWithUnits(size_t length, UnitAt unitAt) {
   uint16_t all = 0;
-  for (const char16_t unit : units) all |= unit;
-  StringBody* body = StringBody::make(units.size(), all >= 0x80);
+  for (size_t i = 0; i < length; ++i) all = static_cast<uint16_t>(all | unitAt(i));
+  StringBody* body = StringBody::make(length, all >= 0x80);
   if (all >= 0x80) {
-    std::copy(units.begin(), units.end(), body->fill<char16_t>());
+    auto* units = body->fill<char16_t>();
+    for (size_t i = 0; i < length; ++i) units[i] = unitAt(i);
   } else {
-    std::transform(units.begin(), units.end(), body->fill<char>(),
-                   [](char16_t unit) { return static_cast<char>(unit); });
+    char* units = body->fill<char>();
+    for (size_t i = 0; i < length; ++i) units[i] = static_cast<char>(unitAt(i));
   }
   return Ref<const ValueBody>(body);
+}
+
+Ref<const ValueBody> bodyWith(std::u16string_view units) {
+  return bodyWithUnits(units.size(), [&](size_t i) { return units[i]; });
 }
 
 bool isAllAscii(std::string_view bytes) {
@@ -67,9 +74,10 @@ CodePoint decodeUtf8(std::string_view utf8, size_t at) {
   return {value, length};
 }
 
-void appendUtf8(std::string& out, char32_t value) {
+/// Writes a code point and answers where it ends.
+char* putUtf8(char* to, char32_t value) {
   const auto put = [&](char32_t bits) {
-    out.push_back(static_cast<char>(static_cast<unsigned char>(bits)));
+    *to++ = static_cast<char>(static_cast<unsigned char>(bits));
   };
   if (value < 0x80) {
     put(value);
@@ -86,6 +94,7 @@ void appendUtf8(std::string& out, char32_t value) {
     put(0x80 | (value >> 6 & 0x3F));
     put(0x80 | (value & 0x3F));
   }
+  return to;
 }
 
 /// UTF-8 as units; answers whether all of it was well-formed.
@@ -135,13 +144,13 @@ String::String(std::u16string_view units) : body_(bodyWith(units)) {}
 String String::fromAscii(std::string_view ascii) { return String(bodyWith(ascii)); }
 
 String String::fromUtf16BigEndian(std::string_view bytes) {
-  std::u16string units(bytes.size() / 2, u'\0');
-  for (size_t i = 0; i < units.size(); ++i) {
-    const auto high = static_cast<unsigned char>(bytes[2 * i]);
-    const auto low = static_cast<unsigned char>(bytes[2 * i + 1]);
-    units[i] = static_cast<char16_t>(high << 8 | low);
-  }
-  return String(std::u16string_view(units));
+  const size_t length = bytes.size() / 2;
+  const auto unit = [&](size_t i) {
+    uint16_t stored = 0;
+    std::memcpy(&stored, bytes.data() + 2 * i, sizeof stored);
+    return static_cast<uint16_t>(stored << 8 | stored >> 8);
+  };
+  return String(bodyWithUnits(length, unit));
 }
 
 std::optional<String> String::fromUtf8(std::string_view utf8) {
@@ -195,16 +204,32 @@ void String::appendUtf8To(std::string& out) const {
     return;
   }
   const std::u16string_view units = wide();
+  constexpr size_t kMostBytes = 3;  // of a unit; a pair of surrogates takes four
+  const size_t before = out.size();
+  out.resize(before + kMostBytes * units.size());
+  char* to = out.data() + before;
   for (size_t at = 0; at < units.size();) {
-    if (units[at] < 0x80) {
-      out.push_back(static_cast<char>(units[at++]));
+    uint64_t four = 0;
+    if (at + 4 <= units.size() &&
+        (std::memcpy(&four, &units[at], sizeof four), (four & 0xFF80FF80FF80FF80U) == 0)) {
+      four = (four | four >> 8) & 0x0000FFFF0000FFFFU;
+      const auto bytes = static_cast<uint32_t>(four | four >> 16);
+      std::memcpy(to, &bytes, sizeof bytes);
+      to += sizeof bytes;
+      at += 4;
+      continue;
+    }
+    const char32_t unit = units[at];
+    if ((unit & 0xF800) != 0xD800) {
+      to = putUtf8(to, unit);
+      ++at;
       continue;
     }
     const CodePoint point = codePointAt(units, at);
-    const bool isSurrogate = point.value >= 0xD800 && point.value < 0xE000;
-    appendUtf8(out, isSurrogate ? kReplacement : point.value);
+    to = putUtf8(to, point.length == 2 ? point.value : kReplacement);
     at += point.length;
   }
+  out.resize(static_cast<size_t>(to - out.data()));
 }
 
 String String::substring(Range range) const {

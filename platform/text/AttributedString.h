@@ -22,6 +22,7 @@ inline constexpr const char* kAttachmentAttributeName = "NSAttachment";
 inline constexpr const char* kOriginalFontAttributeName = "NSOriginalFont";
 
 class AttributedStringBody;
+class KeyedArchive;
 
 /// Immutable text with attributes: a handle, shared when copied.
 ///
@@ -36,6 +37,10 @@ class AttributedString {
   AttributedString(const String& text, const Dictionary& attributes);
   /// The attributed string of a value; empty for a value of another kind.
   explicit AttributedString(const Value& value);
+
+  /// The text of one that lies in an archive, without making it; none where the archive has it in
+  /// a form that is not read as an attributed string.
+  static Value archivedText(const KeyedArchive& archive, uint32_t number);
 
   [[nodiscard]] Value asValue() const;
   [[nodiscard]] String string() const;

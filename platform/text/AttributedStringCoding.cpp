@@ -6,6 +6,7 @@
 #include <unordered_map>
 
 #include "platform/archive/KeyedArchiver.h"
+#include "platform/text/AttributedString.h"
 #include "platform/text/AttributedStringBody.h"
 
 namespace ns {
@@ -126,18 +127,20 @@ void AttributedStringBody::check(const KeyedArchive& archive, uint32_t number) {
 
 Value AttributedStringBody::decode(const std::shared_ptr<const KeyedArchive>& archive,
                                    uint32_t number) {
-  if (!archive->storedText(*reference(*archive, archive->record(number), "NSString"))) {
+  const KeyedArchive::Record record = archive->record(number);
+  const uint32_t text = *reference(*archive, record, "NSString");
+  const KeyedArchive::Entry textEntry = archive->entry(text);
+  if (!archive->storedText(text, textEntry)) {
     // its text is in UTF-8, an old form in which its runs cannot be checked against its units
     return Record::inArchive(archive, number, Kind::record);
   }
   auto* body = new AttributedStringBody();
   Value value{Ref<const ValueBody>(body)};
   body->from = Ref<const ArchiveOrigin>(new ArchiveOrigin(archive, number, nullptr));
-  const KeyedArchive::Record record = archive->record(number);
   body->archivedClass = record.archivedClass->info;
-  body->text = archive->value(*reference(*archive, record, "NSString")).string();
+  body->text = archive->value(text, textEntry, nullptr).string();
   uint32_t ownKeys = 0;
-  for (uint32_t i = 0; i < record.shape->count(); ++i) ownKeys += isOwnKey(record.shape->key(i));
+  for (const char* own : kOwnKeys) ownKeys += record.shape->find(own) != record.shape->count();
   if (ownKeys < record.shape->count()) {
     Record whole(Record::inArchive(archive, number, Kind::record));
     for (const String& key : whole.keys()) {
@@ -147,12 +150,14 @@ Value AttributedStringBody::decode(const std::shared_ptr<const KeyedArchive>& ar
   }
   if (body->text.empty()) return value;
   const auto attributes = reference(*archive, record, "NSAttributes");
-  if (!attributes || archive->kind(*attributes) == Kind::dictionary) {
+  const auto held = attributes ? std::optional(archive->record(*attributes)) : std::nullopt;
+  if (!held || held->archivedClass->kind() == Kind::dictionary) {
     body->runs.push_back({0, 0});
     body->archivedAttributes.push_back(attributes.value_or(0));
     return value;
   }
-  const auto list = archive->fieldForKey(archive->record(*attributes), "NS.objects");
+  const auto list = archive->fieldForKey(*held, "NS.objects");
+  body->archivedAttributes.reserve(list->count);
   for (uint64_t i = 0; i < list->count; ++i) {
     body->archivedAttributes.push_back(archive->target(archive->element(*list, i)));
   }
@@ -170,6 +175,12 @@ Value AttributedStringBody::decode(const std::shared_ptr<const KeyedArchive>& ar
     start += length;
   }
   return value;
+}
+
+Value AttributedString::archivedText(const KeyedArchive& archive, uint32_t number) {
+  const uint32_t text = *reference(archive, archive.record(number), "NSString");
+  const KeyedArchive::Entry entry = archive.entry(text);
+  return archive.storedText(text, entry) ? archive.value(text, entry, nullptr) : Value();
 }
 
 ClassRef AttributedStringBody::classForArchiver() const {

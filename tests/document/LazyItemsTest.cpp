@@ -7,6 +7,8 @@
 #include "model/OLTree.h"
 #include "platform/archive/KeyedArchiver.h"
 #include "platform/archive/KeyedUnarchiver.h"
+#include "platform/text/AttributedString.h"
+#include "tests/archive/ArchiveTesting.h"
 #include "tests/model/ModelTesting.h"
 
 namespace tavlin {
@@ -147,6 +149,86 @@ TEST(LazyItems, RandomEditsEndInTheSameFile) {
     ASSERT_EQ(saved[0], saved[1]) << seed;
     ASSERT_EQ(posted[0], posted[1]) << seed;
   }
+}
+
+TEST(LazyItems, TextsAreTheSameReadOneByOne) {
+  using testing_archives::instance;
+  using testing_archives::P;
+  using testing_archives::references;
+  const ns::Data data = testing_archives::archive(
+      {"$null", instance(10, {{"data", P::uid(2)}, {"encoding_version", 2}}),
+       instance(11, {{"NS.keys", references({3, 4, 5, 6, 7})},
+                     {"NS.objects", references({8, 9, 14, 15, 16})}}),
+       "title", "note", "wide", "rich", "old", "a \\$null b",
+       instance(12, {{"NS.string", "mutable"}}), testing_archives::classRecord({"OLNode"}),
+       testing_archives::classRecord({"NSDictionary"}),
+       testing_archives::classRecord({"NSMutableString"}),
+       testing_archives::classRecord({"NSAttributedString"}), P::wide(u"gr\u00fcn \U0001F33F"),
+       instance(13, {{"NSString", P::uid(8)}, {"NSAttributes", P::uid(17)}}),
+       instance(13, {{"NSString", P::uid(18)}, {"NSAttributes", P::uid(17)}}),
+       instance(11, {{"NS.keys", references({})}, {"NS.objects", references({})}}),
+       instance(12, {{"NS.bytes", P::data("old")}})});
+  // as they are stored: only bare strings are unescaped, not the text of attributed ones
+  const std::vector<std::pair<const char*, const char*>> texts = {
+      {"title", "a $null b"},  {"note", "mutable"}, {"wide", "gr\u00fcn \U0001F33F"},
+      {"rich", "a \\$null b"}, {"old", ""},         {"none", ""}};
+  for (const auto& [key, text] : texts) {
+    const Item single = loadedRoot(data, documentClasses());
+    EXPECT_EQ(OLTree::stringForKeyByItem(key, single), text) << key;
+    const Item whole = loadedRoot(data, documentClasses());
+    EXPECT_EQ(whole->data()->count(), 5U);
+    EXPECT_EQ(OLTree::stringForKeyByItem(key, whole), text) << key;
+    const Item eager = loadedRoot(data, eagerClasses());
+    EXPECT_EQ(OLTree::stringForKeyByItem(key, eager), text) << key;
+  }
+}
+
+TEST(LazyItems, ReferencesToASecondNullAreNone) {
+  using testing_archives::instance;
+  using testing_archives::P;
+  const ns::Data data = testing_archives::archive(
+      {"$null", instance(3, {{"children", P::uid(2)}, {"data", P::uid(2)}}), "$null",
+       testing_archives::classRecord({"OLNode"})});
+  const Item root = loadedRoot(data, documentClasses());
+  EXPECT_EQ(root->countChildren(), 0U);
+  EXPECT_FALSE(root->hasChildrenArray());
+  EXPECT_FALSE(root->data());
+  EXPECT_TRUE(OLTree::objectValueForKeyByItem("title", root).isNone());
+}
+
+TEST(LazyItems, ListsKeepTheirClasses) {
+  using testing_archives::instance;
+  using testing_archives::P;
+  using testing_archives::references;
+  // 1 root with a list of three items: without list, with an empty NSArray and NSMutableArray
+  const ns::Data data = testing_archives::archive(
+      {"$null", instance(8, {{"children", P::uid(2)}}),
+       instance(9, {{"NS.objects", references({3, 4, 5})}}), instance(8, {{"parent", P::uid(1)}}),
+       instance(8, {{"parent", P::uid(1)}, {"children", P::uid(6)}}),
+       instance(8, {{"parent", P::uid(1)}, {"children", P::uid(7)}}),
+       instance(9, {{"NS.objects", references({})}}),
+       instance(10, {{"NS.objects", references({})}}), testing_archives::classRecord({"OLNode"}),
+       testing_archives::classRecord({"NSArray"}),
+       testing_archives::classRecord({"NSMutableArray"})});
+  ASSERT_TRUE(ns::KeyedArchive::open(data, documentClasses())->isTree());
+  ns::Data saved[3];
+  for (int way = 0; way < 3; ++way) {
+    const Item root = loadedRoot(data, way == 0 ? eagerClasses() : documentClasses());
+    if (way == 2) {
+      // asked for first, or for the first time by the archiver
+      for (const Item& item : root->children()) EXPECT_EQ(item->countChildren(), 0U);
+    }
+    EXPECT_FALSE(root->childAtIndex(0)->hasChildrenArray());
+    EXPECT_TRUE(root->childAtIndex(1)->hasChildrenArray());
+    EXPECT_TRUE(root->childAtIndex(2)->hasChildrenArray());
+    saved[way] = ns::KeyedArchiver::archivedDataWithRootObject(ns::Value(root));
+    const auto archive = ns::KeyedArchive::open(saved[way], documentClasses());
+    EXPECT_TRUE(archive->classNumber({"NSArray", {"NSArray", "NSObject"}, {}, true}));
+    EXPECT_TRUE(archive->classNumber(
+        {"NSMutableArray", {"NSMutableArray", "NSArray", "NSObject"}, {}, true}));
+  }
+  EXPECT_EQ(saved[0], saved[1]);
+  EXPECT_EQ(saved[0], saved[2]);
 }
 
 }  // namespace

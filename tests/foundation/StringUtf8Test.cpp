@@ -47,6 +47,26 @@ std::string encode(char32_t point) {
   return {head(0xF0 + point / 0x40000), tail(point / 0x1000), tail(point / 0x40), tail(point)};
 }
 
+TEST(StringUtf8, ACharacterAtAnyPlaceAmongAscii) {
+  const std::u16string wide[] = {u"\u00E9", u"\u65E5", u"\U0001F33F", u"\xD800", u"\xDC00"};
+  const std::string utf8[] = {"\xC3\xA9", "\xE6\x97\xA5", "\xF0\x9F\x8C\xBF", "\xEF\xBF\xBD",
+                              "\xEF\xBF\xBD"};
+  const std::string ascii = "abcdefghijklm";
+  for (size_t length = 0; length <= ascii.size(); ++length) {
+    for (size_t at = 0; at <= length; ++at) {
+      for (size_t i = 0; i < std::size(wide); ++i) {
+        const std::string before = ascii.substr(0, at), after = ascii.substr(at, length - at);
+        std::u16string units(before.begin(), before.end());
+        units += wide[i];
+        units.append(after.begin(), after.end());
+        std::string out = "kept ";
+        String(std::u16string_view(units)).appendUtf8To(out);
+        EXPECT_EQ(out, "kept " + before + utf8[i] + after) << i;
+      }
+    }
+  }
+}
+
 TEST(StringUtf8, EveryCodePointGoesThereAndBack) {
   for (char32_t point = 0; point <= 0x10FFFF; ++point) {
     if (point == 0xD800) point = 0xE000;
