@@ -35,12 +35,12 @@ struct ArchiveScan::Plan {
   }
 
   const ClassCoding* coding;
-  uint8_t kind;             // as in a place
-  std::vector<Role> roles;  // by position
-  bool hasFirst = false;    // and each of them at most once
-  bool hasSecond = false;
-  Type expected = Type::array;  // what stands there
-  bool isImmutableArray = false;
+  uint8_t kind;                        // as in a place
+  std::vector<Role> roles;             // by position
+  bool hasFirst = false;               // and never more than one
+  bool hasSecond = false;              // the same
+  Type expected = Type::array;         // what stands there
+  bool isImmutableArray = false;       // of the class NSArray itself
   bool isChecked = false;              // by its fields alone
   size_t form = SIZE_MAX;              // in the findings, of members and their lists
   uint32_t integerIndex = UINT32_MAX;  // where the integer field of the first member leads
