@@ -42,7 +42,8 @@ ns::Value finished(Frame& frame) {
     array.setArchivedClass(frame.container.archivedClass());
     return ns::Value(array);
   }
-  std::vector<ns::Dictionary::Entry> entries = frame.container.dictionary().entries();
+  const ns::Dictionary old = frame.container.dictionary();
+  std::vector<ns::Dictionary::Entry> entries(old.begin(), old.end());
   for (size_t i = 0; i < entries.size(); ++i) entries[i].second = std::move(frame.elements[i]);
   ns::Dictionary dictionary(std::move(entries));
   dictionary.setArchivedClass(frame.container.archivedClass());

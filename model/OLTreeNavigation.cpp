@@ -33,19 +33,19 @@ uint64_t OLTree::levelForItem(const std::shared_ptr<OLNode>& item) const {
 std::shared_ptr<OLNode> OLTree::firstItem() const { return childAtIndexOfItem(0, rootNode_); }
 
 std::shared_ptr<OLNode> OLTree::lastItemByItem(const std::shared_ptr<OLNode>& item) const {
-  auto node = itemOrRoot(item);
-  if (!node) return nullptr;
+  const auto* node = &itemOrRoot(item);
+  if (!*node) return nullptr;
   CircleGuard guard;
-  while (const uint64_t count = node->countChildren()) {
-    node = node->childAtIndex(count - 1);
-    if (guard.closes(node.get())) return nullptr;
+  while (!(*node)->children().empty()) {
+    node = &(*node)->children().back();
+    if (guard.closes(node->get())) return nullptr;
   }
-  return isRoot(node) ? nullptr : node;
+  return isRoot(*node) ? nullptr : *node;
 }
 
 std::shared_ptr<OLNode> OLTree::nextItemByItem(const std::shared_ptr<OLNode>& item) const {
   if (!item) return nullptr;
-  if (auto child = item->childAtIndex(0)) return child;
+  if (!item->children().empty()) return item->children().front();
   CircleGuard guard;
   for (auto node = item; !isRoot(node);) {
     auto parent = node->parent();
@@ -64,7 +64,7 @@ std::shared_ptr<OLNode> OLTree::prevItemByItem(const std::shared_ptr<OLNode>& it
   auto parent = item->parent();
   const int64_t index = indexForItemWithParent(item, parent);
   if (index < 1) return isRoot(parent) ? nullptr : parent;
-  return lastItemByItem(parent->childAtIndex(static_cast<uint64_t>(index) - 1));
+  return lastItemByItem(parent->children()[static_cast<size_t>(index) - 1]);
 }
 
 std::shared_ptr<OLNode> OLTree::nextSiblingByItem(const std::shared_ptr<OLNode>& item) const {

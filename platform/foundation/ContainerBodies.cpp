@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "platform/foundation/StringBody.h"
+
 namespace ns {
 
 namespace {
@@ -85,8 +87,8 @@ class Comparison {
   bool compare(const DictionaryBody& a, const DictionaryBody& b) {
     if (a.keyCount() != b.keyCount()) return false;
     const bool hasRepeatedKeys = a.keyCount() != a.count() || b.keyCount() != b.count();
-    const std::vector<Entry>& mine = a.entries();
-    const std::vector<Entry>& theirs = b.entries();
+    const std::span<const Entry> mine = a.entries();
+    const std::span<const Entry> theirs = b.entries();
     for (size_t i = 0; i < mine.size(); ++i) {
       const auto& [key, value] = mine[i];
       const Value* other = nullptr;
@@ -116,6 +118,10 @@ bool equalContainers(const ValueBody& a, const ValueBody& b) { return Comparison
 
 bool areSameKey(const Value& a, const Value& b) {
   if (a.body() == b.body()) return true;
+  if (a.isString() && b.isString()) {
+    return static_cast<const StringBody&>(*a.body()).hasTextOf(
+        static_cast<const StringBody&>(*b.body()));
+  }
   if (!isContainer(a) || !isContainer(b)) return a == b;
   if (!a.isArray() || !b.isArray()) return false;
   const auto isSame = [](const Value& x, const Value& y) {
@@ -140,119 +146,188 @@ size_t ArrayBody::hash() const {
 bool DictionaryBody::isEqual(const ValueBody& other) const { return equalContainers(*this, other); }
 size_t DictionaryBody::hash() const { return keyCount() * 31 + 2; }
 
-bool DictionaryBody::isLong() const {
-  constexpr size_t kSearched = 8;
-  return entries_.size() > kSearched;
-}
-
-void DictionaryBody::makeIndex() const {
-  auto index = std::make_unique<Index>();
-  index->positions.reserve(entries_.size());
-  for (size_t i = 0; i < entries_.size(); ++i) {
-    const Value& key = entries_[i].first;
-    const size_t hash = key.hash();
-    const bool isFirst = indexedPosition(*index, key, hash) == entries_.size();
-    if (isFirst) index->positions.emplace(hash, i);
+Ref<DictionaryBody> DictionaryBody::make(size_t room) {
+  const bool isApart = room > kSearched;
+  const size_t own = isApart ? 0 : room;
+  Ref<DictionaryBody> made(new (own * sizeof(Entry)) DictionaryBody(own));
+  if (isApart) {
+    made->rare().many = std::make_unique<Many>();
+    made->many()->entries.reserve(room);
   }
-  index_ = std::move(index);
+  return made;
 }
 
-size_t DictionaryBody::indexedPosition(const Index& index, const Value& key, size_t hash) const {
+Ref<DictionaryBody> DictionaryBody::remake(DictionaryBody& body, size_t more) {
+  constexpr size_t kUsual = 4;
+  const std::span<const Entry> entries = body.entries();
+  const size_t needed = entries.size() + more;
+  const size_t room = needed <= kUsual ? kUsual : std::max(needed, kSearched);
+  Ref<DictionaryBody> made = make(room);
+  if (body.archivedClass()) made->setArchivedClass(body.archivedClass());
+  for (Entry& entry : body.slots()) made->add(body.isShared() ? entry : std::move(entry));
+  return made;
+}
+
+DictionaryBody::~DictionaryBody() { std::destroy_n(own(), count_); }
+
+DictionaryBody::Rare& DictionaryBody::rare() {
+  if (!rare_) rare_ = std::make_unique<Rare>();
+  return *rare_;
+}
+
+const ClassRef& DictionaryBody::archivedClass() const {
+  static const ClassRef none;
+  return rare_ ? rare_->archivedClass : none;
+}
+
+void DictionaryBody::setArchivedClass(ClassRef archivedClass) {
+  if (rare_ || archivedClass) rare().archivedClass = std::move(archivedClass);
+}
+
+void DictionaryBody::setOrigin(Ref<const Origin> origin) {
+  if (rare_ || origin) rare().origin = std::move(origin);
+}
+
+size_t DictionaryBody::count() const {
+  const Many* const apart = many();
+  if (!apart) return count_;
+  return apart->entries.size() - (apart->index ? apart->index->holes.size() : 0);
+}
+
+std::span<const Entry> DictionaryBody::entries() const {
+  const Many* const apart = many();
+  if (apart && apart->index && !apart->index->holes.empty()) closeHoles();
+  return slots();
+}
+
+DictionaryBody::Index& DictionaryBody::index() const {
+  Many& apart = *many();
+  if (!apart.index) {
+    const std::vector<Entry>& entries = apart.entries;
+    auto index = std::make_unique<Index>();
+    index->positions.reserve(entries.size());
+    for (size_t i = 0; i < entries.size(); ++i) {
+      const Value& key = entries[i].first;
+      const size_t hash = key.hash();
+      const bool isFirst = indexedPosition(entries, *index, key, hash) == entries.size();
+      if (isFirst) index->positions.emplace(hash, i);
+    }
+    apart.index = std::move(index);
+  }
+  return *apart.index;
+}
+
+size_t DictionaryBody::indexedPosition(std::span<const Entry> entries, const Index& index,
+                                       const Value& key, size_t hash) {
   const auto [from, to] = index.positions.equal_range(hash);
   for (auto at = from; at != to; ++at) {
-    if (areSameKey(entries_[at->second].first, key)) return at->second;
+    if (areSameKey(entries[at->second].first, key)) return at->second;
   }
-  return entries_.size();
+  return entries.size();
 }
 
 size_t DictionaryBody::position(const Value& key) const {
-  if (!isLong()) {
-    const auto at = std::find_if(entries_.begin(), entries_.end(), [&key](const Entry& entry) {
-      return areSameKey(entry.first, key);
-    });
-    return static_cast<size_t>(at - entries_.begin());
-  }
-  if (!index_) makeIndex();
-  return indexedPosition(*index_, key, key.hash());
+  const std::span<const Entry> entries = slots();
+  if (isLong()) return indexedPosition(entries, index(), key, key.hash());
+  size_t at = 0;
+  while (at < entries.size() && !areSameKey(entries[at].first, key)) ++at;
+  return at;
 }
 
 const Value* DictionaryBody::find(const Value& key) const {
   const size_t at = position(key);
-  return at < entries_.size() ? &entries_[at].second : nullptr;
+  return at < slots().size() ? &slots()[at].second : nullptr;
 }
 
 size_t DictionaryBody::keyCount() const {
-  if (entries_.empty()) return 0;
-  if (isLong()) {
-    if (!index_) makeIndex();
-    return index_->positions.size();
-  }
+  if (isLong()) return index().positions.size();
   if (keyCount_ == kNotCounted) {
+    const std::span<const Entry> entries = slots();
     size_t keys = 0;
-    for (size_t i = 0; i < entries_.size(); ++i) keys += position(entries_[i].first) == i ? 1 : 0;
+    for (size_t i = 0; i < entries.size(); ++i) keys += position(entries[i].first) == i ? 1 : 0;
     keyCount_ = static_cast<uint8_t>(keys);
   }
   return keyCount_;
 }
 
-void DictionaryBody::assign(std::vector<Entry> entries) {
-  entries_ = std::move(entries);
-  index_.reset();
+void DictionaryBody::add(Entry entry) {
   keyCount_ = kNotCounted;
+  if (Many* const apart = many()) {
+    if (apart->index) {
+      apart->index->positions.emplace(entry.first.hash(), apart->entries.size());
+    }
+    apart->entries.push_back(std::move(entry));
+  } else {
+    new (own() + count_) Entry(std::move(entry));
+    ++count_;
+  }
 }
 
-void DictionaryBody::set(const Value& key, Value value) {
-  const size_t at = position(key);
-  if (at < entries_.size()) {
-    entries_[at].second = std::move(value);
-    return;
-  }
-  keyCount_ = kNotCounted;
-  entries_.emplace_back(key, std::move(value));
-  if (index_) index_->positions.emplace(entries_.back().first.hash(), entries_.size() - 1);
+void DictionaryBody::replace(const Value& key, Value value) {
+  slots()[position(key)].second = std::move(value);
 }
 
 void DictionaryBody::remove(const Value& key) {
   if (isLong() && keyCount() != count()) dropRepeatedKeys();
   keyCount_ = kNotCounted;
   if (!isLong()) {
-    std::erase_if(entries_, [&key](const Entry& entry) { return areSameKey(entry.first, key); });
+    const auto isRemoved = [&key](const Entry& entry) { return areSameKey(entry.first, key); };
+    if (Many* const apart = many()) {
+      std::erase_if(apart->entries, isRemoved);
+    } else {
+      Entry* const end = std::remove_if(own(), own() + count_, isRemoved);
+      std::destroy(end, own() + count_);
+      count_ = static_cast<uint8_t>(end - own());
+    }
     return;
   }
   const size_t at = position(key);
-  if (at == entries_.size()) return;
-  const auto [from, to] = index_->positions.equal_range(key.hash());
-  index_->positions.erase(
+  const std::span<Entry> entries = slots();
+  if (at == entries.size()) return;
+  Index& index = this->index();
+  const auto [from, to] = index.positions.equal_range(key.hash());
+  index.positions.erase(
       std::find_if(from, to, [at](const auto& each) { return each.second == at; }));
-  index_->holes.push_back(at);
-  entries_[at] = {};
-  if (index_->holes.size() > entries_.size() / 2) closeHoles();
+  index.holes.push_back(at);
+  entries[at] = {};
+  if (index.holes.size() > entries.size() / 2) closeHoles();
+}
+
+void DictionaryBody::removeAll() {
+  keyCount_ = kNotCounted;
+  std::destroy_n(own(), std::exchange(count_, uint8_t{0}));
+  if (many()) *many() = {};
 }
 
 void DictionaryBody::closeHoles() const {
-  std::vector<size_t>& holes = index_->holes;
+  Many& apart = *many();
+  std::vector<Entry>& entries = apart.entries;
+  std::vector<size_t>& holes = apart.index->holes;
   std::sort(holes.begin(), holes.end());
   auto hole = holes.begin();
   size_t end = 0;
-  for (size_t i = 0; i < entries_.size(); ++i) {
+  for (size_t i = 0; i < entries.size(); ++i) {
     if (hole != holes.end() && *hole == i) {
       ++hole;
     } else {
-      if (end != i) entries_[end] = std::move(entries_[i]);
+      if (end != i) entries[end] = std::move(entries[i]);
       ++end;
     }
   }
-  entries_.resize(end);
-  index_.reset();
+  entries.resize(end);
+  apart.index.reset();
 }
 
-/// Leaves the entries that look-ups find.
+/// Leaves the entries of a long one that look-ups find.
 void DictionaryBody::dropRepeatedKeys() {
+  Many& apart = *many();
   std::vector<Entry> firsts;
-  for (size_t i = 0; i < entries_.size(); ++i) {
-    if (position(entries_[i].first) == i) firsts.push_back(entries_[i]);
+  for (size_t i = 0; i < apart.entries.size(); ++i) {
+    if (position(apart.entries[i].first) == i) firsts.push_back(apart.entries[i]);
   }
-  assign(std::move(firsts));
+  apart.entries = std::move(firsts);
+  apart.index.reset();
+  keyCount_ = kNotCounted;
 }
 
 }  // namespace ns

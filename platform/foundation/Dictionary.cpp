@@ -8,54 +8,58 @@ namespace {
 
 /// A handle without a body is empty.  The body that stands for it is only read, never counted.
 const DictionaryBody& bodyOf(const Ref<const ValueBody>& body) {
-  static const DictionaryBody* const empty = new DictionaryBody();
+  static const Ref<DictionaryBody>& empty = *new Ref<DictionaryBody>(DictionaryBody::make());
   return body ? static_cast<const DictionaryBody&>(*body) : *empty;
 }
 
-/// The body for changes: its own, without the origin that it no longer matches.
-DictionaryBody& editable(Ref<const ValueBody>& body) {
-  if (!body) {
-    body = Ref<const ValueBody>(new DictionaryBody());
-  } else if (body->isShared()) {
-    auto* copy = new DictionaryBody();
-    Ref<const ValueBody> holder(copy);
-    copy->assign(bodyOf(body).entries());
-    copy->archivedClass = bodyOf(body).archivedClass;
-    body = std::move(holder);
-  }
+/// The body for changes: its own, with room for so many more entries, without the origin that it
+/// no longer matches.
+DictionaryBody& editable(Ref<const ValueBody>& body, size_t more = 0) {
   // bodies are made as mutable objects; handles only see them as constants
-  auto& mine = const_cast<DictionaryBody&>(bodyOf(body));
-  if (mine.origin) mine.origin = {};
-  return mine;
+  auto& old = const_cast<DictionaryBody&>(bodyOf(body));
+  if (!body || body->isShared() || !old.hasRoomFor(more)) {
+    const Ref<DictionaryBody> made = DictionaryBody::remake(old, more);
+    body = made;
+    return *made;
+  }
+  old.setOrigin({});
+  return old;
+}
+
+template <class Entries>
+Ref<DictionaryBody> bodyWith(Entries entries) {
+  Ref<DictionaryBody> made = DictionaryBody::make(entries.size());
+  for (auto& entry : entries) made->add(std::move(entry));
+  return made;
 }
 
 }  // namespace
 
 Dictionary::Dictionary() = default;
-Dictionary::Dictionary(std::initializer_list<Entry> entries)
-    : Dictionary(std::vector<Entry>(entries)) {}
-Dictionary::Dictionary(std::vector<Entry> entries) : Dictionary() {
-  editable(body_).assign(std::move(entries));
-}
+Dictionary::Dictionary(std::initializer_list<Entry> entries) : Dictionary(bodyWith(entries)) {}
+Dictionary::Dictionary(std::vector<Entry> entries) : Dictionary(bodyWith(std::move(entries))) {}
 
 Dictionary DictionaryAccess::make(std::vector<Dictionary::Entry> entries, ClassRef archivedClass,
                                   Ref<const Origin> origin) {
-  Dictionary dictionary(std::move(entries));
-  DictionaryBody& body = editable(dictionary.body_);
-  body.archivedClass = std::move(archivedClass);
-  body.origin = std::move(origin);
-  return dictionary;
+  const Ref<DictionaryBody> body = bodyWith(std::move(entries));
+  body->setArchivedClass(std::move(archivedClass));
+  body->setOrigin(std::move(origin));
+  return Dictionary(body);
+}
+
+Dictionary DictionaryAccess::make(std::span<const Dictionary::Entry> entries,
+                                  ClassRef archivedClass, Ref<const Origin> origin) {
+  return make(std::vector(entries.begin(), entries.end()), std::move(archivedClass),
+              std::move(origin));
 }
 
 const Origin* DictionaryAccess::origin(const Dictionary& dictionary) {
-  return bodyOf(dictionary.body_).origin.get();
+  return bodyOf(dictionary.body_).origin();
 }
 
 size_t Dictionary::count() const { return bodyOf(body_).count(); }
 
-const std::vector<Dictionary::Entry>& Dictionary::entries() const {
-  return bodyOf(body_).entries();
-}
+std::span<const Dictionary::Entry> Dictionary::entries() const { return bodyOf(body_).entries(); }
 
 Value Dictionary::objectForKey(const Value& key) const {
   const Value* const value = bodyOf(body_).find(key);
@@ -75,22 +79,27 @@ bool Dictionary::contains(const Value& key) const { return bodyOf(body_).find(ke
 
 void Dictionary::setObjectForKey(Value value, const Value& key) {
   if (value.isNone()) return removeObjectForKey(key);
-  // What is there already is not stored again: the memory that it lies in stays as it is.
-  const Value* const present = body_ ? bodyOf(body_).find(key) : nullptr;
-  if (present != nullptr && present->body() == value.body()) return;
-  editable(body_).set(key, std::move(value));
+  const Value* const present = bodyOf(body_).find(key);
+  if (present == nullptr) {
+    Entry entry(key, std::move(value));  // now, since the key may be a value of this very map
+    editable(body_, 1).add(std::move(entry));
+  } else if (present->body() != value.body()) {
+    // What is there already is not stored again: the memory that it lies in stays as it is.
+    editable(body_).replace(key, std::move(value));
+  }
 }
 
 void Dictionary::removeObjectForKey(const Value& key) {
   if (!contains(key)) return;
-  editable(body_).remove(Value(key));  // a copy: the key may be the entry's own
+  const Value copy = key;  // the key may be the entry's own
+  editable(body_).remove(copy);
 }
 
-void Dictionary::removeAll() { editable(body_).assign({}); }
+void Dictionary::removeAll() { editable(body_).removeAll(); }
 
-const ClassRef& Dictionary::archivedClass() const { return bodyOf(body_).archivedClass; }
+const ClassRef& Dictionary::archivedClass() const { return bodyOf(body_).archivedClass(); }
 void Dictionary::setArchivedClass(ClassRef archivedClass) {
-  editable(body_).archivedClass = std::move(archivedClass);
+  editable(body_).setArchivedClass(std::move(archivedClass));
 }
 
 bool Dictionary::operator==(const Dictionary& other) const {

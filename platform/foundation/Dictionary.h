@@ -1,6 +1,7 @@
 #pragma once
 
 #include <initializer_list>
+#include <span>
 #include <string_view>
 #include <utility>
 #include <vector>
@@ -36,8 +37,8 @@ class Dictionary {
     return objectForKey(std::string_view(utf8Key));
   }
   [[nodiscard]] bool contains(const Value& key) const;
-  /// Keys and values in order.
-  [[nodiscard]] const std::vector<Entry>& entries() const;
+  /// Keys and values in order; valid until the dictionary changes or goes.
+  [[nodiscard]] std::span<const Entry> entries() const;
   [[nodiscard]] auto begin() const { return entries().begin(); }
   [[nodiscard]] auto end() const { return entries().end(); }
 

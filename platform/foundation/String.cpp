@@ -118,9 +118,7 @@ const ClassRef& StringBody::archivedClass() const {
 }
 
 bool StringBody::isEqual(const ValueBody& other) const {
-  const auto& that = static_cast<const StringBody&>(other);
-  if (length_ != that.length_ || isWide_ != that.isWide_) return false;
-  return std::memcmp(text_, that.text_, isWide_ ? length_ * 2 : length_) == 0;
+  return hasTextOf(static_cast<const StringBody&>(other));
 }
 
 size_t StringBody::hash() const {

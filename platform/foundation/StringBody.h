@@ -28,6 +28,10 @@ class StringBody : public ValueBody {
     return isWide_ ? wide()[index]
                    : static_cast<char16_t>(static_cast<unsigned char>(ascii()[index]));
   }
+  [[nodiscard]] bool hasTextOf(const StringBody& other) const {
+    return length_ == other.length_ && isWide_ == other.isWide_ &&
+           std::memcmp(text_, other.text_, isWide_ ? length_ * 2 : length_) == 0;
+  }
   template <class Unit>
   Unit* fill() {
     return reinterpret_cast<Unit*>(this + 1);

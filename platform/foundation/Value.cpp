@@ -198,7 +198,7 @@ Value::Value(const Array& array) : body_(array.body_) {
   if (!body_) body_ = Ref<const ValueBody>(new ArrayBody());
 }
 Value::Value(const Dictionary& dictionary) : body_(dictionary.body_) {
-  if (!body_) body_ = Ref<const ValueBody>(new DictionaryBody());
+  if (!body_) body_ = DictionaryBody::make();
 }
 
 Value Value::fromObject(std::shared_ptr<Object> object) {
@@ -316,7 +316,7 @@ ClassRef Value::archivedClass() const {
     case Kind::array:
       return as<ArrayBody>(body_).archivedClass;
     case Kind::dictionary:
-      return as<DictionaryBody>(body_).archivedClass;
+      return as<DictionaryBody>(body_).archivedClass();
     default:
       return nullptr;
   }

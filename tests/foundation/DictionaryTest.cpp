@@ -15,6 +15,10 @@ using testing::Dice;
 using ::testing::ElementsAre;
 using Entry = Dictionary::Entry;
 
+std::vector<Entry> listOf(const Dictionary& dictionary) {
+  return {dictionary.begin(), dictionary.end()};
+}
+
 TEST(Dictionary, FindsValuesByKey) {
   const Dictionary dictionary{{"one", 1}, {2, "two"}, {"ä", 3}};
   EXPECT_EQ(dictionary.count(), 3U);
@@ -77,7 +81,7 @@ TEST(Dictionary, StoringWhatIsThereIsNoEdit) {
   Dictionary dictionary = DictionaryAccess::make({{"a", value}, {"b", 2}}, nullptr, origin);
   const Dictionary copy = dictionary;
   dictionary.setObjectForKey(value, "a");
-  EXPECT_EQ(&dictionary.entries(), &copy.entries()) << "still shared";
+  EXPECT_EQ(dictionary.entries().data(), copy.entries().data()) << "still shared";
   EXPECT_EQ(DictionaryAccess::origin(dictionary), origin.get());
   // An equal value is another one: its class, or what kind of number it is, may differ.
   dictionary.setObjectForKey(2.0, "b");
@@ -129,7 +133,7 @@ TEST(Dictionary, FirstOfEqualKeysCounts) {
     EXPECT_EQ(removedByOwnKey.count(), removed.count());
     Dictionary alone(entries);  // not shared, so changed in place
     alone.removeObjectForKey(alone.begin()->first);
-    EXPECT_EQ(alone.entries(), removed.entries());
+    EXPECT_EQ(listOf(alone), listOf(removed));
   }
 }
 
@@ -238,7 +242,7 @@ TEST(Dictionary, AgreesWithAListAndItsSnapshots) {
         ASSERT_EQ(dictionary.objectForKey(Value(key)), model.value(key));
         ASSERT_EQ(dictionary.contains(key), !model.value(key).isNone());
       } else if (choice < 95) {
-        ASSERT_EQ(dictionary.entries(), model.entries());
+        ASSERT_EQ(listOf(dictionary), model.entries());
       } else if (choice < 97) {
         snapshots.emplace_back(dictionary, model.entries());
       } else if (choice == 97 && dice.roll(20) == 0) {
@@ -248,7 +252,7 @@ TEST(Dictionary, AgreesWithAListAndItsSnapshots) {
       ASSERT_EQ(dictionary.count(), model.count());
       ASSERT_EQ(dictionary.empty(), model.count() == 0);
     }
-    for (const auto& [copy, entries] : snapshots) ASSERT_EQ(copy.entries(), entries);
+    for (const auto& [copy, entries] : snapshots) ASSERT_EQ(listOf(copy), entries);
   }
 }
 
