@@ -272,6 +272,7 @@ std::optional<ns::Value> OLNode::archivedValueForKey(std::string_view key, Wante
 void OLNode::loadArchivedData() const {
   data_ = archived_.archive->value(archived_.data, &dataAfterLoading(isArchivedDataEscaped_))
               .dictionary();
+  hasData_ = true;
   archived_.data = 0;
   leaveArchive();
 }

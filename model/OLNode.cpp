@@ -67,7 +67,7 @@ void OLNode::dismantle(OLNodeList nodes) noexcept {
 
 std::shared_ptr<OLNode> OLNode::create() {
   auto node = std::make_shared<OLNode>();
-  node->isDataEmpty_ = true;
+  node->hasData_ = true;
   return node;
 }
 
@@ -78,7 +78,7 @@ std::shared_ptr<OLNode> OLNode::copy() const {
   copy->children_ = children_;
   copy->childrenForm_ = hasChildrenArray() ? ChildrenForm::immutableArray : ChildrenForm::none;
   copy->data_ = data_;
-  copy->isDataEmpty_ = isDataEmpty_;
+  copy->hasData_ = hasData_;
   copy->isExpanded_ = isExpanded_;
   copy->isOutlineStyle_ = isOutlineStyle_;
   return copy;
@@ -114,16 +114,14 @@ bool OLNode::isContainedBy(const OLNode* node) const {
 }
 
 const ns::Dictionary* OLNode::loadedData() const {
-  static thread_local const ns::Dictionary empty;
   if (archived_.data != 0) loadArchivedData();
-  if (data_) return &*data_;
-  return isDataEmpty_ ? &empty : nullptr;
+  return hasData_ ? &data_ : nullptr;
 }
 
-ns::Dictionary* OLNode::editData() {
+ns::Dictionary& OLNode::editData() {
   if (archived_.data != 0) loadArchivedData();
-  if (!data_) data_.emplace();
-  return &*data_;
+  hasData_ = true;
+  return data_;
 }
 
 std::optional<ns::Dictionary> OLNode::data() const {
@@ -134,8 +132,8 @@ std::optional<ns::Dictionary> OLNode::data() const {
 void OLNode::setData(std::optional<ns::Dictionary> data) {
   archived_.data = 0;
   leaveArchive();
-  isDataEmpty_ = false;
-  data_ = std::move(data);
+  hasData_ = data.has_value();
+  data_ = std::move(data).value_or(ns::Dictionary());
 }
 
 ns::Value OLNode::storedValueForKey(const ns::Value& key, Wanted wanted) const {
@@ -170,7 +168,7 @@ bool OLNode::setDataForKey(const ns::Value& value, const ns::Value& key) {
   if (value.isNone()) {
     removeDataForKey(key);
   } else {
-    editData()->setObjectForKey(value, key);
+    editData().setObjectForKey(value, key);
   }
   return true;
 }
@@ -178,32 +176,25 @@ bool OLNode::setDataForKey(const ns::Value& value, const ns::Value& key) {
 void OLNode::removeDataForKey(const ns::Value& key) {
   if (key.isNone()) return;
   const ns::Dictionary* data = loadedData();
-  if (data && data->contains(key)) editData()->removeObjectForKey(key);
+  if (data && data->contains(key)) editData().removeObjectForKey(key);
 }
 
-ns::Dictionary OLNode::runtimeAttributes() const {
-  return runtimeAttributes_ ? *runtimeAttributes_ : ns::Dictionary();
-}
+ns::Dictionary OLNode::runtimeAttributes() const { return runtimeAttributes_.dictionary(); }
 
 void OLNode::setRuntimeAttributes(ns::Dictionary attributes) {
-  runtimeAttributes_ = std::make_unique<ns::Dictionary>(std::move(attributes));
+  runtimeAttributes_ = OLRuntimeAttributes(std::move(attributes));
 }
 
 void OLNode::setRuntimeAttributeValueForKey(const ns::Value& value, const ns::Value& key) {
-  if (key.isNone()) return;
-  if (!runtimeAttributes_) {
-    if (value.isNone()) return;
-    runtimeAttributes_ = std::make_unique<ns::Dictionary>();
-  }
-  runtimeAttributes_->setObjectForKey(value, key);
+  if (!key.isNone()) runtimeAttributes_.setObjectForKey(value, key);
 }
 
 ns::Value OLNode::runtimeAttributeValueForKey(const ns::Value& key) const {
-  return runtimeAttributes_ && !key.isNone() ? runtimeAttributes_->objectForKey(key) : ns::Value();
+  return key.isNone() ? ns::Value() : runtimeAttributes_.objectForKey(key);
 }
 
 ns::Value OLNode::runtimeAttributeValueForKey(const char* key) const {
-  return runtimeAttributes_ && key ? runtimeAttributes_->objectForKey(key) : ns::Value();
+  return key ? runtimeAttributes_.objectForKey(std::string_view(key)) : ns::Value();
 }
 
 }  // namespace tavlin

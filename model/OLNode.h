@@ -6,6 +6,7 @@
 #include <string_view>
 
 #include "model/OLItems.h"
+#include "model/OLRuntimeAttributes.h"
 #include "platform/archive/FieldReader.h"
 #include "platform/foundation/Dictionary.h"
 #include "platform/foundation/IndexSet.h"
@@ -206,6 +207,9 @@ class OLNode : public ns::Object {
   [[nodiscard]] ns::Value runtimeAttributeValueForKey(const ns::Value& key) const;
   /// The same for a literal, without making a value of it.
   [[nodiscard]] ns::Value runtimeAttributeValueForKey(const char* key) const;
+  /// The same for the flags: a boolean under the flag's name.
+  void setRuntimeFlag(OLRuntimeFlag flag, bool value) { runtimeAttributes_.setFlag(flag, value); }
+  [[nodiscard]] bool runtimeFlag(OLRuntimeFlag flag) const { return runtimeAttributes_.flag(flag); }
 
   // Archive coding.  Defined in document/.
 
@@ -237,6 +241,7 @@ class OLNode : public ns::Object {
 
  private:
   friend class OLTree;
+  friend class SubtreeItems;
 
   /// What the children array is as an archived object.  Operations here treat all alike, and
   /// every change of the list makes it a mutable array.
@@ -273,15 +278,29 @@ class OLNode : public ns::Object {
   /// The data for reading, or none when there is no dictionary.  Valid until the data changes.
   [[nodiscard]] const ns::Dictionary* loadedData() const;
   /// The data for a change; made when there is none.
-  [[nodiscard]] ns::Dictionary* editData();
+  [[nodiscard]] ns::Dictionary& editData();
 
+  /// Has what walks read of the node fetched into a cache, for who will look at it soon.
+  void prefetch() const {
+    constexpr size_t kCacheLine = 64;
+    __builtin_prefetch(&parent_);
+    __builtin_prefetch(reinterpret_cast<const char*>(&parent_) + kCacheLine);
+  }
+
+  // What walks read of every item comes first, so that it lies in as few lines of a cache as can
+  // be.
   std::weak_ptr<OLNode> parent_;
   /// Null or empty while there are no children.  Nodes may share one list: a copy with its source,
   /// nodes whose archive had them share it.
   mutable std::shared_ptr<OLNodeList> children_;
-  /// The dictionary.  Without one the data is none, or empty if `isDataEmpty_` says so: a new node
-  /// gets its dictionary with the first value.
-  mutable std::optional<ns::Dictionary> data_;
+  mutable ns::Dictionary data_;
+  [[no_unique_address]] OLRuntimeAttributes runtimeAttributes_;
+  mutable bool hasData_ : 1 = false;  ///< Otherwise the data is none, or in the archive.
+  bool isExpanded_ : 1 = false;
+  bool isOutlineStyle_ : 1 = false;
+  bool isArchivedDataEscaped_ : 1 = false;
+  mutable uint8_t archivedReads_ = 0;  // of values of data that stayed in the archive
+  mutable ChildrenForm childrenForm_ = ChildrenForm::mutableArray;
   /// Where children or data lie that nobody has asked for since they were loaded.
   struct Archived {
     std::shared_ptr<const ns::KeyedArchive> archive;
@@ -290,16 +309,8 @@ class OLNode : public ns::Object {
     uint32_t data = 0;      ///< of the dictionary, 0 when the data is here
   };
   mutable Archived archived_;
-  /// Null while empty.
-  std::unique_ptr<ns::Dictionary> runtimeAttributes_;
-  mutable ns::Value hashNumber_;
   mutable int64_t cacheIndexOfChild_ = 0;
-  bool isDataEmpty_ = false;
-  bool isExpanded_ = false;
-  bool isOutlineStyle_ = false;
-  bool isArchivedDataEscaped_ = false;
-  mutable uint8_t archivedReads_ = 0;  // of values of data that stayed in the archive
-  mutable ChildrenForm childrenForm_ = ChildrenForm::mutableArray;
+  mutable ns::Value hashNumber_;
 };
 
 }  // namespace tavlin

@@ -3,24 +3,18 @@
 #include "model/CircleGuard.h"
 #include "model/runtime/OLTreeRuntimeAttributesController.h"
 #include "model/runtime/PointerScope.h"
+#include "model/runtime/SubtreeItems.h"
 #include "model/runtime/UpwardRefresh.h"
 
 namespace tavlin {
 namespace {
 
-bool flag(const OLNode& item, const ns::Value& key) {
-  return item.runtimeAttributeValueForKey(key).boolValue();
-}
+using Flag = OLRuntimeFlag;
 
 }  // namespace
 
 bool OLTreeRuntimeAttributesController::isChecked(const OLNode& item) const {
   return item.dataForKey(values_.checkStatus).boolValue();
-}
-
-void OLTreeRuntimeAttributesController::setFlag(bool state, const ns::Value& key,
-                                                const std::shared_ptr<OLNode>& item) const {
-  if (item) item->setRuntimeAttributeValueForKey(state ? values_.yes : values_.no, key);
 }
 
 bool OLTreeRuntimeAttributesController::showCheckStateByItem(
@@ -35,8 +29,9 @@ OLRuntimeCheckState OLTreeRuntimeAttributesController::runtimeCheckStateByItem(
   if (!item) return OLRuntimeCheckStateUnchecked;
   if (!showCheckStateByItem(item)) return OLRuntimeCheckStateHidden;
   if (isChecked(*item)) return OLRuntimeCheckStateChecked;
-  if (flag(*item, values_.allChildren)) return OLRuntimeCheckStateAllChildrenChecked;
-  const bool isPartly = flag(*item, values_.descendant) || flag(*item, values_.ancestor);
+  if (item->runtimeFlag(Flag::checkedAllChildren)) return OLRuntimeCheckStateAllChildrenChecked;
+  const bool isPartly =
+      item->runtimeFlag(Flag::checkedDescendant) || item->runtimeFlag(Flag::checkedAncestor);
   return isPartly ? OLRuntimeCheckStatePartlyChecked : OLRuntimeCheckStateUnchecked;
 }
 
@@ -44,7 +39,8 @@ bool OLTreeRuntimeAttributesController::checkStateOfDescendantsByItem(
     const std::shared_ptr<OLNode>& item) const {
   if (!item) return false;
   return std::ranges::any_of(item->children(), [&](const auto& child) {
-    return flag(*child, values_.descendant) || (isChecked(*child) && showCheckStateByItem(child));
+    return child->runtimeFlag(Flag::checkedDescendant) ||
+           (isChecked(*child) && showCheckStateByItem(child));
   });
 }
 
@@ -56,7 +52,8 @@ bool OLTreeRuntimeAttributesController::checkStateOfAllChildrenByItem(
     const bool isShown = showCheckStateByItem(child);
     if (!isShown && child->countChildren() == 0) continue;
     isAnyCounted = true;
-    if (!(isShown && isChecked(*child)) && !flag(*child, values_.allChildren)) return false;
+    if (!(isShown && isChecked(*child)) && !child->runtimeFlag(Flag::checkedAllChildren))
+      return false;
   }
   return isAnyCounted || !showCheckStateByItem(item);
 }
@@ -65,22 +62,23 @@ bool OLTreeRuntimeAttributesController::checkStateOfAncestorsByItem(
     const std::shared_ptr<OLNode>& item) const {
   const auto parent = item ? item->parent() : nullptr;
   if (!parent) return false;
-  return (isChecked(*parent) && showCheckStateByItem(parent)) || flag(*parent, values_.ancestor);
+  return (isChecked(*parent) && showCheckStateByItem(parent)) ||
+         parent->runtimeFlag(Flag::checkedAncestor);
 }
 
 void OLTreeRuntimeAttributesController::setCheckStateOfDescendantsByItem(
     bool state, const std::shared_ptr<OLNode>& item) {
-  setFlag(state, values_.descendant, item);
+  if (item) item->setRuntimeFlag(Flag::checkedDescendant, state);
 }
 
 void OLTreeRuntimeAttributesController::setCheckStateOfAllChildrenByItem(
     bool state, const std::shared_ptr<OLNode>& item) {
-  setFlag(state, values_.allChildren, item);
+  if (item) item->setRuntimeFlag(Flag::checkedAllChildren, state);
 }
 
 void OLTreeRuntimeAttributesController::setCheckStateOfAncestorsByItem(
     bool state, const std::shared_ptr<OLNode>& item) {
-  setFlag(state, values_.ancestor, item);
+  if (item) item->setRuntimeFlag(Flag::checkedAncestor, state);
 }
 
 void OLTreeRuntimeAttributesController::updateCheckStateOfDescendantsByItem(
@@ -98,45 +96,40 @@ void OLTreeRuntimeAttributesController::updateCheckStateOfAncestorsByItem(
   setCheckStateOfAncestorsByItem(checkStateOfAncestorsByItem(item), item);
 }
 
-// Backward in document order, so that children come before their parents.  The walk to the root
-// ends before it, at the first item.
-void OLTreeRuntimeAttributesController::updateSubtreeUpward(const std::shared_ptr<OLNode>& item,
-                                                            Update update) {
-  if (!item) return;
-  const OLTree& tree = treeOrNone();
-  CircleGuard guard;
-  auto at = tree.lastItemByItem(item);
-  while (at && at != item && !guard.closes(at.get())) {
-    (this->*update)(at);
-    at = tree.prevItemByItem(at);
+// The three passes of one build share their list of items.
+template <class Pass>
+void OLTreeRuntimeAttributesController::passOverSubtree(const std::shared_ptr<OLNode>& item,
+                                                        Pass pass) {
+  if (subtree_ && subtree_->top() == item.get()) {
+    pass(*subtree_);
+  } else {
+    pass(SubtreeItems(item));
   }
-  if (at == item) (this->*update)(item);
 }
 
 void OLTreeRuntimeAttributesController::buildCheckStateOfDescendantsByItem(
     const std::shared_ptr<OLNode>& item) {
-  updateSubtreeUpward(item,
-                      &OLTreeRuntimeAttributesController::updateCheckStateOfDescendantsByItem);
+  passOverSubtree(item, [this](const SubtreeItems& items) {
+    items.forEachBackward([this](const auto& each) {
+      if (!treeOrNone().isRoot(each)) updateCheckStateOfDescendantsByItem(each);
+    });
+  });
 }
 
 void OLTreeRuntimeAttributesController::buildCheckStateOfAllChildrenByItem(
     const std::shared_ptr<OLNode>& item) {
-  updateSubtreeUpward(item,
-                      &OLTreeRuntimeAttributesController::updateCheckStateOfAllChildrenByItem);
+  passOverSubtree(item, [this](const SubtreeItems& items) {
+    items.forEachBackward([this](const auto& each) {
+      if (!treeOrNone().isRoot(each)) updateCheckStateOfAllChildrenByItem(each);
+    });
+  });
 }
 
 void OLTreeRuntimeAttributesController::buildCheckStateOfAncestorsByItem(
     const std::shared_ptr<OLNode>& item) {
-  if (!item) return;
-  const OLTree& tree = treeOrNone();
-  const auto last = tree.lastItemByItem(item);
-  CircleGuard guard;
-  auto at = item;
-  while (at && at != last && !guard.closes(at.get())) {
-    updateCheckStateOfAncestorsByItem(at);
-    at = tree.nextItemByItem(at);
-  }
-  if (last && at == last) updateCheckStateOfAncestorsByItem(last);
+  passOverSubtree(item, [this](const SubtreeItems& items) {
+    items.forEach([this](const auto& each) { updateCheckStateOfAncestorsByItem(each); });
+  });
 }
 
 void OLTreeRuntimeAttributesController::buildCheckStateDescendantsAndAllChildrenFromItem(
@@ -152,6 +145,8 @@ void OLTreeRuntimeAttributesController::buildCheckStateDescendantsAndAllChildren
 
 void OLTreeRuntimeAttributesController::buildRuntimeCheckStateByItem(
     const std::shared_ptr<OLNode>& item) {
+  const SubtreeItems items(item);
+  const PointerScope<const SubtreeItems> sharing(subtree_, &items);
   buildCheckStateOfDescendantsByItem(item);
   buildCheckStateOfAllChildrenByItem(item);
   buildCheckStateOfAncestorsByItem(item);

@@ -8,18 +8,12 @@
 
 namespace tavlin {
 
+class SubtreeItems;
 class UpwardRefresh;
 
-// The runtime attributes of a node that this layer keeps.  The first three hold booleans and
-// read as false when absent.
+// The runtime attributes of a node that this layer keeps: those of the flags (see
+// model/OLRuntimeAttributes.h) and one more.
 
-/// Some descendant, at any depth, is shown and checked.
-inline constexpr char SNRuntimeAttributeCheckedDescendant[] = "SNRuntimeAttributeCheckedDescendant";
-/// Every child that counts is checked, or has all its children checked.
-inline constexpr char SNRuntimeAttributeCheckedAllChildren[] =
-    "SNRuntimeAttributeCheckedAllChildren";
-/// Some ancestor, the root included, is shown and checked.
-inline constexpr char SNRuntimeAttributeCheckedAncestor[] = "SNRuntimeAttributeCheckedAncestor";
 /// The number label, as the format made it.
 inline constexpr char SNRuntimeAttributeNumberLabel[] = "SNRuntimeAttributeNumberLabel";
 
@@ -124,6 +118,7 @@ class OLTreeRuntimeAttributesController : public OLTreeController {
       const std::shared_ptr<OLNode>& item);
   /// -buildRuntimeCheckStateByItem:  buildCheckStateOfDescendantsByItem(),
   /// buildCheckStateOfAllChildrenByItem() and buildCheckStateOfAncestorsByItem(), in this order.
+  /// All three go through the items that the subtree had when this began.
   virtual void buildRuntimeCheckStateByItem(const std::shared_ptr<OLNode>& item);
   /// -buildRuntimeCheckState  buildRuntimeCheckStateByItem() for each child of the root.  To be
   /// called when a tree was loaded or replaced; nothing here calls it.  Linear.
@@ -251,21 +246,15 @@ class OLTreeRuntimeAttributesController : public OLTreeController {
   struct Values {
     ns::Value checkStatus = "checkStatus";
     ns::Value showCheckState = "showCheckState";
-    ns::Value descendant = SNRuntimeAttributeCheckedDescendant;
-    ns::Value allChildren = SNRuntimeAttributeCheckedAllChildren;
-    ns::Value ancestor = SNRuntimeAttributeCheckedAncestor;
     ns::Value label = SNRuntimeAttributeNumberLabel;
-    ns::Value yes = true;
-    ns::Value no = false;
   };
-  using Update = void (OLTreeRuntimeAttributesController::*)(const std::shared_ptr<OLNode>&);
 
   /// The tree; one without root while the controller has none.
   [[nodiscard]] const OLTree& treeOrNone() const;
 
   [[nodiscard]] bool isChecked(const OLNode& item) const;
-  void setFlag(bool state, const ns::Value& key, const std::shared_ptr<OLNode>& item) const;
-  void updateSubtreeUpward(const std::shared_ptr<OLNode>& item, Update update);
+  template <class Pass>
+  void passOverSubtree(const std::shared_ptr<OLNode>& item, Pass pass);
   void refreshHiddenLeavesBelow(const std::shared_ptr<OLNode>& item);
   /// buildCheckStateDescendantsAndAllChildrenFromItem() for each of the items of one edit.
   void refreshUpwardFromItems(const OLNodeList& items);
@@ -281,6 +270,7 @@ class OLTreeRuntimeAttributesController : public OLTreeController {
   std::shared_ptr<const OLNumberLabelFormat> numberLabelFormat_;
   uint64_t cacheIndexForItem_ = 0;
   UpwardRefresh* upwardRefresh_ = nullptr;
+  const SubtreeItems* subtree_ = nullptr;
   LabelRun* labelRun_ = nullptr;
 };
 

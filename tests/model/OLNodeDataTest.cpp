@@ -115,6 +115,59 @@ TEST(OLNodeRuntimeAttributes, StoreReadAndRemove) {
   EXPECT_EQ(node->runtimeAttributes().count(), 1U);
 }
 
+TEST(OLNodeRuntimeAttributes, FlagsAreBooleansUnderTheirNames) {
+  const std::pair<OLRuntimeFlag, const char*> flags[] = {
+      {OLRuntimeFlag::checkedDescendant, "SNRuntimeAttributeCheckedDescendant"},
+      {OLRuntimeFlag::checkedAllChildren, "SNRuntimeAttributeCheckedAllChildren"},
+      {OLRuntimeFlag::checkedAncestor, "SNRuntimeAttributeCheckedAncestor"}};
+  for (const auto& [flag, name] : flags) {
+    const auto node = OLNode::create();
+    node->setRuntimeAttributeValueForKey(1, "level");
+    EXPECT_FALSE(node->runtimeFlag(flag));
+    EXPECT_TRUE(node->runtimeAttributeValueForKey(name).isNone());
+    for (const bool value : {false, true, false}) {
+      node->setRuntimeFlag(flag, value);
+      EXPECT_EQ(node->runtimeFlag(flag), value);
+      EXPECT_EQ(node->runtimeAttributeValueForKey(name).kind(), ns::Kind::boolean);
+      EXPECT_EQ(node->runtimeAttributeValueForKey(ns::Value(name)), ns::Value(value));
+      EXPECT_EQ(node->runtimeAttributes(), (ns::Dictionary{{"level", 1}, {name, value}}));
+      for (const auto& [other, otherName] : flags) {
+        if (other == flag) continue;
+        EXPECT_FALSE(node->runtimeFlag(other));
+        EXPECT_TRUE(node->runtimeAttributeValueForKey(otherName).isNone());
+      }
+    }
+    node->setRuntimeAttributeValueForKey(true, name);
+    EXPECT_TRUE(node->runtimeFlag(flag));
+    node->setRuntimeAttributeValueForKey(nullptr, name);
+    EXPECT_FALSE(node->runtimeFlag(flag));
+    EXPECT_EQ(node->runtimeAttributes(), (ns::Dictionary{{"level", 1}}));
+  }
+}
+
+TEST(OLNodeRuntimeAttributes, UnderAFlagsNameMayBeAnything) {
+  constexpr char kName[] = "SNRuntimeAttributeCheckedAncestor";
+  const auto node = OLNode::create();
+  node->setRuntimeFlag(OLRuntimeFlag::checkedAncestor, false);
+  node->setRuntimeAttributeValueForKey("yes", kName);
+  EXPECT_EQ(node->runtimeAttributeValueForKey(kName), ns::Value("yes"));
+  EXPECT_TRUE(node->runtimeFlag(OLRuntimeFlag::checkedAncestor));
+  EXPECT_EQ(node->runtimeAttributes().count(), 1U);
+  node->setRuntimeFlag(OLRuntimeFlag::checkedAncestor, true);
+  EXPECT_EQ(node->runtimeAttributes(), (ns::Dictionary{{kName, true}}));
+  EXPECT_EQ(node->runtimeAttributes().objectForKey(kName).kind(), ns::Kind::boolean);
+
+  node->setRuntimeAttributes(ns::Dictionary{{"level", 1}, {kName, 0}});
+  EXPECT_FALSE(node->runtimeFlag(OLRuntimeFlag::checkedAncestor));
+  EXPECT_EQ(node->runtimeAttributeValueForKey(kName).kind(), ns::Kind::integer);
+  node->setRuntimeAttributes(ns::Dictionary{{"level", 1}, {kName, true}});
+  EXPECT_TRUE(node->runtimeFlag(OLRuntimeFlag::checkedAncestor));
+  EXPECT_EQ(node->runtimeAttributes(), (ns::Dictionary{{"level", 1}, {kName, true}}));
+  node->setRuntimeAttributes({});
+  EXPECT_FALSE(node->runtimeFlag(OLRuntimeFlag::checkedAncestor));
+  EXPECT_TRUE(node->runtimeAttributes().empty());
+}
+
 TEST(OLNodeRuntimeAttributes, ANoneKeyIsIgnored) {
   const auto node = OLNode::create();
   node->setRuntimeAttributeValueForKey(1, nullptr);

@@ -309,6 +309,32 @@ void callEverything(const Outline& outline, const std::vector<const char*>& name
 
 const std::vector<const char*> kAll{"A", "B", "C", "D", "E", "H"};
 
+// A subclass that takes a tree apart while it is built.
+class DismantlingController : public OLTreeRuntimeAttributesController {
+ public:
+  explicit DismantlingController(std::shared_ptr<OLNode> root) {
+    setTree(OLTree::initWithRootItem(std::move(root)));
+  }
+  void updateCheckStateOfAllChildrenByItem(const std::shared_ptr<OLNode>& item) override {
+    item->setChildren(std::nullopt);
+    item->removeFromParent();
+    OLTreeRuntimeAttributesController::updateCheckStateOfAllChildrenByItem(item);
+    ++updates;
+  }
+  size_t updates = 0;
+};
+
+TEST(RuntimeBuild, GoesThroughTheItemsThatThereWereAtItsStart) {
+  auto root = OLNode::create();
+  root->addChild(OLNode::create());
+  for (int i = 0; i < 3; ++i) root->childAtIndex(0)->addChild(OLNode::create());
+  root->childAtIndex(0)->childAtIndex(1)->addChild(OLNode::create());
+  const auto controller = std::make_shared<DismantlingController>(root);
+  controller->buildRuntimeCheckState();
+  EXPECT_EQ(controller->updates, 5U);
+  EXPECT_EQ(root->countChildren(), 0U);
+}
+
 TEST(RuntimeWrongLinks, ParentLinksInACircle) {
   for (const bool isHidden : {false, true}) {
     const Outline outline("A(B(C D-) E) H-");
