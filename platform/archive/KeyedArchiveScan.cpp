@@ -117,9 +117,7 @@ bool ArchiveScan::isTree() {
   for (const Link& link : links_) {
     // a parent that was not archived with its child is null
     if (places_[link.parent].kind == codeOf(Kind::none)) continue;
-    const uint32_t list = places_[link.child].owner;
-    if (list == 0 || places_[list].owner != link.parent) return false;
-    if (places_[link.parent].kind != kMember) return false;
+    if (!isChildOf(link.child, link.parent)) return false;
   }
   return true;
 }
@@ -310,7 +308,7 @@ bool ArchiveScan::scanRecord(uint32_t number, const Object& dictionary) {
         case Role::second:
           return false;  // stands in the record itself
         case Role::parent:
-          if (target != 0) links_.push_back({number, target});
+          if (target != 0 && !isChildOf(number, target)) links_.push_back({number, target});
           break;
         case Role::children:
           if (target == 0) break;

@@ -59,6 +59,11 @@ class ArchiveScan {
   /// A string, data or another value that is no container.
   bool scanText(const Object& object, bool* isMarked);
   bool isTree();
+  /// Whether a parent, as far as it is known, has a child in its list of children.
+  [[nodiscard]] bool isChildOf(uint32_t child, uint32_t parent) const {
+    const uint32_t list = places_[child].owner;
+    return list != 0 && places_[list].owner == parent && places_[parent].kind == kMember;
+  }
 
   KeySet& keySetOf(uint32_t number, const Object& dictionary);
   Plan& planOf(KeySet& keys, uint32_t number, const Object& dictionary, uint32_t classIndex);
@@ -93,7 +98,7 @@ class ArchiveScan {
     uint32_t child;
     uint32_t parent;
   };
-  std::vector<Link> links_;  // to parents that come later in the file
+  std::vector<Link> links_;  // to parents that are not yet known to be what they should be
   std::vector<std::unique_ptr<KeySet>> keySets_;
   std::unordered_map<const KeyedArchive::Shape*, KeySet*> keySetsByShape_;
   KeySet* recent_[64] = {};  // by a few bits of their keys
