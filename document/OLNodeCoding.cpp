@@ -237,7 +237,7 @@ void OLNode::loadArchivedChildren() const {
   const ns::KeyedArchive& archive = *archived_.archive;
   bool isEmpty = false;
   const auto form = childrenFormOf(
-      ns::FieldReader::listKind(archive, archive.record(archived_.children), &isEmpty));
+      ns::FieldReader::listKind(archive, archive.listRecord(archived_.children), &isEmpty));
   if (!isEmpty) {
     const auto self = std::const_pointer_cast<ns::Object>(shared_from_this());
     children_ = std::static_pointer_cast<OLNodeList>(ns::KeyedUnarchiver::decodeChildren(

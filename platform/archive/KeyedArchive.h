@@ -187,6 +187,14 @@ class KeyedArchive : public std::enable_shared_from_this<KeyedArchive> {
   [[nodiscard]] Record record(uint32_t number, const Object& object) const {
     return recordWith(number, object.bytes, object.count);
   }
+  /// The same for an object of a tree that is in some other's list of children, and for such a
+  /// list.  All of a document's mostly have one form, which then need not be looked for.
+  [[nodiscard]] Record memberRecord(uint32_t number) const {
+    return recordOfForm(findings_.memberForm, number);
+  }
+  [[nodiscard]] Record listRecord(uint32_t number) const {
+    return recordOfForm(findings_.listForm, number);
+  }
   [[nodiscard]] Object field(const Record& record, uint32_t position) const {
     return list_.object(list_.reference(record.values, position));
   }
@@ -393,6 +401,13 @@ class KeyedArchive : public std::enable_shared_from_this<KeyedArchive> {
   /// What was met while the archive was checked.  The lists hold what the root leads to, and
   /// maybe more.
   struct Findings {
+    /// What all objects of a tree, or all their lists, have in common.
+    struct OnlyForm {
+      const Shape* shape = nullptr;  // none when they differ
+      const Class* archivedClass = nullptr;
+    };
+    OnlyForm memberForm;
+    OnlyForm listForm;
     bool isTree = false;
     bool hasStrays = false;
     std::vector<uint32_t> objects;           // with an identity; none of a tree
@@ -404,6 +419,14 @@ class KeyedArchive : public std::enable_shared_from_this<KeyedArchive> {
     std::vector<uint32_t> attributedStrings;
   };
   Findings findings_;
+  [[nodiscard]] Record recordOfForm(const Findings::OnlyForm& form, uint32_t number) const {
+    const uint8_t* references = nullptr;
+    uint64_t count = 0;
+    if (!form.shape || !list_.isShortDictionary(entryIndex(number), &references, &count)) {
+      return record(number);
+    }
+    return {form.shape, form.archivedClass, references + count * list_.referenceSize()};
+  }
 
   mutable std::vector<std::unique_ptr<Shape>> shapes_;
   mutable std::unordered_multimap<uint64_t, const Shape*> shapesByHash_;

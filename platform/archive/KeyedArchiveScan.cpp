@@ -72,6 +72,18 @@ ArchiveScan::~ArchiveScan() = default;
 
 KeyedArchive::Findings ArchiveScan::takeFindings() {
   findings_.isTree = true;
+  using Form = KeyedArchive::Form;
+  const auto only = [&](bool isList) -> KeyedArchive::Findings::OnlyForm {
+    const auto isWanted = [&](const Form& form) {
+      return (places_[form.example].kind != kMember) == isList;
+    };
+    if (std::ranges::count_if(findings_.forms, isWanted) != 1) return {};
+    const KeyedArchive::Record record =
+        archive_.record(std::ranges::find_if(findings_.forms, isWanted)->example);
+    return {record.shape, record.archivedClass};
+  };
+  findings_.memberForm = only(false);
+  findings_.listForm = only(true);
   return std::move(findings_);
 }
 

@@ -102,6 +102,7 @@ std::shared_ptr<void> KeyedUnarchiver::decodeListForKey(const char* key, MakeLis
     constexpr size_t kAhead = 4;
     if (i + 2 * kAhead < elements.size()) archive_->prefetchOffset(elements[i + 2 * kAhead]);
     if (i + kAhead < elements.size()) archive_->prefetchObject(elements[i + kAhead]);
+    if (parent_) return makeObject(elements[i], archive_->memberRecord(elements[i]));
     std::shared_ptr<ns::Object> object = made(elements[i]);
     if (!object) {
       owner.fail("element " + std::to_string(i) + " of \"" + std::string(key) + "\" is " +
@@ -125,7 +126,7 @@ std::shared_ptr<void> KeyedUnarchiver::decodeChildren(
   KeyedUnarchiver unarchiver(archive);
   unarchiver.parentNumber_ = number;
   unarchiver.parent_ = object;
-  unarchiver.fields_ = FieldReader(*archive, number);
+  unarchiver.fields_ = FieldReader(*archive, number, archive->memberRecord(number));
   return unarchiver.decodeListForKey(key, make);
 }
 
