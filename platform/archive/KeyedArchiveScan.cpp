@@ -309,6 +309,9 @@ bool ArchiveScan::scanRecord(uint32_t number, const Object& dictionary) {
     const Role role = plan.roles[i];
     if (role == Role::ofClass) continue;
     const uint32_t index = list_.reference(values, i);
+    // equal booleans and numbers are one object of the file, which was looked at before
+    if (role == Role::boolean && (index == booleans_[0] || index == booleans_[1])) continue;
+    if (role == Role::integer && index == plan.integerIndex) continue;
     uint32_t target = 0;
     if (isUid(index, &target)) {
       switch (role) {
@@ -344,7 +347,10 @@ bool ArchiveScan::scanRecord(uint32_t number, const Object& dictionary) {
       continue;
     }
     const Object field = list_.object(index);
-    if (role == Role::boolean && field.type == Type::boolean) continue;
+    if (role == Role::boolean && field.type == Type::boolean) {
+      booleans_[field.width] = index;
+      continue;
+    }
     if (role == Role::integer && field.type == Type::integer) {
       noteInteger(plan, index);
       continue;
@@ -399,7 +405,6 @@ void ArchiveScan::noteForm(Plan& plan, uint32_t number) {
 }
 
 void ArchiveScan::noteInteger(Plan& plan, uint32_t index) {
-  // equal numbers are one object of the file
   if (plan.integerIndex == UINT32_MAX) plan.integerIndex = index;
   if (plan.integerIndex != index) findings_.forms[plan.form].isUniform = false;
 }
