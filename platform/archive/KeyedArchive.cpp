@@ -164,15 +164,16 @@ const KeyedArchive::Shape& KeyedArchive::shapeWith(uint32_t number, const uint8_
     return shape->count() == count &&
            BinaryPropertyList::areSame(shape->references_, references, length);
   };
-  const Shape*& recent = recentShapes_[slot];
-  if (recent && hasKeys(recent)) return *recent;
+  const Shape*(&recent)[2] = recentShapes_[slot];
+  if (recent[0] && hasKeys(recent[0])) return *recent[0];
+  std::swap(recent[0], recent[1]);
+  if (recent[0] && hasKeys(recent[0])) return *recent[0];
   const uint64_t hash = hashOf(references, length);
   const auto [from, to] = shapesByHash_.equal_range(hash);
   for (auto it = from; it != to; ++it) {
-    if (hasKeys(it->second)) return *(recent = it->second);
+    if (hasKeys(it->second)) return *(recent[0] = it->second);
   }
-  recent = &addShape(number, references, count, hash);
-  return *recent;
+  return *(recent[0] = &addShape(number, references, count, hash));
 }
 
 const KeyedArchive::Shape& KeyedArchive::addShape(uint32_t number, const uint8_t* references,
@@ -195,6 +196,7 @@ const KeyedArchive::Shape& KeyedArchive::addShape(uint32_t number, const uint8_t
     shape->keys_.push_back(name);
   }
   shape->literals_.resize(count);
+  shape->number_ = static_cast<uint32_t>(shapes_.size());
   shapes_.push_back(std::move(shape));
   const Shape* added = shapes_.back().get();
   shapesByHash_.emplace(hash, added);

@@ -65,6 +65,8 @@ class KeyedArchive : public std::enable_shared_from_this<KeyedArchive> {
     [[nodiscard]] uint32_t find(const String& key) const;
     /// The position of "$class", or count().
     [[nodiscard]] uint32_t classPosition() const { return class_; }
+    /// The shapes of an archive are numbered from 0 as they are met.
+    [[nodiscard]] uint32_t number() const { return number_; }
 
    private:
     friend class KeyedArchive;
@@ -74,7 +76,8 @@ class KeyedArchive : public std::enable_shared_from_this<KeyedArchive> {
     mutable uint32_t recent_ = 0;                // the position found last
     mutable const char* absent_ = nullptr;       // a literal that was looked for in vain
     const uint8_t* references_ = nullptr;        // of the keys, in the file
-    mutable uint32_t recentClassIndex_ = 0;      // the class of the record looked at last
+    uint32_t number_ = 0;
+    mutable uint32_t recentClassIndex_ = 0;  // the class of the record looked at last
     mutable const Class* recentClass_ = nullptr;
     uint32_t class_ = 0;      // position of "$class", or count()
     uint32_t className_ = 0;  // position of "$classname", or count()
@@ -430,8 +433,8 @@ class KeyedArchive : public std::enable_shared_from_this<KeyedArchive> {
 
   mutable std::vector<std::unique_ptr<Shape>> shapes_;
   mutable std::unordered_multimap<uint64_t, const Shape*> shapesByHash_;
-  /// Recent shapes by a few bits of their keys.
-  mutable const Shape* recentShapes_[64] = {};
+  /// Recent shapes by a few bits of their keys, two for each such value, the last one first.
+  mutable const Shape* recentShapes_[64][2] = {};
   mutable std::unordered_map<uint32_t, Class> classes_;  // by place in the object table
   mutable std::unordered_map<std::string, ClassRef> classesByContent_;
   mutable uint64_t nameBudget_ = 0;

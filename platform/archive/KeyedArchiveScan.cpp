@@ -4,6 +4,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <new>
+#include <unordered_map>
 
 #include "platform/archive/AsciiCheck.h"
 
@@ -49,8 +50,6 @@ struct ArchiveScan::Plan {
 /// Dictionaries with the same keys.
 struct ArchiveScan::KeySet {
   const KeyedArchive::Shape* shape;
-  const uint8_t* references;
-  uint64_t count;
   size_t length;  // of the references
   Plan* recent = nullptr;
   uint32_t recentClassIndex = 0;             // what names the class of the recent plan
@@ -183,27 +182,15 @@ bool ArchiveScan::scanText(const Object& object, bool* isMarked) {
 }
 
 ArchiveScan::KeySet& ArchiveScan::keySetOf(uint32_t number, const Object& dictionary) {
-  const size_t width = list_.referenceSize();
-  const size_t length = dictionary.count * width;
-  const size_t slot =
-      (dictionary.bytes[width - 1] * 5U + dictionary.bytes[length - 1] * 3U + dictionary.count) %
-      std::size(recent_);
-  KeySet*& recent = recent_[slot];
-  if (recent && recent->count == dictionary.count &&
-      BinaryPropertyList::areSame(recent->references, dictionary.bytes, length)) {
-    return *recent;
-  }
   const KeyedArchive::Shape& shape = archive_.shapeOf(number, dictionary);
-  KeySet*& known = keySetsByShape_[&shape];
+  if (shape.number() >= keySets_.size()) keySets_.resize(shape.number() + 1);
+  std::unique_ptr<KeySet>& known = keySets_[shape.number()];
   if (!known) {
-    keySets_.push_back(std::make_unique<KeySet>());
-    known = keySets_.back().get();
+    known = std::make_unique<KeySet>();
     known->shape = &shape;
-    known->references = dictionary.bytes;
-    known->count = dictionary.count;
-    known->length = length;
+    known->length = dictionary.count * list_.referenceSize();
   }
-  return *(recent = known);
+  return *known;
 }
 
 ArchiveScan::Plan& ArchiveScan::planOf(KeySet& keys, uint32_t number, const Object& dictionary,

@@ -2,7 +2,6 @@
 
 #include <cstdlib>
 #include <memory>
-#include <unordered_map>
 #include <vector>
 
 #include "platform/archive/KeyedArchive.h"
@@ -99,9 +98,7 @@ class ArchiveScan {
     uint32_t parent;
   };
   std::vector<Link> links_;  // to parents that are not yet known to be what they should be
-  std::vector<std::unique_ptr<KeySet>> keySets_;
-  std::unordered_map<const KeyedArchive::Shape*, KeySet*> keySetsByShape_;
-  KeySet* recent_[64] = {};                          // by a few bits of their keys
+  std::vector<std::unique_ptr<KeySet>> keySets_;     // by the numbers of their shapes
   uint32_t booleans_[2] = {UINT32_MAX, UINT32_MAX};  // where false and true lie in the file
   uint64_t budget_;                                  // elements and bytes of text to look at
 };
