@@ -29,6 +29,7 @@ set(private_headers
   document/NodeDataTransform.h
   model/CircleGuard.h
   model/runtime/ChildPlaces.h model/runtime/ItemLevels.h model/runtime/PointerScope.h
+  model/runtime/SubtreeItems.h
   model/runtime/UpwardRefresh.h
   model/scan/WalkGuard.h
   platform/archive/AsciiCheck.h platform/archive/XmlPropertyList.h
