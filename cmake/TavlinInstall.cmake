@@ -32,11 +32,12 @@ set(private_headers
   model/runtime/SubtreeItems.h
   model/runtime/UpwardRefresh.h
   model/scan/WalkGuard.h
-  platform/archive/AsciiCheck.h platform/archive/XmlPropertyList.h
+  platform/archive/XmlPropertyList.h
   platform/drawing/CairoSupport.h platform/drawing/Drawing.h platform/drawing/GradientFill.h
   platform/drawing/ImagePiece.h platform/drawing/PixelArea.h platform/drawing/PngCoding.h
   platform/drawing/ShadowBlur.h
-  platform/foundation/AtomicFileWriter.h platform/foundation/ContainerBodies.h
+  platform/foundation/AsciiCheck.h platform/foundation/AtomicFileWriter.h
+  platform/foundation/ContainerBodies.h
   platform/foundation/FileAttributes.h platform/foundation/FileHandle.h
   platform/foundation/FileReading.h platform/foundation/FileSteps.h
   platform/foundation/SignalGuard.h platform/foundation/StringBody.h

@@ -234,15 +234,11 @@ OLNode::ChildrenForm OLNode::childrenFormOf(ns::FieldReader::ListKind kind) {
 }
 
 void OLNode::loadArchivedChildren() const {
-  const ns::KeyedArchive& archive = *archived_.archive;
-  bool isEmpty = false;
-  const auto form = childrenFormOf(
-      ns::FieldReader::listKind(archive, archive.listRecord(archived_.children), &isEmpty));
-  if (!isEmpty) {
-    const auto self = std::const_pointer_cast<ns::Object>(shared_from_this());
-    children_ = std::static_pointer_cast<OLNodeList>(ns::KeyedUnarchiver::decodeChildren(
-        archived_.archive, archived_.number, self, kChildrenKey, makeChildren));
-  }
+  const auto form =
+      childrenFormOf(ns::FieldReader::listKind(archived_.archive->listRecord(archived_.children)));
+  const auto self = std::const_pointer_cast<ns::Object>(shared_from_this());
+  children_ = std::static_pointer_cast<OLNodeList>(ns::KeyedUnarchiver::decodeChildren(
+      archived_.archive, archived_.number, self, kChildrenKey, makeChildren));
   childrenForm_ = form;
   archived_.children = 0;
   leaveArchive();

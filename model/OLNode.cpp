@@ -5,7 +5,7 @@
 
 #include "model/CircleGuard.h"
 #include "model/OLExceptionController.h"
-#include "platform/archive/AsciiCheck.h"
+#include "platform/foundation/AsciiCheck.h"
 #include "platform/foundation/Exception.h"
 #include "platform/foundation/Log.h"
 #include "platform/foundation/NotificationCenter.h"

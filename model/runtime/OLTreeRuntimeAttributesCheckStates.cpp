@@ -107,22 +107,26 @@ void OLTreeRuntimeAttributesController::passOverSubtree(const std::shared_ptr<OL
   }
 }
 
-void OLTreeRuntimeAttributesController::buildCheckStateOfDescendantsByItem(
-    const std::shared_ptr<OLNode>& item) {
-  passOverSubtree(item, [this](const SubtreeItems& items) {
-    items.forEachBackward([this](const auto& each) {
-      if (!treeOrNone().isRoot(each)) updateCheckStateOfDescendantsByItem(each);
+// Backward in document order, so that children come before their parents; not for the root.
+void OLTreeRuntimeAttributesController::updateSubtreeUpward(const std::shared_ptr<OLNode>& item,
+                                                            Update update) {
+  passOverSubtree(item, [&](const SubtreeItems& items) {
+    items.forEachBackward([&](const auto& each) {
+      if (!treeOrNone().isRoot(each)) (this->*update)(each);
     });
   });
 }
 
+void OLTreeRuntimeAttributesController::buildCheckStateOfDescendantsByItem(
+    const std::shared_ptr<OLNode>& item) {
+  updateSubtreeUpward(item,
+                      &OLTreeRuntimeAttributesController::updateCheckStateOfDescendantsByItem);
+}
+
 void OLTreeRuntimeAttributesController::buildCheckStateOfAllChildrenByItem(
     const std::shared_ptr<OLNode>& item) {
-  passOverSubtree(item, [this](const SubtreeItems& items) {
-    items.forEachBackward([this](const auto& each) {
-      if (!treeOrNone().isRoot(each)) updateCheckStateOfAllChildrenByItem(each);
-    });
-  });
+  updateSubtreeUpward(item,
+                      &OLTreeRuntimeAttributesController::updateCheckStateOfAllChildrenByItem);
 }
 
 void OLTreeRuntimeAttributesController::buildCheckStateOfAncestorsByItem(

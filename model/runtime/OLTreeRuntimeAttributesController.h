@@ -253,8 +253,10 @@ class OLTreeRuntimeAttributesController : public OLTreeController {
   [[nodiscard]] const OLTree& treeOrNone() const;
 
   [[nodiscard]] bool isChecked(const OLNode& item) const;
+  using Update = void (OLTreeRuntimeAttributesController::*)(const std::shared_ptr<OLNode>&);
   template <class Pass>
   void passOverSubtree(const std::shared_ptr<OLNode>& item, Pass pass);
+  void updateSubtreeUpward(const std::shared_ptr<OLNode>& item, Update update);
   void refreshHiddenLeavesBelow(const std::shared_ptr<OLNode>& item);
   /// buildCheckStateDescendantsAndAllChildrenFromItem() for each of the items of one edit.
   void refreshUpwardFromItems(const OLNodeList& items);

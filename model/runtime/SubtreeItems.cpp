@@ -1,7 +1,6 @@
 #include "model/runtime/SubtreeItems.h"
 
 #include "model/CircleGuard.h"
-#include "model/OLNode.h"
 
 namespace tavlin {
 
@@ -38,7 +37,5 @@ SubtreeItems::SubtreeItems(const std::shared_ptr<OLNode>& item) : top_(item) {
     enter(*list[at]);
   }
 }
-
-void SubtreeItems::prefetch(const OLNode& item) { item.prefetch(); }
 
 }  // namespace tavlin

@@ -4,7 +4,7 @@
 #include <memory>
 #include <vector>
 
-#include "model/OLItems.h"
+#include "model/OLNode.h"
 
 namespace tavlin {
 
@@ -30,7 +30,7 @@ class SubtreeItems {
   void forEach(Visit visit) const {
     if (top_) visit(top_);
     for (size_t i = 0; i < below_.size(); ++i) {
-      if (i + kAhead < below_.size()) prefetch(**below_[i + kAhead]);
+      if (i + kAhead < below_.size()) (*below_[i + kAhead])->prefetch();
       visit(*below_[i]);
     }
   }
@@ -38,7 +38,7 @@ class SubtreeItems {
   template <class Visit>
   void forEachBackward(Visit visit) const {
     for (size_t i = below_.size(); i-- > 0;) {
-      if (i >= kAhead) prefetch(**below_[i - kAhead]);
+      if (i >= kAhead) (*below_[i - kAhead])->prefetch();
       visit(*below_[i]);
     }
     if (top_) visit(top_);
@@ -46,7 +46,6 @@ class SubtreeItems {
 
  private:
   static constexpr size_t kAhead = 32;  ///< how many steps ahead an item is fetched
-  static void prefetch(const OLNode& item);
 
   std::shared_ptr<OLNode> top_;
   /// The places of the others in the children lists.  Who changes a list that is held here changes

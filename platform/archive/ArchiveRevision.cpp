@@ -25,7 +25,6 @@ constexpr size_t kMostFurtherUids = 1000;
 // Values that somebody makes for a document are flat; deeper ones are left to the archiver.
 constexpr int kDeepest = 32;
 constexpr uint32_t kNone = UINT32_MAX;
-constexpr uint64_t kHeaderLength = 8;
 constexpr uint8_t kUid = 0x80;
 constexpr uint8_t kArray = 0xA0;
 constexpr uint8_t kDictionary = 0xD0;
@@ -454,7 +453,7 @@ void Revision::survey() {
   }
   const uint32_t count = list_.objectCount();
   size_t furtherUids = 0;
-  uint64_t offset = kHeaderLength;
+  uint64_t offset = BinaryPropertyList::kHeaderLength;
   for (uint32_t index = 0; index < count; ++index) {
     if (list_.offsetOf(index) != offset) throw TooMuch();
     const Object object = list_.object(index);

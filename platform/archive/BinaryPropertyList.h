@@ -47,6 +47,7 @@ class BinaryPropertyList {
     }
   };
 
+  static constexpr size_t kHeaderLength = 8;  ///< of "bplist00"
   /// Whether the data begins like a binary property list.
   static bool hasSignature(std::string_view data) { return data.substr(0, 6) == "bplist"; }
 
@@ -82,7 +83,7 @@ class BinaryPropertyList {
   [[nodiscard]] bool isShortDictionary(uint32_t index, const uint8_t** references,
                                        uint64_t* count) const {
     const uint64_t offset = offsetOf(index);
-    if (offset < 8 || offset >= tableOffset_) return false;
+    if (!isAmongObjects(offset)) return false;
     const uint8_t* at = base_ + offset;
     const unsigned pairs = *at - 0xD0U;
     if (pairs > 14 || uint64_t{pairs} * 2 * referenceSize_ > tableOffset_ - offset - 1) {
@@ -95,7 +96,7 @@ class BinaryPropertyList {
   /// Whether the object of an index is a sound UID, and its number.
   [[nodiscard]] bool isUid(uint32_t index, uint64_t* number) const {
     const uint64_t offset = offsetOf(index);
-    if (offset < 8 || offset >= tableOffset_) return false;
+    if (!isAmongObjects(offset)) return false;
     const uint8_t* at = base_ + offset;
     constexpr unsigned kWidest = 7;
     const unsigned width = *at - 0x80U;  // less one
@@ -131,6 +132,10 @@ class BinaryPropertyList {
   }
 
  private:
+  /// Whether an object may begin at an offset.
+  [[nodiscard]] bool isAmongObjects(uint64_t offset) const {
+    return offset >= kHeaderLength && offset < tableOffset_;
+  }
   /// The first bytes of eight, as many as a shift to the right leaves.
   static uint64_t loadShifted(const uint8_t* bytes, unsigned shift) {
     uint64_t word;
@@ -156,7 +161,7 @@ class BinaryPropertyList {
 
 inline BinaryPropertyList::Object BinaryPropertyList::object(uint32_t index) const {
   const uint64_t offset = offsetOf(index);
-  if (offset < 8 || offset >= tableOffset_) failObject(index, offset);
+  if (!isAmongObjects(offset)) failObject(index, offset);
   const uint8_t* at = base_ + offset;
   const uint64_t space = tableOffset_ - offset - 1;  // bytes behind the marker
   const uint8_t marker = *at++;

@@ -2,15 +2,8 @@
 
 namespace ns {
 
-std::optional<KeyedArchive::Object> FieldReader::fieldWithDollar(const char* key) const {
-  return archive_->fieldForKey(record_, String(std::string_view("$" + std::string(key))));
-}
-
-uint32_t FieldReader::targetWithDollar(const char* key) const {
-  const auto found = fieldWithDollar(key);
-  if (!found) return 0;
-  if (found->type != KeyedArchive::Type::uid) failReference(key);
-  return archive_->target(*found);
+uint32_t FieldReader::positionWithDollar(const char* key) const {
+  return record_.shape->find(String(std::string_view("$" + std::string(key))));
 }
 
 Kind FieldReader::kind(const char* key) const {
@@ -45,18 +38,6 @@ std::optional<KeyedArchive::Record> FieldReader::listRecord(const char* key) con
     if (list.archivedClass->kind() == Kind::array) return list;
   }
   failKind(key, archive_->kind(number), "an array");
-}
-
-FieldReader::ListKind FieldReader::listKind(const KeyedArchive& archive,
-                                            const std::optional<KeyedArchive::Record>& list,
-                                            bool* isEmpty) {
-  if (isEmpty) *isEmpty = true;
-  if (!list) return ListKind::none;
-  if (isEmpty) {
-    const auto elements = archive.fieldForKey(*list, "NS.objects");
-    *isEmpty = elements && elements->count == 0;
-  }
-  return list->archivedClass->isImmutableArray ? ListKind::immutableList : ListKind::mutableList;
 }
 
 std::vector<uint32_t> FieldReader::list(const char* key) const {

@@ -29,12 +29,13 @@ class FieldReader {
 
   /// What is stored under a key, or nothing.
   [[nodiscard]] std::optional<Object> field(const char* key) const {
-    return *key == '$' ? fieldWithDollar(key) : archive_->fieldForKey(record_, key);
+    const uint32_t position = positionOf(key);
+    if (position == record_.shape->count()) return std::nullopt;
+    return archive_->field(record_, position);
   }
   /// The number that the value under a key refers to, be it null; 0 when the key is missing.
   [[nodiscard]] uint32_t target(const char* key) const {
-    if (*key == '$') return targetWithDollar(key);
-    const uint32_t position = record_.shape->find(key);
+    const uint32_t position = positionOf(key);
     if (position == record_.shape->count()) return 0;
     if (const auto number = archive_->fieldTarget(record_, position)) return *number;
     failReference(key);
@@ -61,15 +62,14 @@ class FieldReader {
     return primitive(key, "an integer").integerValue();
   }
 
-  /// Whether the list under a key is of an immutable class, or null.  `isEmpty` becomes whether
-  /// it is known to have no elements; a list of a very old form may have none all the same.
+  /// Whether the list under a key is of an immutable class, or null.
   enum class ListKind : uint8_t { none, immutableList, mutableList };
-  [[nodiscard]] ListKind listKind(const char* key, bool* isEmpty = nullptr) const {
-    return listKind(*archive_, listRecord(key), isEmpty);
-  }
+  [[nodiscard]] ListKind listKind(const char* key) const { return listKind(listRecord(key)); }
   /// The same for the record of a list, or for none.
-  static ListKind listKind(const KeyedArchive& archive,
-                           const std::optional<KeyedArchive::Record>& list, bool* isEmpty);
+  static ListKind listKind(const std::optional<KeyedArchive::Record>& list) {
+    if (!list) return ListKind::none;
+    return list->archivedClass->isImmutableArray ? ListKind::immutableList : ListKind::mutableList;
+  }
   /// The numbers of the elements of the list under a key; none when it is missing or null.
   [[nodiscard]] std::vector<uint32_t> list(const char* key) const;
 
@@ -79,8 +79,11 @@ class FieldReader {
   [[noreturn]] void failKind(const char* key, Kind found, const char* expected) const;
 
  private:
-  [[nodiscard]] std::optional<Object> fieldWithDollar(const char* key) const;
-  [[nodiscard]] uint32_t targetWithDollar(const char* key) const;
+  /// The position of a key in the record, or how many there are.
+  [[nodiscard]] uint32_t positionOf(const char* key) const {
+    return *key == '$' ? positionWithDollar(key) : record_.shape->find(key);
+  }
+  [[nodiscard]] uint32_t positionWithDollar(const char* key) const;
   /// The record of the list under a key, which is an instance of a class of arrays, or nothing.
   [[nodiscard]] std::optional<KeyedArchive::Record> listRecord(const char* key) const;
   [[noreturn]] void failReference(const char* key) const;

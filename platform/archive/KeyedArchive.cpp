@@ -4,8 +4,8 @@
 #include <bit>
 #include <unordered_set>
 
-#include "platform/archive/AsciiCheck.h"
 #include "platform/archive/XmlPropertyList.h"
+#include "platform/foundation/AsciiCheck.h"
 
 namespace ns {
 

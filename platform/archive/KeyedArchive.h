@@ -8,7 +8,6 @@
 #include <optional>
 #include <string>
 #include <unordered_map>
-#include <unordered_set>
 #include <vector>
 
 #include "platform/archive/BinaryPropertyList.h"
@@ -130,10 +129,11 @@ class KeyedArchive : public std::enable_shared_from_this<KeyedArchive> {
   [[nodiscard]] bool isShared(uint32_t container) const {
     return std::ranges::binary_search(findings_.sharedContainers, container);
   }
-  /// Whether a tree's archive has an array without elements there that is some object's list of
-  /// children, of another class than NSArray.  A quick answer for leaves: never a false "yes".
+  /// For trees' archives only: whether there is an array without elements that is some object's
+  /// list of children, of another class than NSArray.  A quick answer for leaves: never a false
+  /// "yes".
   [[nodiscard]] bool isEmptyMutableList(uint32_t number) const {
-    return !findings_.emptyLists.empty() && findings_.emptyLists[number];
+    return findings_.emptyLists[number];
   }
   /// The numbers of all fonts, and of some that nothing leads to.
   [[nodiscard]] const std::vector<uint32_t>& fonts() const { return findings_.fonts; }

@@ -4,9 +4,9 @@
 #include <algorithm>
 #include <unordered_map>
 
-#include "platform/archive/AsciiCheck.h"
 #include "platform/archive/FieldReader.h"
 #include "platform/archive/KeyedArchiveScan.h"
+#include "platform/foundation/AsciiCheck.h"
 
 namespace ns {
 

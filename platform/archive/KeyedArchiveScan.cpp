@@ -4,9 +4,10 @@
 #include <cstdlib>
 #include <cstring>
 #include <new>
+#include <optional>
 #include <unordered_map>
 
-#include "platform/archive/AsciiCheck.h"
+#include "platform/foundation/AsciiCheck.h"
 
 namespace ns {
 
@@ -35,13 +36,12 @@ struct ArchiveScan::Plan {
     return static_cast<Role>(static_cast<uint8_t>(Role::parent) + static_cast<uint8_t>(form));
   }
 
-  const ClassCoding* coding;
+  const KeyedArchive::Class* archivedClass;
   uint8_t kind;                        // as in a place
   std::vector<Role> roles;             // by position
   bool hasFirst = false;               // and never more than one
   bool hasSecond = false;              // the same
   Type expected = Type::array;         // what stands there
-  bool isImmutableArray = false;       // of the class NSArray itself
   bool isChecked = false;              // by its fields alone
   size_t form = SIZE_MAX;              // in the findings, of members and their lists
   uint32_t integerIndex = UINT32_MAX;  // where the integer field of the first member leads
@@ -50,7 +50,6 @@ struct ArchiveScan::Plan {
 /// Dictionaries with the same keys.
 struct ArchiveScan::KeySet {
   const KeyedArchive::Shape* shape;
-  size_t length;  // of the references
   Plan* recent = nullptr;
   uint32_t recentClassIndex = 0;             // what names the class of the recent plan
   std::unordered_map<uint32_t, Plan> plans;  // by the number of the class
@@ -188,7 +187,6 @@ ArchiveScan::KeySet& ArchiveScan::keySetOf(uint32_t number, const Object& dictio
   if (!known) {
     known = std::make_unique<KeySet>();
     known->shape = &shape;
-    known->length = dictionary.count * list_.referenceSize();
   }
   return *known;
 }
@@ -204,8 +202,7 @@ ArchiveScan::Plan& ArchiveScan::planOf(KeySet& keys, uint32_t number, const Obje
   keys.recentClassIndex = classIndex;
   if (!isNew) return plan;
   const KeyedArchive::Shape& shape = *keys.shape;
-  plan.coding = record.archivedClass->coding;
-  plan.isImmutableArray = record.archivedClass->isImmutableArray;
+  plan.archivedClass = record.archivedClass;
   const Kind kind = record.archivedClass->kind();
   plan.kind = codeOf(kind);
   plan.roles.assign(shape.count(), Plan::Role::value);
@@ -235,8 +232,9 @@ ArchiveScan::Plan& ArchiveScan::planOf(KeySet& keys, uint32_t number, const Obje
     default:
       break;
   }
-  if (!plan.coding || plan.coding->fields.empty()) return plan;
-  const std::vector<FieldForm>& fields = plan.coding->fields;
+  const ClassCoding* coding = record.archivedClass->coding;
+  if (!coding || coding->fields.empty()) return plan;
+  const std::vector<FieldForm>& fields = coding->fields;
   if (kind == Kind::object) {
     plan.kind = kMember;
   } else {
@@ -255,10 +253,10 @@ bool ArchiveScan::scanReferences(uint32_t number, const Object& array, uint16_t 
   if (!spend(array.count)) return false;
   const bool isChildren = forbidden == allBut(kMember);
   for (uint64_t i = 0; i < array.count; ++i) {
-    uint32_t target = 0;
-    if (!isUid(list_.reference(array.bytes, i), &target)) return false;
-    refer(target, forbidden);
-    if (isChildren) places_[target].owner = number;
+    const std::optional<uint32_t> target = archive_.targetAt(list_.reference(array.bytes, i));
+    if (!target) return false;
+    refer(*target, forbidden);
+    if (isChildren) places_[*target].owner = number;
   }
   return true;
 }
@@ -273,7 +271,7 @@ bool ArchiveScan::scanRecord(uint32_t number, const Object& dictionary) {
     return archive_.isClassRecord(number, dictionary);
   }
   const auto count = static_cast<uint32_t>(dictionary.count);
-  const uint8_t* values = dictionary.bytes + keys.length;
+  const uint8_t* values = dictionary.bytes + size_t{count} * list_.referenceSize();
   Plan& plan = planOf(keys, number, dictionary, list_.reference(values, shape.classPosition()));
   places_[number].kind = plan.kind;
   if (!spend(count)) return false;
@@ -299,8 +297,8 @@ bool ArchiveScan::scanRecord(uint32_t number, const Object& dictionary) {
     // equal booleans and numbers are one object of the file, which was looked at before
     if (role == Role::boolean && (index == booleans_[0] || index == booleans_[1])) continue;
     if (role == Role::integer && index == plan.integerIndex) continue;
-    uint32_t target = 0;
-    if (isUid(index, &target)) {
+    if (const std::optional<uint32_t> uid = archive_.targetAt(index)) {
+      const uint32_t target = *uid;
       switch (role) {
         case Role::ofClass:
         case Role::value:
@@ -365,7 +363,7 @@ bool ArchiveScan::scanRecord(uint32_t number, const Object& dictionary) {
       break;
     case Kind::array:
       if (!plan.hasFirst) return false;
-      if (firstCount == 0 && places_[number].owner != 0 && !plan.isImmutableArray) {
+      if (firstCount == 0 && places_[number].owner != 0 && !plan.archivedClass->isImmutableArray) {
         findings_.emptyLists[number] = true;
       }
       break;
@@ -381,7 +379,8 @@ bool ArchiveScan::scanRecord(uint32_t number, const Object& dictionary) {
     default:
       break;
   }
-  if (plan.coding && plan.coding->check && !plan.isChecked) plan.coding->check(archive_, number);
+  const ClassCoding* coding = plan.archivedClass->coding;
+  if (coding && coding->check && !plan.isChecked) coding->check(archive_, number);
   return true;
 }
 

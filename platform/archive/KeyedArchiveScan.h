@@ -75,13 +75,6 @@ class ArchiveScan {
     if (place.mentions < 2) place.mentions = place.mentions + 1U;
     place.forbidden = static_cast<uint16_t>(place.forbidden | forbidden);
   }
-  /// The number that a reference of the file leads to, if what it leads to is a UID.
-  bool isUid(uint32_t index, uint32_t* number) const {
-    uint64_t target = 0;
-    if (!list_.isUid(index, &target) || target >= count_) return false;
-    *number = static_cast<uint32_t>(target);
-    return true;
-  }
   bool spend(uint64_t steps) {
     if (steps > budget_) return false;
     budget_ -= steps;

@@ -10,7 +10,6 @@ namespace ns {
 
 namespace {
 
-constexpr size_t kHeaderLength = 8;
 constexpr uint64_t kMostObjects = 0xFFFFFF00U;
 
 template <class T>
@@ -323,7 +322,7 @@ PropertyListWriter::Container PropertyListWriter::dictionary(size_t count) {
 
 /// Rewrites the objects with references of fewer bytes.
 void PropertyListWriter::narrow(unsigned width) {
-  std::string narrowed(buffer_, 0, kHeaderLength);
+  std::string narrowed(buffer_, 0, BinaryPropertyList::kHeaderLength);
   narrowed.reserve(buffer_.size());
   for (size_t index = 0; index < offsets_.size(); ++index) {
     const size_t from = offsets_[index];

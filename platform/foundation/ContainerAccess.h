@@ -24,15 +24,6 @@ class DictionaryAccess {
   static Dictionary make(std::span<const Dictionary::Entry> entries, ClassRef archivedClass,
                          Ref<const Origin> origin);
   static const Origin* origin(const Dictionary& dictionary);
-  /// Has the first entries fetched into a cache, for who will look at them soon.
-  static void prefetch(const Dictionary& dictionary) {
-    const auto* const body = reinterpret_cast<const char*>(dictionary.body_.get());
-    __builtin_prefetch(body);
-    __builtin_prefetch(body + kCacheLine);
-  }
-
- private:
-  static constexpr size_t kCacheLine = 64;
 };
 
 /// The same for strings and data with an archived class, and for dates.

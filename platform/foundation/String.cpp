@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "platform/foundation/AsciiCheck.h"
 #include "platform/foundation/Exception.h"
 #include "platform/foundation/StringBody.h"
 
@@ -46,12 +47,6 @@ Ref<const ValueBody> bodyWithUnits(size_t length, UnitAt unitAt) {
 
 Ref<const ValueBody> bodyWith(std::u16string_view units) {
   return bodyWithUnits(units.size(), [&](size_t i) { return units[i]; });
-}
-
-bool isAllAscii(std::string_view bytes) {
-  unsigned char all = 0;
-  for (const char byte : bytes) all |= static_cast<unsigned char>(byte);
-  return all < 0x80;
 }
 
 /// The code point at an offset of UTF-8 and its length in bytes; length 0 when the bytes there
