@@ -42,6 +42,15 @@ std::shared_ptr<OLNode> asNode(std::shared_ptr<ns::Object> object) {
   return std::dynamic_pointer_cast<OLNode>(std::move(object));
 }
 
+std::shared_ptr<OLNode> parentFrom(std::shared_ptr<ns::Object> object) {
+  if (!object) return nullptr;
+  std::shared_ptr<OLNode> parent = asNode(std::move(object));
+  if (!parent) {
+    throw ns::ArchiveException("keyed archive: the parent of an OLNode is not an OLNode");
+  }
+  return parent;
+}
+
 std::shared_ptr<void> makeChildren(size_t count, const ns::KeyedUnarchiver::ElementAt& at) {
   auto children = std::make_shared<OLNodeList>();
   children->reserve(count);
@@ -143,9 +152,11 @@ std::optional<ns::Dictionary> OLNode::dataForArchive() const {
 }
 
 bool OLNode::isAsArchived(const ns::KeyedArchive& archive, uint32_t number) const {
-  if (archived_.archive.get() != &archive || archived_.number != number) return false;
+  if (archived_.archive.get() != &archive || archived_.children == 0) return false;
   const ns::FieldReader fields(archive, number);
-  return archived_.children != 0 && !parent() && isExpanded_ == fields.boolean(kExpandedKey) &&
+  // a list of children has one owner
+  return archived_.children == fields.target(kChildrenKey) && !parent() &&
+         isExpanded_ == fields.boolean(kExpandedKey) &&
          isOutlineStyle_ == fields.boolean(kOutlineStyleKey);
 }
 
@@ -159,22 +170,14 @@ const std::vector<ns::FieldForm>& archivedNodeFields() {
 }
 
 void OLNode::initWithCoder(ns::Coder& coder) {
-  checkKeyedCoding(coder);
-  if (std::shared_ptr<ns::Object> object = coder.decodeReferenceForKey(kParentKey)) {
-    const std::shared_ptr<OLNode> parent = asNode(std::move(object));
-    if (!parent) {
-      throw ns::ArchiveException("keyed archive: the parent of an OLNode is not an OLNode");
-    }
-    parent_ = parent;
-  } else {
-    parent_.reset();
-  }
-  setData(std::nullopt);
   // the class is final, so there is no need to search its bases for every node
   if (typeid(coder) == typeid(ns::KeyedUnarchiver)) {
     readArchived(static_cast<ns::KeyedUnarchiver&>(coder));
     return;
   }
+  checkKeyedCoding(coder);
+  parent_ = parentFrom(coder.decodeReferenceForKey(kParentKey));
+  setData(std::nullopt);
   const ns::Value list = coder.decodeObjectForKey(kChildrenKey);
   childrenForm_ = list.isNone() ? ChildrenForm::none : ChildrenForm::mutableArray;
   const ns::Array values = list.array();
@@ -194,6 +197,7 @@ void OLNode::initWithCoder(ns::Coder& coder) {
 }
 
 void OLNode::readArchived(ns::KeyedUnarchiver& unarchiver) {
+  parent_ = parentFrom(unarchiver.decodeReferenceForKey(kParentKey));
   const ns::FieldReader fields = unarchiver.fields();
   if (unarchiver.isLazy()) {
     // what has a number here is an array and a dictionary, or the objects were no tree
@@ -205,17 +209,18 @@ void OLNode::readArchived(ns::KeyedUnarchiver& unarchiver) {
       childrenForm_ = ChildrenForm::mutableArray;
       children = 0;
     }
-    archived_ = {unarchiver.archive(), fields.number(), children, data};
+    archived_.children = children;
+    archived_.data = data;
     // who asks for items is about to ask what they hold
-    archive.prefetchObject(children);
-    archive.prefetchObject(data);
+    if (children != 0) archive.prefetchObject(children);
+    if (data != 0) archive.prefetchObject(data);
   } else {
     childrenForm_ = childrenFormOf(fields.listKind(kChildrenKey));
     children_ = std::static_pointer_cast<OLNodeList>(
         unarchiver.decodeListForKey(kChildrenKey, makeChildren));
-    archived_ = {unarchiver.archive(), fields.number(), 0, fields.reference(kDataKey)};
+    archived_.data = fields.reference(kDataKey);
   }
-  leaveArchive();
+  if (archived_.children != 0 || archived_.data != 0) archived_.archive = unarchiver.archive();
   isExpanded_ = fields.boolean(kExpandedKey);
   isOutlineStyle_ = fields.boolean(kOutlineStyleKey);
   isArchivedDataEscaped_ = fields.integer(kEncodingVersionKey) >= kFirstEscapingVersion;
@@ -234,12 +239,11 @@ OLNode::ChildrenForm OLNode::childrenFormOf(ns::FieldReader::ListKind kind) {
 }
 
 void OLNode::loadArchivedChildren() const {
-  const auto form =
-      childrenFormOf(ns::FieldReader::listKind(archived_.archive->listRecord(archived_.children)));
+  const ns::KeyedArchive::Record list = archived_.archive->listRecord(archived_.children);
   const auto self = std::const_pointer_cast<ns::Object>(shared_from_this());
-  children_ = std::static_pointer_cast<OLNodeList>(ns::KeyedUnarchiver::decodeChildren(
-      archived_.archive, archived_.number, self, kChildrenKey, makeChildren));
-  childrenForm_ = form;
+  children_ = std::static_pointer_cast<OLNodeList>(
+      ns::KeyedUnarchiver::decodeChildren(archived_.archive, list, self, makeChildren));
+  childrenForm_ = childrenFormOf(ns::FieldReader::listKind(list));
   archived_.children = 0;
   leaveArchive();
 }
@@ -255,9 +259,10 @@ std::optional<ns::Value> OLNode::archivedValueForKey(std::string_view key, Wante
   if (!number) return std::nullopt;
   const ns::KeyedArchive::Entry entry = archive.entry(*number);
   if (entry.kind == ns::KeyedArchive::EntryKind::instance) {
-    const ns::Kind kind = archive.record(*number, entry.object).archivedClass->kind();
+    const ns::KeyedArchive::Record record = archive.record(*number, entry.object);
+    const ns::Kind kind = record.archivedClass->kind();
     if (kind == ns::Kind::attributedString && wanted == Wanted::text) {
-      return ns::AttributedString::archivedText(archive, *number);
+      return ns::AttributedString::archivedText(archive, {archive, *number, record});
     }
     // a container may hold the data that it is in
     if (kind != ns::Kind::string && kind != ns::Kind::attributedString) return std::nullopt;

@@ -304,7 +304,6 @@ class OLNode : public ns::Object {
   /// Where children or data lie that nobody has asked for since they were loaded.
   struct Archived {
     std::shared_ptr<const ns::KeyedArchive> archive;
-    uint32_t number = 0;    ///< of the node's record
     uint32_t children = 0;  ///< of the array, 0 when the children are here
     uint32_t data = 0;      ///< of the dictionary, 0 when the data is here
   };

@@ -82,16 +82,12 @@ class BinaryPropertyList {
   /// its references and the number of pairs.
   [[nodiscard]] bool isShortDictionary(uint32_t index, const uint8_t** references,
                                        uint64_t* count) const {
-    const uint64_t offset = offsetOf(index);
-    if (!isAmongObjects(offset)) return false;
-    const uint8_t* at = base_ + offset;
-    const unsigned pairs = *at - 0xD0U;
-    if (pairs > 14 || uint64_t{pairs} * 2 * referenceSize_ > tableOffset_ - offset - 1) {
-      return false;
-    }
-    *references = at + 1;
-    *count = pairs;
-    return true;
+    return isShort(index, 0xD0, 2 * referenceSize_, references, count);
+  }
+  /// The same for an array of less than 15 elements.
+  [[nodiscard]] bool isShortArray(uint32_t index, const uint8_t** references,
+                                  uint64_t* count) const {
+    return isShort(index, 0xA0, referenceSize_, references, count);
   }
   /// Whether the object of an index is a sound UID, and its number.
   [[nodiscard]] bool isUid(uint32_t index, uint64_t* number) const {
@@ -132,6 +128,18 @@ class BinaryPropertyList {
   }
 
  private:
+  /// Whether the object of an index is a sound one whose marker holds its count, below 15.
+  [[nodiscard]] bool isShort(uint32_t index, unsigned firstMarker, uint64_t unit,
+                             const uint8_t** content, uint64_t* count) const {
+    const uint64_t offset = offsetOf(index);
+    if (!isAmongObjects(offset)) return false;
+    const uint8_t* at = base_ + offset;
+    const unsigned held = *at - firstMarker;
+    if (held > 14 || held * unit > tableOffset_ - offset - 1) return false;
+    *content = at + 1;
+    *count = held;
+    return true;
+  }
   /// Whether an object may begin at an offset.
   [[nodiscard]] bool isAmongObjects(uint64_t offset) const {
     return offset >= kHeaderLength && offset < tableOffset_;

@@ -11,15 +11,13 @@ Kind FieldReader::kind(const char* key) const {
   return number == 0 ? Kind::none : archive_->kind(number);
 }
 
-Value FieldReader::primitive(const char* key, const char* expected) const {
-  const auto found = field(key);
-  if (!found) return {};
-  if (found->type != KeyedArchive::Type::uid) {
-    Value value = KeyedArchive::scalar(*found);
+Value FieldReader::primitive(const char* key, const Object& found, const char* expected) const {
+  if (found.type != KeyedArchive::Type::uid) {
+    Value value = KeyedArchive::scalar(found);
     if (!value.isNone() && !value.isNumber()) failKind(key, value.kind(), expected);
     return value;
   }
-  const uint32_t number = archive_->target(*found);
+  const uint32_t number = archive_->target(found);
   const Kind kind = archive_->kind(number);
   if (kind == Kind::none) return {};
   if (kind != Kind::boolean && kind != Kind::integer && kind != Kind::real) {

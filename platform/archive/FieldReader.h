@@ -49,17 +49,17 @@ class FieldReader {
   [[nodiscard]] Kind kind(const char* key) const;
   /// A boolean or other number, in the record or as an object; false when missing.
   [[nodiscard]] bool boolean(const char* key) const {
-    const auto found = field(key);
-    if (found && found->type == KeyedArchive::Type::boolean) return found->width != 0;
-    return primitive(key, "a boolean").boolValue();
+    const uint32_t position = positionOf(key);
+    if (position == record_.shape->count()) return false;
+    if (const auto found = archive_->fieldBoolean(record_, position)) return *found;
+    return primitive(key, archive_->field(record_, position), "a boolean").boolValue();
   }
   /// The same; 0 when missing.
   [[nodiscard]] int64_t integer(const char* key) const {
-    const auto found = field(key);
-    if (found && found->type == KeyedArchive::Type::integer && found->width <= 8) {
-      return static_cast<int64_t>(BinaryPropertyList::load(found->bytes, found->width));
-    }
-    return primitive(key, "an integer").integerValue();
+    const uint32_t position = positionOf(key);
+    if (position == record_.shape->count()) return 0;
+    if (const auto found = archive_->fieldInteger(record_, position)) return *found;
+    return primitive(key, archive_->field(record_, position), "an integer").integerValue();
   }
 
   /// Whether the list under a key is of an immutable class, or null.
@@ -87,7 +87,8 @@ class FieldReader {
   /// The record of the list under a key, which is an instance of a class of arrays, or nothing.
   [[nodiscard]] std::optional<KeyedArchive::Record> listRecord(const char* key) const;
   [[noreturn]] void failReference(const char* key) const;
-  [[nodiscard]] Value primitive(const char* key, const char* expected) const;
+  /// The number that a field with a key is, or refers to.
+  [[nodiscard]] Value primitive(const char* key, const Object& found, const char* expected) const;
 
   const KeyedArchive* archive_ = nullptr;
   uint32_t number_ = 0;

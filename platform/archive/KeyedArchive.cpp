@@ -154,21 +154,12 @@ void KeyedArchive::readTop(Root required) {
 const KeyedArchive::Shape& KeyedArchive::shapeWith(uint32_t number, const uint8_t* references,
                                                    uint64_t count) const {
   const size_t width = list_.referenceSize();
-  const size_t length = count * width;
-  // keys are numbered as they are met, so the last byte of the first and last key tells a lot
-  const size_t slot = length == 0
-                          ? 0
-                          : (references[width - 1] * 5U + references[length - 1] * 3U + count) %
-                                std::size(recentShapes_);
-  const auto hasKeys = [&](const Shape* shape) {
-    return shape->count() == count &&
-           BinaryPropertyList::areSame(shape->references_, references, length);
-  };
-  const Shape*(&recent)[2] = recentShapes_[slot];
+  const auto hasKeys = [&](const Shape* shape) { return shape->hasKeys(references, count, width); };
+  const Shape*(&recent)[2] = recentShapes_[slotOf(references, count, width)];
   if (recent[0] && hasKeys(recent[0])) return *recent[0];
   std::swap(recent[0], recent[1]);
   if (recent[0] && hasKeys(recent[0])) return *recent[0];
-  const uint64_t hash = hashOf(references, length);
+  const uint64_t hash = hashOf(references, count * width);
   const auto [from, to] = shapesByHash_.equal_range(hash);
   for (auto it = from; it != to; ++it) {
     if (hasKeys(it->second)) return *(recent[0] = it->second);
@@ -181,7 +172,7 @@ const KeyedArchive::Shape& KeyedArchive::addShape(uint32_t number, const uint8_t
   auto shape = std::make_unique<Shape>();
   const auto count = static_cast<uint32_t>(pairs);
   shape->references_ = references;
-  shape->class_ = shape->className_ = count;
+  shape->count_ = shape->class_ = shape->className_ = count;
   std::unordered_set<String> names;
   for (uint32_t i = 0; i < count; ++i) {
     const Object key = list_.object(list_.reference(references, i));
@@ -236,8 +227,8 @@ void KeyedArchive::failInstance(uint32_t number, Type type) const {
   fail(number, std::string("the entry is ") + nameOf(type) + " and not an instance");
 }
 
-KeyedArchive::Record KeyedArchive::recordWith(uint32_t number, const uint8_t* references,
-                                              uint64_t count) const {
+KeyedArchive::Record KeyedArchive::otherRecordWith(uint32_t number, const uint8_t* references,
+                                                   uint64_t count) const {
   const Shape& shape = shapeWith(number, references, count);
   const uint8_t* values = references + count * list_.referenceSize();
   if (shape.class_ == shape.count()) {
@@ -245,7 +236,6 @@ KeyedArchive::Record KeyedArchive::recordWith(uint32_t number, const uint8_t* re
                      ? "a dictionary without \"$class\""
                      : "a class record stands where an instance should");
   }
-  // the same reference names the same class
   const uint32_t index = list_.reference(values, shape.class_);
   if (index != shape.recentClassIndex_ || !shape.recentClass_) {
     const Object reference = list_.object(index);

@@ -48,7 +48,7 @@ class KeyedArchive : public std::enable_shared_from_this<KeyedArchive> {
   /// The keys that a number of records have in common, in the same order.
   class Shape {
    public:
-    [[nodiscard]] uint32_t count() const { return static_cast<uint32_t>(keys_.size()); }
+    [[nodiscard]] uint32_t count() const { return count_; }
     [[nodiscard]] const String& key(uint32_t position) const { return keys_[position]; }
     /// The position of a key, or count().  A literal is found by its address the second time.
     [[nodiscard]] uint32_t find(const char* literal) const {
@@ -70,7 +70,12 @@ class KeyedArchive : public std::enable_shared_from_this<KeyedArchive> {
    private:
     friend class KeyedArchive;
     [[nodiscard]] uint32_t findNew(const char* literal) const;
+    /// Whether a dictionary's references are those of its keys.
+    [[nodiscard]] bool hasKeys(const uint8_t* references, uint64_t count, size_t width) const {
+      return count_ == count && BinaryPropertyList::areSame(references_, references, count * width);
+    }
     std::vector<String> keys_;
+    uint32_t count_ = 0;                         // of keys_
     mutable std::vector<const char*> literals_;  // by position, of keys that were found once
     mutable uint32_t recent_ = 0;                // the position found last
     mutable const char* absent_ = nullptr;       // a literal that was looked for in vain
@@ -220,6 +225,28 @@ class KeyedArchive : public std::enable_shared_from_this<KeyedArchive> {
   [[nodiscard]] std::optional<uint32_t> fieldTarget(const Record& record, uint32_t position) const {
     return targetAt(fieldIndex(record, position));
   }
+  /// The boolean that stands in a field; nothing for any other field.
+  [[nodiscard]] std::optional<bool> fieldBoolean(const Record& record, uint32_t position) const {
+    // equal booleans and numbers are mostly one object of the file
+    const uint32_t index = fieldIndex(record, position);
+    for (const bool value : {false, true}) {
+      if (index == recentBooleans_[value]) return value;
+    }
+    const Object found = list_.object(index);
+    if (found.type != Type::boolean) return std::nullopt;
+    recentBooleans_[found.width] = index;
+    return found.width != 0;
+  }
+  /// The integer of up to 8 bytes that stands in a field; nothing for any other field.
+  [[nodiscard]] std::optional<int64_t> fieldInteger(const Record& record, uint32_t position) const {
+    const uint32_t index = fieldIndex(record, position);
+    if (index == recentIntegerIndex_) return recentInteger_;
+    const Object found = list_.object(index);
+    if (found.type != Type::integer || found.width > 8) return std::nullopt;
+    recentIntegerIndex_ = index;
+    recentInteger_ = static_cast<int64_t>(BinaryPropertyList::load(found.bytes, found.width));
+    return recentInteger_;
+  }
   /// The place in the file's object table of an element, by which equal containers are known.
   [[nodiscard]] uint32_t elementIndex(const Object& container, uint64_t position) const {
     return list_.reference(container.bytes, position);
@@ -332,16 +359,41 @@ class KeyedArchive : public std::enable_shared_from_this<KeyedArchive> {
     if (number >= count_) failTarget(number);
     return static_cast<uint32_t>(number);
   }
+  [[nodiscard]] Object arrayAt(uint32_t index) const {
+    Object array{Type::array, 0, nullptr, 0};
+    return list_.isShortArray(index, &array.bytes, &array.count) ? array : list_.object(index);
+  }
   [[noreturn]] void failTarget(uint64_t number) const;
   [[noreturn]] void failEntry(uint32_t number, Type type) const;
   [[noreturn]] void failInstance(uint32_t number, Type type) const;
   // These are given the references of a dictionary and the number of its pairs, which stay in
   // registers, where a whole object would have to go through memory.
-  [[nodiscard]] Record recordWith(uint32_t number, const uint8_t* references, uint64_t count) const;
+  [[nodiscard]] Record recordWith(uint32_t number, const uint8_t* references,
+                                  uint64_t count) const {
+    const size_t width = list_.referenceSize();
+    const Shape* shape = recentShapes_[slotOf(references, count, width)][0];
+    if (shape && shape->recentClass_ && shape->hasKeys(references, count, width)) {
+      const uint8_t* values = references + count * width;
+      // the same reference names the same class
+      if (list_.reference(values, shape->class_) == shape->recentClassIndex_) {
+        return {shape, shape->recentClass_, values};
+      }
+    }
+    return otherRecordWith(number, references, count);
+  }
+  [[nodiscard]] Record otherRecordWith(uint32_t number, const uint8_t* references,
+                                       uint64_t count) const;
   [[nodiscard]] const Shape& shapeWith(uint32_t number, const uint8_t* references,
                                        uint64_t count) const;
   [[nodiscard]] const Shape& shapeOf(uint32_t number, const Object& dictionary) const {
     return shapeWith(number, dictionary.bytes, dictionary.count);
+  }
+  static constexpr size_t kSlots = 64;
+  /// A number below kSlots, the same for the same keys.
+  static size_t slotOf(const uint8_t* references, uint64_t count, size_t width) {
+    if (count == 0) return 0;
+    // keys are numbered as they are met, so the last byte of the first and last key tells a lot
+    return (references[width - 1] * 5U + references[count * width - 1] * 3U + count) % kSlots;
   }
   const Shape& addShape(uint32_t number, const uint8_t* references, uint64_t count,
                         uint64_t hash) const;
@@ -434,12 +486,19 @@ class KeyedArchive : public std::enable_shared_from_this<KeyedArchive> {
   mutable std::vector<std::unique_ptr<Shape>> shapes_;
   mutable std::unordered_multimap<uint64_t, const Shape*> shapesByHash_;
   /// Recent shapes by a few bits of their keys, two for each such value, the last one first.
-  mutable const Shape* recentShapes_[64][2] = {};
+  mutable const Shape* recentShapes_[kSlots][2] = {};
   mutable std::unordered_map<uint32_t, Class> classes_;  // by place in the object table
   mutable std::unordered_map<std::string, ClassRef> classesByContent_;
   mutable uint64_t nameBudget_ = 0;
-  mutable uint32_t recentKeyNumber_ = UINT32_MAX;  // of the key of a dictionary looked at last
-  mutable StoredText recentKey_{};
+  // What was looked at last; no object has the index or number of those that are empty.
+  mutable uint32_t recentBooleans_[2] = {UINT32_MAX, UINT32_MAX};  // where false and true lie
+  mutable uint32_t recentIntegerIndex_ = UINT32_MAX;
+  mutable int64_t recentInteger_ = 0;
+  struct RecentKey {
+    uint32_t number = UINT32_MAX;
+    StoredText text{};
+  };
+  mutable RecentKey recentKeys_[32];  // of dictionaries, by a few bits of their numbers
   mutable std::unordered_map<TextKey, Value, TextHash> texts_;  // long ones
   mutable uint64_t textLength_ = 0;                             // of texts_
   mutable uint64_t textLimit_ = 0;                              // where to look for unused ones

@@ -1,11 +1,9 @@
 #include "platform/archive/KeyedArchiveScan.h"
 
 #include <algorithm>
-#include <cstdlib>
 #include <cstring>
-#include <new>
 #include <optional>
-#include <unordered_map>
+#include <utility>
 
 #include "platform/foundation/AsciiCheck.h"
 
@@ -21,11 +19,10 @@ constexpr uint16_t kObjects = 1U << static_cast<unsigned>(Kind::object) | 1U << 
 struct ArchiveScan::Plan {
   /// What a field is.
   enum class Role : uint8_t {
-    ofClass,  // "$class"
-    value,    // anything
-    first,    // a string's text, data's bytes, an array's list, a dictionary's keys
-    second,   // a dictionary's values
-    parent,   // the rest as in FieldForm
+    value,   // anything
+    first,   // a string's text, data's bytes, an array's list, a dictionary's keys
+    second,  // a dictionary's values
+    parent,  // the rest as in FieldForm
     children,
     text,
     dictionary,
@@ -35,34 +32,34 @@ struct ArchiveScan::Plan {
   static Role roleOf(FieldForm::Form form) {
     return static_cast<Role>(static_cast<uint8_t>(Role::parent) + static_cast<uint8_t>(form));
   }
+  struct Field {
+    Role role;
+    uint32_t position;
+  };
 
+  const uint8_t* keys;     // the references of the keys, in some record
+  uint64_t count;          // of the keys
+  uint32_t classPosition;  // where the class stands
+  uint32_t classIndex;     // what names it, in the record looked at last
   const KeyedArchive::Class* archivedClass;
-  uint8_t kind;                        // as in a place
-  std::vector<Role> roles;             // by position
-  bool hasFirst = false;               // and never more than one
-  bool hasSecond = false;              // the same
-  Type expected = Type::array;         // what stands there
-  bool isChecked = false;              // by its fields alone
+  uint8_t kind;                 // as in a place
+  std::vector<Field> fields;    // all but the class, in their order
+  bool hasFirst = false;        // and never more than one
+  bool hasSecond = false;       // the same
+  Type expected = Type::array;  // what stands there
+  void (*check)(const KeyedArchive& archive, uint32_t number) = nullptr;
   size_t form = SIZE_MAX;              // in the findings, of members and their lists
   uint32_t integerIndex = UINT32_MAX;  // where the integer field of the first member leads
-};
-
-/// Dictionaries with the same keys.
-struct ArchiveScan::KeySet {
-  const KeyedArchive::Shape* shape;
-  Plan* recent = nullptr;
-  uint32_t recentClassIndex = 0;             // what names the class of the recent plan
-  std::unordered_map<uint32_t, Plan> plans;  // by the number of the class
 };
 
 ArchiveScan::ArchiveScan(const KeyedArchive& archive)
     : archive_(archive),
       list_(archive.list_),
       count_(archive.count_),
-      places_(static_cast<Place*>(std::calloc(archive.count_, sizeof(Place))), std::free),
+      memory_(count_ * sizeof(Place), Buffer::Content::zeros),
+      places_(reinterpret_cast<Place*>(memory_.bytes())),
       // what is used several times is looked at several times; there is hardly any of it
       budget_(3 * list_.fileLength() + 100000) {
-  if (!places_) throw std::bad_alloc();
   findings_.emptyLists.resize(count_);
 }
 
@@ -180,38 +177,46 @@ bool ArchiveScan::scanText(const Object& object, bool* isMarked) {
   return true;
 }
 
-ArchiveScan::KeySet& ArchiveScan::keySetOf(uint32_t number, const Object& dictionary) {
-  const KeyedArchive::Shape& shape = archive_.shapeOf(number, dictionary);
-  if (shape.number() >= keySets_.size()) keySets_.resize(shape.number() + 1);
-  std::unique_ptr<KeySet>& known = keySets_[shape.number()];
-  if (!known) {
-    known = std::make_unique<KeySet>();
-    known->shape = &shape;
-  }
-  return *known;
+inline ArchiveScan::Plan* ArchiveScan::planOf(uint32_t number, const Object& dictionary) {
+  const size_t width = list_.referenceSize();
+  const uint8_t* values = dictionary.bytes + dictionary.count * width;
+  const auto fits = [&](const Plan* plan) {
+    return plan && plan->count == dictionary.count &&
+           BinaryPropertyList::areSame(plan->keys, dictionary.bytes, dictionary.count * width) &&
+           list_.reference(values, plan->classPosition) == plan->classIndex;
+  };
+  const size_t slot = KeyedArchive::slotOf(dictionary.bytes, dictionary.count, width);
+  Plan*(&recent)[2] = recentPlans_[slot];
+  if (fits(recent[0])) return recent[0];
+  std::swap(recent[0], recent[1]);
+  if (!fits(recent[0])) recent[0] = findPlan(number, dictionary);
+  return recent[0];
 }
 
-ArchiveScan::Plan& ArchiveScan::planOf(KeySet& keys, uint32_t number, const Object& dictionary,
-                                       uint32_t classIndex) {
-  if (keys.recent && keys.recentClassIndex == classIndex) return *keys.recent;
-  // a file may have a reference of its own for every record
+ArchiveScan::Plan* ArchiveScan::findPlan(uint32_t number, const Object& dictionary) {
+  const KeyedArchive::Shape& shape = archive_.shapeOf(number, dictionary);
+  if (shape.classPosition() == shape.count()) return nullptr;
   const KeyedArchive::Record record = archive_.record(number, dictionary);
-  const auto [found, isNew] = keys.plans.try_emplace(record.archivedClass->number);
+  const auto [found, isNew] = plans_.try_emplace({shape.number(), record.archivedClass->number});
   Plan& plan = found->second;
-  keys.recent = &plan;
-  keys.recentClassIndex = classIndex;
-  if (!isNew) return plan;
-  const KeyedArchive::Shape& shape = *keys.shape;
+  plan.classPosition = shape.classPosition();
+  // a file may have a reference of its own for every record
+  plan.classIndex = archive_.fieldIndex(record, plan.classPosition);
+  if (!isNew) return &plan;
+  plan.keys = dictionary.bytes;
+  plan.count = dictionary.count;
   plan.archivedClass = record.archivedClass;
   const Kind kind = record.archivedClass->kind();
   plan.kind = codeOf(kind);
-  plan.roles.assign(shape.count(), Plan::Role::value);
-  plan.roles[shape.classPosition()] = Plan::Role::ofClass;
+  for (uint32_t i = 0; i < shape.count(); ++i) {
+    if (i != shape.classPosition()) plan.fields.push_back({Plan::Role::value, i});
+  }
   const auto assign = [&](const char* key, Plan::Role role) {
     const uint32_t position = shape.find(key);
-    if (position == shape.count()) return false;
-    plan.roles[position] = role;
-    return true;
+    for (Plan::Field& field : plan.fields) {
+      if (field.position == position) field.role = role;
+    }
+    return position != shape.count();
   };
   switch (kind) {
     case Kind::string:
@@ -233,20 +238,23 @@ ArchiveScan::Plan& ArchiveScan::planOf(KeySet& keys, uint32_t number, const Obje
       break;
   }
   const ClassCoding* coding = record.archivedClass->coding;
-  if (!coding || coding->fields.empty()) return plan;
+  if (!coding) return &plan;
+  plan.check = coding->check;
   const std::vector<FieldForm>& fields = coding->fields;
+  if (fields.empty()) return &plan;
   if (kind == Kind::object) {
     plan.kind = kMember;
   } else {
     // with all of these fields and nothing else, looking at them is enough
-    plan.isChecked = fields.size() + 1 == shape.count() &&
-                     std::ranges::all_of(fields, [&](const FieldForm& field) {
-                       return shape.find(field.key) != shape.count();
-                     });
-    if (!plan.isChecked) return plan;
+    const bool isChecked = fields.size() + 1 == shape.count() &&
+                           std::ranges::all_of(fields, [&](const FieldForm& field) {
+                             return shape.find(field.key) != shape.count();
+                           });
+    if (!isChecked) return &plan;
+    plan.check = nullptr;
   }
   for (const FieldForm& field : fields) assign(field.key, Plan::roleOf(field.form));
-  return plan;
+  return &plan;
 }
 
 bool ArchiveScan::scanReferences(uint32_t number, const Object& array, uint16_t forbidden) {
@@ -264,23 +272,21 @@ bool ArchiveScan::scanReferences(uint32_t number, const Object& array, uint16_t 
 bool ArchiveScan::scanRecord(uint32_t number, const Object& dictionary) {
   using Role = Plan::Role;
   if (dictionary.count == 0) return false;
-  KeySet& keys = keySetOf(number, dictionary);
-  const KeyedArchive::Shape& shape = *keys.shape;
-  if (shape.classPosition() == shape.count()) {
+  Plan* const found = planOf(number, dictionary);
+  if (!found) {
     places_[number].kind = kClassRecord;
     return archive_.isClassRecord(number, dictionary);
   }
-  const auto count = static_cast<uint32_t>(dictionary.count);
-  const uint8_t* values = dictionary.bytes + size_t{count} * list_.referenceSize();
-  Plan& plan = planOf(keys, number, dictionary, list_.reference(values, shape.classPosition()));
+  Plan& plan = *found;
+  const uint8_t* values = dictionary.bytes + dictionary.count * list_.referenceSize();
   places_[number].kind = plan.kind;
-  if (!spend(count)) return false;
+  if (!spend(dictionary.count)) return false;
 
   uint16_t forbidden = plan.kind == codeOf(Kind::object) ? 0 : kObjects;
   if (plan.kind == codeOf(Kind::array)) {
     const uint32_t owner = places_[number].owner;
     if (owner != 0) {
-      if (count != 2) return false;  // the list and the class
+      if (dictionary.count != 2) return false;  // the list and the class
       forbidden = allBut(kMember);
       noteForm(plan, number);
     }
@@ -290,23 +296,35 @@ bool ArchiveScan::scanRecord(uint32_t number, const Object& dictionary) {
   uint64_t firstCount = 0;
   uint64_t secondCount = 0;
   bool isMarked = false;
-  for (uint32_t i = 0; i < count; ++i) {
-    const Role role = plan.roles[i];
-    if (role == Role::ofClass) continue;
-    const uint32_t index = list_.reference(values, i);
+  for (const Plan::Field& field : plan.fields) {
+    const Role role = field.role;
+    const uint32_t index = list_.reference(values, field.position);
+    if (role == Role::first || role == Role::second) {
+      const Object content = archive_.arrayAt(index);
+      if (content.type != plan.expected &&
+          !(plan.expected == Type::ascii && content.type == Type::utf16)) {
+        return false;  // stands elsewhere, or is none
+      }
+      if (content.type != Type::array) {
+        if (!scanText(content, &isMarked)) return false;
+        continue;
+      }
+      if (!scanReferences(number, content, forbidden)) return false;
+      (role == Role::first ? firstCount : secondCount) = content.count;
+      continue;
+    }
     // equal booleans and numbers are one object of the file, which was looked at before
     if (role == Role::boolean && (index == booleans_[0] || index == booleans_[1])) continue;
     if (role == Role::integer && index == plan.integerIndex) continue;
     if (const std::optional<uint32_t> uid = archive_.targetAt(index)) {
       const uint32_t target = *uid;
       switch (role) {
-        case Role::ofClass:
         case Role::value:
           refer(target, forbidden);
           break;
         case Role::first:
         case Role::second:
-          return false;  // stands in the record itself
+          break;
         case Role::parent:
           if (target != 0 && !isChildOf(number, target)) links_.push_back({number, target});
           break;
@@ -331,26 +349,17 @@ bool ArchiveScan::scanRecord(uint32_t number, const Object& dictionary) {
       }
       continue;
     }
-    const Object field = list_.object(index);
-    if (role == Role::boolean && field.type == Type::boolean) {
-      booleans_[field.width] = index;
-      continue;
-    }
-    if (role == Role::integer && field.type == Type::integer) {
+    const Object content = list_.object(index);
+    if (role == Role::boolean && content.type == Type::boolean) {
+      booleans_[content.width] = index;
+    } else if (role == Role::integer && content.type == Type::integer) {
       noteInteger(plan, index);
-      continue;
-    }
-    if (role > Role::second) return false;
-    if (role != Role::value && field.type != plan.expected &&
-        !(plan.expected == Type::ascii && field.type == Type::utf16)) {
+    } else if (role != Role::value) {
       return false;
-    }
-    if (field.type == Type::array) {
-      if (!scanReferences(number, field, forbidden)) return false;
-      if (role == Role::first) firstCount = field.count;
-      if (role == Role::second) secondCount = field.count;
-    } else if (field.type == Type::dictionary || field.type == Type::uid ||
-               !scanText(field, &isMarked)) {
+    } else if (content.type == Type::array) {
+      if (!scanReferences(number, content, forbidden)) return false;
+    } else if (content.type == Type::dictionary || content.type == Type::uid ||
+               !scanText(content, &isMarked)) {
       return false;  // a reference that is left leads nowhere
     }
   }
@@ -379,8 +388,7 @@ bool ArchiveScan::scanRecord(uint32_t number, const Object& dictionary) {
     default:
       break;
   }
-  const ClassCoding* coding = plan.archivedClass->coding;
-  if (coding && coding->check && !plan.isChecked) coding->check(archive_, number);
+  if (plan.check) plan.check(archive_, number);
   return true;
 }
 

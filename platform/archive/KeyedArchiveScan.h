@@ -1,10 +1,12 @@
 #pragma once
 
-#include <cstdlib>
+#include <map>
 #include <memory>
+#include <utility>
 #include <vector>
 
 #include "platform/archive/KeyedArchive.h"
+#include "platform/foundation/Buffer.h"
 
 namespace ns {
 
@@ -30,7 +32,6 @@ class ArchiveScan {
   using Object = KeyedArchive::Object;
   using Type = KeyedArchive::Type;
   struct Plan;
-  struct KeySet;
 
   /// What is known about an archive number.
   struct Place {
@@ -64,8 +65,9 @@ class ArchiveScan {
     return list != 0 && places_[list].owner == parent && places_[parent].kind == kMember;
   }
 
-  KeySet& keySetOf(uint32_t number, const Object& dictionary);
-  Plan& planOf(KeySet& keys, uint32_t number, const Object& dictionary, uint32_t classIndex);
+  /// None for a dictionary without a class.
+  Plan* planOf(uint32_t number, const Object& dictionary);
+  Plan* findPlan(uint32_t number, const Object& dictionary);
 
   void noteForm(Plan& plan, uint32_t number);
   void noteInteger(Plan& plan, uint32_t index);
@@ -85,15 +87,17 @@ class ArchiveScan {
   const BinaryPropertyList& list_;
   const uint32_t count_;  // of archive numbers
   KeyedArchive::Findings findings_;
-  std::unique_ptr<Place[], decltype(&std::free)> places_;
+  const Buffer memory_;
+  Place* const places_;  // by number, in that memory
   struct Link {
     uint32_t child;
     uint32_t parent;
   };
   std::vector<Link> links_;  // to parents that are not yet known to be what they should be
-  std::vector<std::unique_ptr<KeySet>> keySets_;     // by the numbers of their shapes
-  uint32_t booleans_[2] = {UINT32_MAX, UINT32_MAX};  // where false and true lie in the file
-  uint64_t budget_;                                  // elements and bytes of text to look at
+  std::map<std::pair<uint32_t, uint32_t>, Plan> plans_;  // by the numbers of shape and class
+  Plan* recentPlans_[KeyedArchive::kSlots][2] = {};      // the last one of a slot first
+  uint32_t booleans_[2] = {UINT32_MAX, UINT32_MAX};      // where false and true lie in the file
+  uint64_t budget_;                                      // elements and bytes of text to look at
 };
 
 }  // namespace ns

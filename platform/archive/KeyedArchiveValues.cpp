@@ -326,26 +326,30 @@ std::vector<uint32_t> KeyedArchive::elementNumbers(const Record& record, const c
 std::optional<uint32_t> KeyedArchive::numberForKey(uint32_t dictionary,
                                                    std::string_view key) const {
   const Record it = record(dictionary);
-  const auto keys = fieldForKey(it, "NS.keys");
-  const auto objects = fieldForKey(it, "NS.objects");
-  if (!keys || !objects || keys->count != objects->count) return std::nullopt;
-  const uint64_t count = keys->count;
+  const uint32_t keysAt = it.shape->find("NS.keys");
+  const uint32_t objectsAt = it.shape->find("NS.objects");
+  if (keysAt == it.shape->count() || objectsAt == it.shape->count()) return std::nullopt;
+  const Object keys = arrayAt(fieldIndex(it, keysAt));
+  const Object objects = arrayAt(fieldIndex(it, objectsAt));
+  if (keys.count != objects.count) return std::nullopt;
+  const uint64_t count = keys.count;
   uint64_t place = count;
   for (uint64_t i = 0; i < count; ++i) {
-    const uint32_t number = elementTarget(*keys, i);
-    if (number != recentKeyNumber_) {
+    const uint32_t number = elementTarget(keys, i);
+    RecentKey& recent = recentKeys_[number % std::size(recentKeys_)];
+    if (recent.number != number) {
       const Entry stored = entry(number);
       if (stored.kind != EntryKind::scalar || !stored.object.isString()) return std::nullopt;
-      recentKeyNumber_ = number;
-      recentKey_ = {stored.object.text(), stored.object.type == Type::utf16};
+      recent = {number, {stored.object.text(), stored.object.type == Type::utf16}};
     }
-    const bool isKey = recentKey_.isWide ? String::fromUtf16BigEndian(recentKey_.bytes) == key
-                                         : recentKey_.bytes == key;
-    if (!isKey) continue;
+    const StoredText& text = recent.text;
+    if (!(text.isWide ? String::fromUtf16BigEndian(text.bytes) == key : text.bytes == key)) {
+      continue;
+    }
     if (place != count) return std::nullopt;
     place = i;
   }
-  return place == count ? 0 : elementTarget(*objects, place);
+  return place == count ? 0 : elementTarget(objects, place);
 }
 
 bool KeyedArchive::mayChangeAttributedStrings(const ValueTransform& transform) const {

@@ -58,13 +58,19 @@ std::shared_ptr<ns::Object> KeyedUnarchiver::made(uint32_t number) {
     const uint32_t place = places_[number];
     return place == 0 ? nullptr : made_[place - 1].object;
   }
-  // In a tree nobody but its children asks for an object twice.
-  if (parent_ && number == parentNumber_) return parent_;
   const KeyedArchive::Entry entry = archive_->entry(number);
   if (entry.kind != KeyedArchive::EntryKind::instance) return nullptr;
   const KeyedArchive::Record record = archive_->record(number, entry.object);
   if (record.archivedClass->kind() != Kind::object) return nullptr;
   return makeObject(number, record);
+}
+
+std::shared_ptr<ns::Object> KeyedUnarchiver::referenced(uint32_t number) {
+  if (!parent_) return made(number);
+  // in a tree the only object that a child refers to, and does not own, is its parent
+  if (archive_->kind(number) != Kind::object) return nullptr;
+  parentNumber_ = number;
+  return parent_;
 }
 
 bool KeyedUnarchiver::containsValueForKey(const char* key) {
@@ -76,13 +82,12 @@ Value KeyedUnarchiver::decodeObjectForKey(const char* key) {
   if (!found) return {};
   if (found->type != KeyedArchive::Type::uid) return KeyedArchive::scalar(*found);
   const uint32_t number = archive_->target(*found);
-  if (const std::shared_ptr<ns::Object> object = made(number)) return Value(object);
+  if (const std::shared_ptr<ns::Object> object = referenced(number)) return Value(object);
   return archive_->value(number);
 }
 
-std::shared_ptr<ns::Object> KeyedUnarchiver::decodeReferenceForKey(const char* key) {
-  const uint32_t number = fields_.target(key);
-  if (std::shared_ptr<ns::Object> object = made(number)) return object;
+std::shared_ptr<ns::Object> KeyedUnarchiver::decodeReference(uint32_t number, const char* key) {
+  if (std::shared_ptr<ns::Object> object = referenced(number)) return object;
   if (archive_->isNull(number)) return nullptr;
   fields_.failKind(key, archive_->kind(number), "an object of the document");
 }
@@ -98,11 +103,6 @@ std::shared_ptr<void> KeyedUnarchiver::decodeListForKey(const char* key, MakeLis
   if (elements.empty()) return nullptr;
   const FieldReader owner = fields_;
   const auto at = [&](size_t i) -> std::shared_ptr<ns::Object> {
-    // siblings lie apart, with their data between them
-    constexpr size_t kAhead = 4;
-    if (i + 2 * kAhead < elements.size()) archive_->prefetchOffset(elements[i + 2 * kAhead]);
-    if (i + kAhead < elements.size()) archive_->prefetchObject(elements[i + kAhead]);
-    if (parent_) return makeObject(elements[i], archive_->memberRecord(elements[i]));
     std::shared_ptr<ns::Object> object = made(elements[i]);
     if (!object) {
       owner.fail("element " + std::to_string(i) + " of \"" + std::string(key) + "\" is " +
@@ -121,13 +121,26 @@ std::shared_ptr<void> KeyedUnarchiver::decodeListForKey(const char* key, MakeLis
 }
 
 std::shared_ptr<void> KeyedUnarchiver::decodeChildren(
-    const std::shared_ptr<const KeyedArchive>& archive, uint32_t number,
-    const std::shared_ptr<ns::Object>& object, const char* key, MakeList make) {
+    const std::shared_ptr<const KeyedArchive>& archive, const KeyedArchive::Record& list,
+    const std::shared_ptr<ns::Object>& object, MakeList make) {
+  // a list of another form, and the archive would be no tree
+  const KeyedArchive::Object elements = archive->fieldForKey(list, "NS.objects").value();
+  if (elements.count == 0) return nullptr;
   KeyedUnarchiver unarchiver(archive);
-  unarchiver.parentNumber_ = number;
   unarchiver.parent_ = object;
-  unarchiver.fields_ = FieldReader(*archive, number, archive->memberRecord(number));
-  return unarchiver.decodeListForKey(key, make);
+  const auto at = [&](size_t i) {
+    // siblings lie apart, with their data between them
+    constexpr size_t kAhead = 4;
+    if (i + 2 * kAhead < elements.count) {
+      archive->prefetchOffset(archive->elementTarget(elements, i + 2 * kAhead));
+    }
+    if (i + kAhead < elements.count) {
+      archive->prefetchObject(archive->elementTarget(elements, i + kAhead));
+    }
+    const uint32_t element = archive->elementTarget(elements, i);
+    return unarchiver.makeObject(element, archive->memberRecord(element));
+  };
+  return make(elements.count, std::ref(at));
 }
 
 void KeyedArchive::registerObject(uint32_t number,

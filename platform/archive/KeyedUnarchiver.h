@@ -30,7 +30,10 @@ class KeyedUnarchiver final : public Coder {
   [[nodiscard]] bool allowsKeyedCoding() const override { return true; }
   [[nodiscard]] bool containsValueForKey(const char* key) override;
   [[nodiscard]] Value decodeObjectForKey(const char* key) override;
-  [[nodiscard]] std::shared_ptr<ns::Object> decodeReferenceForKey(const char* key) override;
+  [[nodiscard]] std::shared_ptr<ns::Object> decodeReferenceForKey(const char* key) override {
+    const uint32_t number = fields_.target(key);
+    return number == parentNumber_ ? parent_ : decodeReference(number, key);
+  }
   [[nodiscard]] bool decodeBoolForKey(const char* key) override;
   [[nodiscard]] int64_t decodeIntegerForKey(const char* key) override;
 
@@ -50,11 +53,11 @@ class KeyedUnarchiver final : public Coder {
   /// Whether the object that is being read may leave its children in the archive, and have them
   /// made by decodeChildren() when somebody asks for them.
   [[nodiscard]] bool isLazy() const { return archive_->isTree(); }
-  /// The list of children that an object left in its archive.
+  /// The list of children, of which the record is given, that an object left in its archive.
   static std::shared_ptr<void> decodeChildren(const std::shared_ptr<const KeyedArchive>& archive,
-                                              uint32_t number,
+                                              const KeyedArchive::Record& list,
                                               const std::shared_ptr<ns::Object>& object,
-                                              const char* key, MakeList make);
+                                              MakeList make);
 
  private:
   friend class KeyedArchive;
@@ -64,6 +67,9 @@ class KeyedUnarchiver final : public Coder {
   /// for, which refer to nothing else that is made, and otherwise when readFields() is called.
   std::shared_ptr<ns::Object> makeObject(uint32_t number, const KeyedArchive::Record& record);
   [[nodiscard]] std::shared_ptr<ns::Object> made(uint32_t number);
+  /// The object that the one being read refers to, or none.
+  [[nodiscard]] std::shared_ptr<ns::Object> referenced(uint32_t number);
+  [[nodiscard]] std::shared_ptr<ns::Object> decodeReference(uint32_t number, const char* key);
   /// Has all objects made so far read their fields, and those that are made on the way.
   void readFields();
 
@@ -76,8 +82,8 @@ class KeyedUnarchiver final : public Coder {
   size_t readCount_ = 0;          // of those that have read their fields
   std::vector<uint32_t> places_;  // by archive number: place in made_ plus 1; not for trees
   std::unordered_map<uint64_t, std::shared_ptr<void>> lists_;
-  uint32_t parentNumber_ = 0;  // the object whose children are being made
-  std::shared_ptr<ns::Object> parent_;
+  std::shared_ptr<ns::Object> parent_;  // the object whose children are being made
+  uint32_t parentNumber_ = UINT32_MAX;  // its number, once a child has told; before, nobody's
   FieldReader fields_;
 };
 

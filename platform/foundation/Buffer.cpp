@@ -14,18 +14,20 @@ namespace {
 constexpr size_t kSlack = 16;
 constexpr size_t kLargePage = size_t{2} << 20;
 // From here on large pages save more page faults than their alignment costs.
-constexpr size_t kMapped = size_t{4} << 20;
+constexpr size_t kMapped = kLargePage;
 
 }  // namespace
 
-Buffer::Buffer(size_t capacity) : capacity_(capacity) {
+Buffer::Buffer(size_t capacity, Content content) : capacity_(capacity) {
   const size_t size = capacity + kSlack;
   if (size < kMapped) {
     owner_.reset(std::malloc(size), std::free);
     if (!owner_) throw std::bad_alloc();
+    // not calloc(): a fresh page would fault twice, when it is first read and when it is written
+    if (content == Content::zeros) std::memset(owner_.get(), 0, size);
     return;
   }
-  // Mapped with room to cut it to whole large pages.
+  // Mapped with room to cut it to whole large pages; these come as zeros.
   const size_t length = (size + kLargePage - 1) / kLargePage * kLargePage;
   void* const mapped = mmap(nullptr, length + kLargePage, PROT_READ | PROT_WRITE,
                             MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);

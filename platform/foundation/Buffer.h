@@ -8,12 +8,13 @@
 
 namespace ns {
 
-/// Memory to be filled and handed out as data.  It is not cleared: bytes that will be written
-/// need no zeros first.
+/// Memory to be filled and handed out as data, or to work in.
 class Buffer {
  public:
+  /// What it holds at first: bytes that will be written need no zeros before.
+  enum class Content : uint8_t { anything, zeros };
   /// Raises std::bad_alloc.
-  explicit Buffer(size_t capacity);
+  explicit Buffer(size_t capacity, Content content = Content::anything);
 
   [[nodiscard]] uint8_t* bytes() const { return static_cast<uint8_t*>(owner_.get()); }
   [[nodiscard]] size_t capacity() const { return capacity_; }

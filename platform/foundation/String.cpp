@@ -1,6 +1,7 @@
 #include "platform/foundation/String.h"
 
 #include <algorithm>
+#include <bit>
 
 #include "platform/foundation/AsciiCheck.h"
 #include "platform/foundation/Exception.h"
@@ -202,15 +203,17 @@ void String::appendUtf8To(std::string& out) const {
   out.resize(before + kMostBytes * units.size());
   char* to = out.data() + before;
   for (size_t at = 0; at < units.size();) {
-    uint64_t four = 0;
-    if (at + 4 <= units.size() &&
-        (std::memcpy(&four, &units[at], sizeof four), (four & 0xFF80FF80FF80FF80U) == 0)) {
+    if (at + 4 <= units.size()) {
+      // four units at a time; what follows the ASCII ones among them is written again
+      uint64_t four = 0;
+      std::memcpy(&four, &units[at], sizeof four);
+      const auto ascii = static_cast<size_t>(std::countr_zero(four & 0xFF80FF80FF80FF80U)) / 16;
       four = (four | four >> 8) & 0x0000FFFF0000FFFFU;
       const auto bytes = static_cast<uint32_t>(four | four >> 16);
       std::memcpy(to, &bytes, sizeof bytes);
-      to += sizeof bytes;
-      at += 4;
-      continue;
+      to += ascii;
+      at += ascii;
+      if (ascii == 4) continue;
     }
     const char32_t unit = units[at];
     if ((unit & 0xF800) != 0xD800) {

@@ -22,6 +22,7 @@ inline constexpr const char* kAttachmentAttributeName = "NSAttachment";
 inline constexpr const char* kOriginalFontAttributeName = "NSOriginalFont";
 
 class AttributedStringBody;
+class FieldReader;
 class KeyedArchive;
 
 /// Immutable text with attributes: a handle, shared when copied.
@@ -38,9 +39,9 @@ class AttributedString {
   /// The attributed string of a value; empty for a value of another kind.
   explicit AttributedString(const Value& value);
 
-  /// The text of one that lies in an archive, without making it; none where the archive has it in
-  /// a form that is not read as an attributed string.
-  static Value archivedText(const KeyedArchive& archive, uint32_t number);
+  /// The text of one that lies in an archive, by its fields, without making it; none where the
+  /// archive has it in a form that is not read as an attributed string.
+  static Value archivedText(const KeyedArchive& archive, const FieldReader& fields);
 
   [[nodiscard]] Value asValue() const;
   [[nodiscard]] String string() const;

@@ -5,6 +5,7 @@
 #include <optional>
 #include <unordered_map>
 
+#include "platform/archive/FieldReader.h"
 #include "platform/archive/KeyedArchiver.h"
 #include "platform/text/AttributedString.h"
 #include "platform/text/AttributedStringBody.h"
@@ -177,8 +178,8 @@ Value AttributedStringBody::decode(const std::shared_ptr<const KeyedArchive>& ar
   return value;
 }
 
-Value AttributedString::archivedText(const KeyedArchive& archive, uint32_t number) {
-  const uint32_t text = *reference(archive, archive.record(number), "NSString");
+Value AttributedString::archivedText(const KeyedArchive& archive, const FieldReader& fields) {
+  const uint32_t text = fields.target("NSString");
   const KeyedArchive::Entry entry = archive.entry(text);
   return archive.storedText(text, entry) ? archive.value(text, entry, nullptr) : Value();
 }
