@@ -241,6 +241,7 @@ class OLNode : public ns::Object {
 
  private:
   friend class OLTree;
+  friend class CheckStatePass;
   friend class SubtreeItems;
 
   /// What the children array is as an archived object.  Operations here treat all alike, and
@@ -280,6 +281,11 @@ class OLNode : public ns::Object {
   /// The data for a change; made when there is none.
   [[nodiscard]] ns::Dictionary& editData();
 
+  /// Whether the parent link leads to this node: parent() == node, without owning it for a moment.
+  [[nodiscard]] bool isLinkedTo(const std::shared_ptr<OLNode>& node) const {
+    return !parent_.owner_before(node) && !node.owner_before(parent_);
+  }
+
   /// Has what walks read of the node fetched into a cache, for who will look at it soon.
   void prefetch() const {
     constexpr size_t kCacheLine = 64;
@@ -303,9 +309,9 @@ class OLNode : public ns::Object {
   mutable ChildrenForm childrenForm_ = ChildrenForm::mutableArray;
   /// Where children or data lie that nobody has asked for since they were loaded.
   struct Archived {
-    std::shared_ptr<const ns::KeyedArchive> archive;
     uint32_t children = 0;  ///< of the array, 0 when the children are here
     uint32_t data = 0;      ///< of the dictionary, 0 when the data is here
+    std::shared_ptr<const ns::KeyedArchive> archive;
   };
   mutable Archived archived_;
   mutable int64_t cacheIndexOfChild_ = 0;

@@ -1,6 +1,8 @@
 #include <algorithm>
+#include <typeinfo>
 
 #include "model/CircleGuard.h"
+#include "model/runtime/CheckStatePass.h"
 #include "model/runtime/OLTreeRuntimeAttributesController.h"
 #include "model/runtime/PointerScope.h"
 #include "model/runtime/SubtreeItems.h"
@@ -147,8 +149,16 @@ void OLTreeRuntimeAttributesController::buildCheckStateDescendantsAndAllChildren
   }
 }
 
+bool OLTreeRuntimeAttributesController::mayReplaceCheckStates() const {
+  return typeid(*this) != typeid(OLTreeRuntimeAttributesController);
+}
+
 void OLTreeRuntimeAttributesController::buildRuntimeCheckStateByItem(
     const std::shared_ptr<OLNode>& item) {
+  if (item && !mayReplaceCheckStates() &&
+      CheckStatePass(treeOrNone(), values_.checkStatus, values_.showCheckState).run(item)) {
+    return;
+  }
   const SubtreeItems items(item);
   const PointerScope<const SubtreeItems> sharing(subtree_, &items);
   buildCheckStateOfDescendantsByItem(item);

@@ -117,8 +117,9 @@ class OLTreeRuntimeAttributesController : public OLTreeController {
   virtual void buildCheckStateDescendantsAndAllChildrenFromItem(
       const std::shared_ptr<OLNode>& item);
   /// -buildRuntimeCheckStateByItem:  buildCheckStateOfDescendantsByItem(),
-  /// buildCheckStateOfAllChildrenByItem() and buildCheckStateOfAncestorsByItem(), in this order.
-  /// All three go through the items that the subtree had when this began.
+  /// buildCheckStateOfAllChildrenByItem() and buildCheckStateOfAncestorsByItem(), in this order;
+  /// or what they come to, where nobody would notice (see mayReplaceCheckStates()).  All three go
+  /// through the items that the subtree had when this began.
   virtual void buildRuntimeCheckStateByItem(const std::shared_ptr<OLNode>& item);
   /// -buildRuntimeCheckState  buildRuntimeCheckStateByItem() for each child of the root.  To be
   /// called when a tree was loaded or replaced; nothing here calls it.  Linear.
@@ -238,6 +239,12 @@ class OLTreeRuntimeAttributesController : public OLTreeController {
                                int64_t index) override;
 
   [[nodiscard]] ns::ClassRef classForCoder() const override;
+
+ protected:
+  /// Whether the object's class may have replaced operations on check states.  If not, nobody sees
+  /// in which order the flags of many items are refreshed, and one walk refreshes all three.  True
+  /// for objects of derived classes; a class that replaces none of them may answer for its own.
+  [[nodiscard]] virtual bool mayReplaceCheckStates() const;
 
  private:
   struct LabelRun;

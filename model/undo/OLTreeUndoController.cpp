@@ -1,5 +1,6 @@
 #include "model/undo/OLTreeUndoController.h"
 
+#include <typeinfo>
 #include <unordered_map>
 
 #include "platform/foundation/NotificationCenter.h"
@@ -37,6 +38,10 @@ ns::ClassRef OLTreeUndoController::classForCoder() const {
       ns::makeClass({"OLTreeUndoController", "OLTreeRuntimeAttributesController",
                      "OLTreeController", "NSObject"});
   return archived;
+}
+
+bool OLTreeUndoController::mayReplaceCheckStates() const {
+  return typeid(*this) != typeid(OLTreeUndoController);
 }
 
 OLTreeUndoController::Place OLTreeUndoController::placeOf(const std::shared_ptr<OLNode>& item) {

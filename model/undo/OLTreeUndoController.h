@@ -212,6 +212,9 @@ class OLTreeUndoController : public OLTreeRuntimeAttributesController {
 
   [[nodiscard]] ns::ClassRef classForCoder() const override;
 
+ protected:
+  [[nodiscard]] bool mayReplaceCheckStates() const override;
+
  private:
   struct Place {
     std::shared_ptr<OLNode> parent;
