@@ -198,6 +198,7 @@ void OLNode::initWithCoder(ns::Coder& coder) {
 
 void OLNode::readArchived(ns::KeyedUnarchiver& unarchiver) {
   parent_ = parentFrom(unarchiver.decodeReferenceForKey(kParentKey));
+  if (hasData_) setData(std::nullopt);
   const ns::FieldReader fields = unarchiver.fields();
   if (unarchiver.isLazy()) {
     // what has a number here is an array and a dictionary, or the objects were no tree

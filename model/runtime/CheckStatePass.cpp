@@ -1,6 +1,7 @@
 #include "model/runtime/CheckStatePass.h"
 
 #include <iterator>
+#include <utility>
 
 #include "model/CircleGuard.h"
 
@@ -16,8 +17,9 @@ void CheckStatePass::Children::add(const OLNode& child, Marks marks) {
 }
 
 bool CheckStatePass::run(const std::shared_ptr<OLNode>& top) {
+  const std::shared_ptr<OLNode> kept = top;  // what is given may lie in a list that changes
   CircleGuard guard;
-  for (const std::shared_ptr<OLNode>* place = &top; place;) {
+  for (const std::shared_ptr<OLNode>* place = &kept; place;) {
     OLNode& item = **place;
     if (guard.closes(&item)) return false;
     fetchAhead(item);
@@ -25,7 +27,7 @@ bool CheckStatePass::run(const std::shared_ptr<OLNode>& top) {
     const bool isBelowChecked = hasCheckedAncestor(item);
     item.setRuntimeFlag(Flag::checkedAncestor, isBelowChecked);
     if (item.countChildren() != 0) {
-      levels_.push_back({place, &item.children(), marks, marks.areBoth() || isBelowChecked});
+      levels_.push_back({place, item.children_, marks, marks.areBoth() || isBelowChecked});
     } else {
       leave(item, marks, {});
     }
@@ -36,7 +38,7 @@ bool CheckStatePass::run(const std::shared_ptr<OLNode>& top) {
       if (level.next < level.list->size()) {
         place = &(*level.list)[level.next++];
       } else {
-        const Level done = level;
+        const Level done = std::move(level);
         levels_.pop_back();
         leave(**done.item, done.marks, done.children);
       }

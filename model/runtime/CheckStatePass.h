@@ -22,8 +22,9 @@ class CheckStatePass {
       : tree_(tree), checkStatus_(checkStatus), showCheckState_(showCheckState) {}
 
   /// Stores the flags of `top`, an item, and of all below it; the root gets none that depend on
-  /// its descendants.  False, with some of the flags stored, where children lists lead in a circle.
-  /// Linear in the subtree, the same stack whatever its depth.
+  /// its descendants.  False, with some of the flags stored, where an item was met again: children
+  /// lists lead in a circle, or list it twice.  Linear in the subtree, the same stack whatever its
+  /// depth.
   [[nodiscard]] bool run(const std::shared_ptr<OLNode>& top);
 
  private:
@@ -43,7 +44,8 @@ class CheckStatePass {
   /// An item whose children are being gone through.
   struct Level {
     const std::shared_ptr<OLNode>* item;
-    const OLNodeList* list;
+    /// Shared: who changes it meanwhile changes a copy of it.
+    std::shared_ptr<const OLNodeList> list;
     Marks marks;
     bool isOrHasCheckedAncestor;  ///< and so have its children
     size_t next = 0;

@@ -117,9 +117,9 @@ class OLTreeRuntimeAttributesController : public OLTreeController {
   virtual void buildCheckStateDescendantsAndAllChildrenFromItem(
       const std::shared_ptr<OLNode>& item);
   /// -buildRuntimeCheckStateByItem:  buildCheckStateOfDescendantsByItem(),
-  /// buildCheckStateOfAllChildrenByItem() and buildCheckStateOfAncestorsByItem(), in this order;
-  /// or what they come to, where nobody would notice (see mayReplaceCheckStates()).  All three go
-  /// through the items that the subtree had when this began.
+  /// buildCheckStateOfAllChildrenByItem() and buildCheckStateOfAncestorsByItem(), in this order.
+  /// All three go through the items that the subtree had when this began.  Where nobody would
+  /// notice (see mayReplaceCheckStates()), one walk does what the three come to.
   virtual void buildRuntimeCheckStateByItem(const std::shared_ptr<OLNode>& item);
   /// -buildRuntimeCheckState  buildRuntimeCheckStateByItem() for each child of the root.  To be
   /// called when a tree was loaded or replaced; nothing here calls it.  Linear.

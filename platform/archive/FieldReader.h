@@ -25,8 +25,6 @@ class FieldReader {
   FieldReader(const KeyedArchive& archive, uint32_t number, const KeyedArchive::Record& record)
       : archive_(&archive), number_(number), record_(record) {}
 
-  [[nodiscard]] uint32_t number() const { return number_; }
-
   /// What is stored under a key, or nothing.
   [[nodiscard]] std::optional<Object> field(const char* key) const {
     const uint32_t position = positionOf(key);

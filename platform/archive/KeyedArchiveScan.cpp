@@ -1,7 +1,6 @@
 #include "platform/archive/KeyedArchiveScan.h"
 
 #include <algorithm>
-#include <cstring>
 #include <optional>
 #include <utility>
 
@@ -37,12 +36,12 @@ struct ArchiveScan::Plan {
     uint32_t position;
   };
 
-  const uint8_t* keys;     // the references of the keys, in some record
-  uint64_t count;          // of the keys
-  uint32_t classPosition;  // where the class stands
-  uint32_t classIndex;     // what names it, in the record looked at last
-  const KeyedArchive::Class* archivedClass;
-  uint8_t kind;                 // as in a place
+  const uint8_t* keys = nullptr;  // the references of the keys, in some record
+  uint64_t count = 0;             // of the keys
+  uint32_t classPosition = 0;     // where the class stands
+  uint32_t classIndex = 0;        // what names it, in the record looked at last
+  const KeyedArchive::Class* archivedClass = nullptr;
+  uint8_t kind = 0;             // as in a place
   std::vector<Field> fields;    // all but the class, in their order
   bool hasFirst = false;        // and never more than one
   bool hasSecond = false;       // the same
@@ -104,6 +103,7 @@ bool ArchiveScan::run() {
 }
 
 bool ArchiveScan::isTree() {
+  if ((places_[0].forbidden & maskOf(Kind::none)) != 0) return false;  // null where it may not be
   for (uint32_t number = 1; number < count_; ++number) {
     const Place& place = places_[number];
     if (place.kind == kClassRecord) {
@@ -197,8 +197,10 @@ ArchiveScan::Plan* ArchiveScan::findPlan(uint32_t number, const Object& dictiona
   const KeyedArchive::Shape& shape = archive_.shapeOf(number, dictionary);
   if (shape.classPosition() == shape.count()) return nullptr;
   const KeyedArchive::Record record = archive_.record(number, dictionary);
-  const auto [found, isNew] = plans_.try_emplace({shape.number(), record.archivedClass->number});
-  Plan& plan = found->second;
+  std::unique_ptr<Plan>& known = plans_[{shape.number(), record.archivedClass->number}];
+  const bool isNew = !known;
+  if (isNew) known = std::make_unique<Plan>();
+  Plan& plan = *known;
   plan.classPosition = shape.classPosition();
   // a file may have a reference of its own for every record
   plan.classIndex = archive_.fieldIndex(record, plan.classPosition);

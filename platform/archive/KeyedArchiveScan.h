@@ -94,10 +94,11 @@ class ArchiveScan {
     uint32_t parent;
   };
   std::vector<Link> links_;  // to parents that are not yet known to be what they should be
-  std::map<std::pair<uint32_t, uint32_t>, Plan> plans_;  // by the numbers of shape and class
-  Plan* recentPlans_[KeyedArchive::kSlots][2] = {};      // the last one of a slot first
-  uint32_t booleans_[2] = {UINT32_MAX, UINT32_MAX};      // where false and true lie in the file
-  uint64_t budget_;                                      // elements and bytes of text to look at
+  // By the numbers of shape and class.
+  std::map<std::pair<uint32_t, uint32_t>, std::unique_ptr<Plan>> plans_;
+  Plan* recentPlans_[KeyedArchive::kSlots][2] = {};  // the last one of a slot first
+  uint32_t booleans_[2] = {UINT32_MAX, UINT32_MAX};  // where false and true lie in the file
+  uint64_t budget_;                                  // elements and bytes of text to look at
 };
 
 }  // namespace ns

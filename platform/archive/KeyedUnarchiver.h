@@ -53,7 +53,7 @@ class KeyedUnarchiver final : public Coder {
   /// Whether the object that is being read may leave its children in the archive, and have them
   /// made by decodeChildren() when somebody asks for them.
   [[nodiscard]] bool isLazy() const { return archive_->isTree(); }
-  /// The list of children, of which the record is given, that an object left in its archive.
+  /// The list of children that an object of a tree left in its archive, by the list's record.
   static std::shared_ptr<void> decodeChildren(const std::shared_ptr<const KeyedArchive>& archive,
                                               const KeyedArchive::Record& list,
                                               const std::shared_ptr<ns::Object>& object,

@@ -64,6 +64,34 @@ TEST(TreeArchiveScan, ListsOfChildrenThatValuesReferToAreNoTree) {
   }
 }
 
+// Number 0 is null, whatever stands there.
+TEST(TreeArchiveScan, NullIsNoItem) {
+  for (const P& zero : {P("$null"), instance(3, {{"children", P::uid(2)}})}) {
+    const ns::Data data = archive({zero, instance(3, {{"children", P::uid(2)}}),
+                                   instance(4, {{"NS.objects", references({0})}}), kNode, kArray});
+    const auto read = [&] {
+      const auto document = opened(data);
+      EXPECT_FALSE(document->isTree());
+      (void)ns::KeyedUnarchiver::unarchiveObject(document, document->root());
+    };
+    EXPECT_EQ(
+        faultOf(read),
+        "keyed archive: object 1: OLNode: element 0 of \"children\" is none and not an object of "
+        "the document");
+  }
+}
+
+TEST(TreeArchiveScan, NullIsNoText) {
+  const P text = classRecord({"NSAttributedString", "NSObject"});
+  const ns::Data data =
+      archive({"$null", instance(5, {{"data", P::uid(2)}}),
+               instance(6, {{"NS.keys", references({3})}, {"NS.objects", references({4})}}),
+               "title", instance(7, {{"NSString", P::uid(0)}, {"NSAttributes", P::uid(2)}}), kNode,
+               kDictionary, text});
+  EXPECT_EQ(faultOf([&] { (void)opened(data); }),
+            "keyed archive: object 4: an attributed string without text");
+}
+
 TEST(TreeArchiveScan, AListBesideTheListOfChildrenIsNoTree) {
   const ns::Data data =
       archive({"$null", instance(4, {{"children", P::uid(2)}}),
