@@ -17,7 +17,8 @@ void CheckStatePass::Children::add(const OLNode& child, Marks marks) {
 }
 
 bool CheckStatePass::run(const std::shared_ptr<OLNode>& top) {
-  const std::shared_ptr<OLNode> kept = top;  // what is given may lie in a list that changes
+  // what is given may lie in a list that changes
+  const std::shared_ptr<OLNode> kept = top;  // NOLINT(performance-unnecessary-copy-initialization)
   CircleGuard guard;
   for (const std::shared_ptr<OLNode>* place = &kept; place;) {
     OLNode& item = **place;
@@ -60,6 +61,7 @@ void CheckStatePass::fetchAhead(const OLNode& item) {
   if (distance > kNear) return;
   const uintptr_t end = place + distance + distance / std::size(recent_);
   for (uintptr_t line = place + distance; line <= end; line += kCacheLine) {
+    // NOLINTNEXTLINE(performance-no-int-to-ptr): what lies there is nothing that a pointer leads to
     __builtin_prefetch(reinterpret_cast<const void*>(line));
   }
 }

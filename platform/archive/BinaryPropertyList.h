@@ -82,7 +82,7 @@ class BinaryPropertyList {
   /// its references and the number of pairs.
   [[nodiscard]] bool isShortDictionary(uint32_t index, const uint8_t** references,
                                        uint64_t* count) const {
-    return isShort(index, 0xD0, 2 * referenceSize_, references, count);
+    return isShort(index, 0xD0, uint64_t{2} * referenceSize_, references, count);
   }
   /// The same for an array of less than 15 elements.
   [[nodiscard]] bool isShortArray(uint32_t index, const uint8_t** references,

@@ -356,12 +356,10 @@ bool ArchiveScan::scanRecord(uint32_t number, const Object& dictionary) {
       booleans_[content.width] = index;
     } else if (role == Role::integer && content.type == Type::integer) {
       noteInteger(plan, index);
-    } else if (role != Role::value) {
-      return false;
-    } else if (content.type == Type::array) {
+    } else if (role == Role::value && content.type == Type::array) {
       if (!scanReferences(number, content, forbidden)) return false;
-    } else if (content.type == Type::dictionary || content.type == Type::uid ||
-               !scanText(content, &isMarked)) {
+    } else if (role != Role::value || content.type == Type::dictionary ||
+               content.type == Type::uid || !scanText(content, &isMarked)) {
       return false;  // a reference that is left leads nowhere
     }
   }
