@@ -28,9 +28,8 @@ set(private_headers
   document/ContainerRewriting.h document/ItemCircles.h document/ItemCount.h
   document/NodeDataTransform.h
   model/CircleGuard.h
-  model/runtime/CheckStatePass.h model/runtime/ChildPlaces.h model/runtime/ItemLevels.h model/runtime/PointerScope.h
-  model/runtime/SubtreeItems.h
-  model/runtime/UpwardRefresh.h
+  model/runtime/CheckStatePass.h model/runtime/ChildPlaces.h model/runtime/ItemLevels.h
+  model/runtime/PointerScope.h model/runtime/SubtreeItems.h model/runtime/UpwardRefresh.h
   model/scan/WalkGuard.h
   platform/archive/XmlPropertyList.h
   platform/drawing/CairoSupport.h platform/drawing/Drawing.h platform/drawing/GradientFill.h

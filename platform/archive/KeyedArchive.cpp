@@ -154,17 +154,21 @@ void KeyedArchive::readTop(Root required) {
 const KeyedArchive::Shape& KeyedArchive::shapeWith(uint32_t number, const uint8_t* references,
                                                    uint64_t count) const {
   const size_t width = list_.referenceSize();
-  const auto hasKeys = [&](const Shape* shape) { return shape->hasKeys(references, count, width); };
-  const Shape*(&recent)[2] = recentShapes_[slotOf(references, count, width)];
-  if (recent[0] && hasKeys(recent[0])) return *recent[0];
-  std::swap(recent[0], recent[1]);
-  if (recent[0] && hasKeys(recent[0])) return *recent[0];
+  return *recentOrFound(
+      recentShapes_[slotOf(references, count, width)],
+      [&](const Shape& shape) { return shape.hasKeys(references, count, width); },
+      [&] { return findShape(number, references, count); });
+}
+
+const KeyedArchive::Shape* KeyedArchive::findShape(uint32_t number, const uint8_t* references,
+                                                   uint64_t count) const {
+  const size_t width = list_.referenceSize();
   const uint64_t hash = hashOf(references, count * width);
   const auto [from, to] = shapesByHash_.equal_range(hash);
   for (auto it = from; it != to; ++it) {
-    if (hasKeys(it->second)) return *(recent[0] = it->second);
+    if (it->second->hasKeys(references, count, width)) return it->second;
   }
-  return *(recent[0] = &addShape(number, references, count, hash));
+  return &addShape(number, references, count, hash);
 }
 
 const KeyedArchive::Shape& KeyedArchive::addShape(uint32_t number, const uint8_t* references,

@@ -66,14 +66,14 @@ class KeyedArchive : public std::enable_shared_from_this<KeyedArchive> {
     [[nodiscard]] uint32_t classPosition() const { return class_; }
     /// The shapes of an archive are numbered from 0 as they are met.
     [[nodiscard]] uint32_t number() const { return number_; }
+    /// Whether so many references, each of so many bytes, are those of the keys.
+    [[nodiscard]] bool hasKeys(const uint8_t* references, uint64_t count, size_t width) const {
+      return count_ == count && BinaryPropertyList::areSame(references_, references, count * width);
+    }
 
    private:
     friend class KeyedArchive;
     [[nodiscard]] uint32_t findNew(const char* literal) const;
-    /// Whether a dictionary's references are those of its keys.
-    [[nodiscard]] bool hasKeys(const uint8_t* references, uint64_t count, size_t width) const {
-      return count_ == count && BinaryPropertyList::areSame(references_, references, count * width);
-    }
     std::vector<String> keys_;
     uint32_t count_ = 0;                         // of keys_
     mutable std::vector<const char*> literals_;  // by position, of keys that were found once
@@ -227,15 +227,7 @@ class KeyedArchive : public std::enable_shared_from_this<KeyedArchive> {
   }
   /// The boolean that stands in a field; nothing for any other field.
   [[nodiscard]] std::optional<bool> fieldBoolean(const Record& record, uint32_t position) const {
-    // equal booleans and numbers are mostly one object of the file
-    const uint32_t index = fieldIndex(record, position);
-    for (const bool value : {false, true}) {
-      if (index == recentBooleans_[value]) return value;
-    }
-    const Object found = list_.object(index);
-    if (found.type != Type::boolean) return std::nullopt;
-    recentBooleans_[found.width] = index;
-    return found.width != 0;
+    return booleanAt(fieldIndex(record, position));
   }
   /// The integer of up to 8 bytes that stands in a field; nothing for any other field.
   [[nodiscard]] std::optional<int64_t> fieldInteger(const Record& record, uint32_t position) const {
@@ -359,6 +351,16 @@ class KeyedArchive : public std::enable_shared_from_this<KeyedArchive> {
     if (number >= count_) failTarget(number);
     return static_cast<uint32_t>(number);
   }
+  [[nodiscard]] std::optional<bool> booleanAt(uint32_t index) const {
+    // equal booleans and numbers are mostly one object of the file
+    for (const bool value : {false, true}) {
+      if (index == recentBooleans_[value]) return value;
+    }
+    const Object found = list_.object(index);
+    if (found.type != Type::boolean) return std::nullopt;
+    recentBooleans_[found.width] = index;
+    return found.width != 0;
+  }
   [[nodiscard]] Object arrayAt(uint32_t index) const {
     Object array{Type::array, 0, nullptr, 0};
     return list_.isShortArray(index, &array.bytes, &array.count) ? array : list_.object(index);
@@ -395,6 +397,17 @@ class KeyedArchive : public std::enable_shared_from_this<KeyedArchive> {
     // keys are numbered as they are met, so the last byte of the first and last key tells a lot
     return (references[width - 1] * 5U + references[count * width - 1] * 3U + count) % kSlots;
   }
+  /// The one of two that fits, or else what is found, which takes the older one's place.
+  template <class T, class Fits, class Find>
+  static T* recentOrFound(T* (&recent)[2], Fits fits, Find find) {
+    if (recent[0] && fits(*recent[0])) return recent[0];
+    std::swap(recent[0], recent[1]);
+    if (!recent[0] || !fits(*recent[0])) recent[0] = find();
+    return recent[0];
+  }
+  /// Looks a shape up among all, or makes it.
+  [[nodiscard]] const Shape* findShape(uint32_t number, const uint8_t* references,
+                                       uint64_t count) const;
   const Shape& addShape(uint32_t number, const uint8_t* references, uint64_t count,
                         uint64_t hash) const;
   [[nodiscard]] const Class& classAt(uint32_t number, uint32_t ofInstance) const;

@@ -36,10 +36,8 @@ struct ArchiveScan::Plan {
     uint32_t position;
   };
 
-  const uint8_t* keys = nullptr;  // the references of the keys, in some record
-  uint64_t count = 0;             // of the keys
-  uint32_t classPosition = 0;     // where the class stands
-  uint32_t classIndex = 0;        // what names it, in the record looked at last
+  const KeyedArchive::Shape* shape = nullptr;
+  uint32_t classIndex = 0;  // what names the class, in the record looked at last
   const KeyedArchive::Class* archivedClass = nullptr;
   uint8_t kind = 0;             // as in a place
   std::vector<Field> fields;    // all but the class, in their order
@@ -180,17 +178,13 @@ bool ArchiveScan::scanText(const Object& object, bool* isMarked) {
 inline ArchiveScan::Plan* ArchiveScan::planOf(uint32_t number, const Object& dictionary) {
   const size_t width = list_.referenceSize();
   const uint8_t* values = dictionary.bytes + dictionary.count * width;
-  const auto fits = [&](const Plan* plan) {
-    return plan && plan->count == dictionary.count &&
-           BinaryPropertyList::areSame(plan->keys, dictionary.bytes, dictionary.count * width) &&
-           list_.reference(values, plan->classPosition) == plan->classIndex;
+  const auto fits = [&](const Plan& plan) {
+    return plan.shape->hasKeys(dictionary.bytes, dictionary.count, width) &&
+           list_.reference(values, plan.shape->classPosition()) == plan.classIndex;
   };
   const size_t slot = KeyedArchive::slotOf(dictionary.bytes, dictionary.count, width);
-  Plan*(&recent)[2] = recentPlans_[slot];
-  if (fits(recent[0])) return recent[0];
-  std::swap(recent[0], recent[1]);
-  if (!fits(recent[0])) recent[0] = findPlan(number, dictionary);
-  return recent[0];
+  return KeyedArchive::recentOrFound(recentPlans_[slot], fits,
+                                     [&] { return findPlan(number, dictionary); });
 }
 
 ArchiveScan::Plan* ArchiveScan::findPlan(uint32_t number, const Object& dictionary) {
@@ -201,12 +195,10 @@ ArchiveScan::Plan* ArchiveScan::findPlan(uint32_t number, const Object& dictiona
   const bool isNew = !known;
   if (isNew) known = std::make_unique<Plan>();
   Plan& plan = *known;
-  plan.classPosition = shape.classPosition();
   // a file may have a reference of its own for every record
-  plan.classIndex = archive_.fieldIndex(record, plan.classPosition);
+  plan.classIndex = archive_.fieldIndex(record, shape.classPosition());
   if (!isNew) return &plan;
-  plan.keys = dictionary.bytes;
-  plan.count = dictionary.count;
+  plan.shape = &shape;
   plan.archivedClass = record.archivedClass;
   const Kind kind = record.archivedClass->kind();
   plan.kind = codeOf(kind);
@@ -315,8 +307,8 @@ bool ArchiveScan::scanRecord(uint32_t number, const Object& dictionary) {
       (role == Role::first ? firstCount : secondCount) = content.count;
       continue;
     }
-    // equal booleans and numbers are one object of the file, which was looked at before
-    if (role == Role::boolean && (index == booleans_[0] || index == booleans_[1])) continue;
+    if (role == Role::boolean && archive_.booleanAt(index)) continue;
+    // equal numbers are one object of the file, which was looked at before
     if (role == Role::integer && index == plan.integerIndex) continue;
     if (const std::optional<uint32_t> uid = archive_.targetAt(index)) {
       const uint32_t target = *uid;
@@ -352,9 +344,7 @@ bool ArchiveScan::scanRecord(uint32_t number, const Object& dictionary) {
       continue;
     }
     const Object content = list_.object(index);
-    if (role == Role::boolean && content.type == Type::boolean) {
-      booleans_[content.width] = index;
-    } else if (role == Role::integer && content.type == Type::integer) {
+    if (role == Role::integer && content.type == Type::integer) {
       noteInteger(plan, index);
     } else if (role == Role::value && content.type == Type::array) {
       if (!scanReferences(number, content, forbidden)) return false;

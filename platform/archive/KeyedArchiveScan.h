@@ -97,7 +97,6 @@ class ArchiveScan {
   // By the numbers of shape and class.
   std::map<std::pair<uint32_t, uint32_t>, std::unique_ptr<Plan>> plans_;
   Plan* recentPlans_[KeyedArchive::kSlots][2] = {};  // the last one of a slot first
-  uint32_t booleans_[2] = {UINT32_MAX, UINT32_MAX};  // where false and true lie in the file
   uint64_t budget_;                                  // elements and bytes of text to look at
 };
 
