@@ -15,8 +15,15 @@ namespace {
 constexpr size_t kSlack = 16;
 constexpr size_t kLargePage = size_t{2} << 20;
 constexpr size_t kPages = size_t{64} << 10;  // whole pages, whatever their size
-// From here on large pages save more page faults than their alignment costs.
-constexpr size_t kMapped = kLargePage;
+// From here on mapping memory costs less than the page faults of the heap.
+constexpr size_t kMapped = size_t{128} << 10;
+
+uint8_t* map(size_t length, int flags) {
+  void* const mapped =
+      mmap(nullptr, length, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS | flags, -1, 0);
+  if (mapped == MAP_FAILED) throw std::bad_alloc();
+  return static_cast<uint8_t*>(mapped);
+}
 
 }  // namespace
 
@@ -29,19 +36,24 @@ Buffer::Buffer(size_t capacity, Content content) : capacity_(capacity) {
     if (content == Content::zeros) std::memset(owner_.get(), 0, size);
     return;
   }
-  // Mapped with room to begin it with a large page; all pages come as zeros.  What the last large
-  // page would hold is left to small ones when it is less than half: it is the system that clears
-  // what nobody uses.
+  // All pages come as zeros.  Those that are not large are asked for in one go: a page fault for
+  // each costs more than the page.  What the last large page would hold is left to small ones when
+  // it is less than half: it is the system that clears what nobody uses.
   const size_t large = (size + kLargePage / 2) / kLargePage * kLargePage;
   const size_t length = std::max(large, (size + kPages - 1) / kPages * kPages);
-  void* const mapped = mmap(nullptr, length + kLargePage, PROT_READ | PROT_WRITE,
-                            MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
-  if (mapped == MAP_FAILED) throw std::bad_alloc();
-  const size_t before = (0 - reinterpret_cast<uintptr_t>(mapped)) % kLargePage;
-  uint8_t* const start = static_cast<uint8_t*>(mapped) + before;
-  if (before != 0) munmap(mapped, before);
-  munmap(start + length, kLargePage - before);
-  madvise(start, large, MADV_HUGEPAGE);
+  uint8_t* start = nullptr;
+  if (large == 0) {
+    start = map(length, MAP_POPULATE);
+  } else {
+    // with room to begin with a large page
+    uint8_t* const mapped = map(length + kLargePage, 0);
+    const size_t before = (0 - reinterpret_cast<uintptr_t>(mapped)) % kLargePage;
+    start = mapped + before;
+    if (before != 0) munmap(mapped, before);
+    munmap(start + length, kLargePage - before);
+    madvise(start, large, MADV_HUGEPAGE);
+    if (length > large) madvise(start + large, length - large, MADV_POPULATE_WRITE);
+  }
   owner_.reset(static_cast<void*>(start), [length](void* at) { munmap(at, length); });
 }
 
