@@ -203,7 +203,7 @@ class Bench:
             documents = [self.document(items, shape) for items in self.sizes]
             for mode, function in (('-r', self.read), ('-w', self.write_new)):
                 costs = [[] for _ in documents]
-                for number in range((4 if self.quick else 6)):
+                for number in range(4 if self.quick else 11):
                     for index, items in enumerate(self.sizes):
                         # the large ones take long enough to be measured with fewer runs
                         for _ in range(max(1, 100_000 // items)):

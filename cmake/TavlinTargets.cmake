@@ -6,7 +6,9 @@ add_library(tavlin_options INTERFACE)
 target_compile_options(tavlin_options INTERFACE
   -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Werror
   # nobody replaces functions of ours at run time, so they may be inlined in position-independent code
-  -fno-semantic-interposition)
+  -fno-semantic-interposition
+  # so that programs can leave out what they do not use
+  -ffunction-sections -fdata-sections)
 if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND CMAKE_CXX_COMPILER_VERSION VERSION_LESS 13)
   # GCC 12 sees overlapping copies in std::string operator+ where there are none
   target_compile_options(tavlin_options INTERFACE -Wno-restrict)
