@@ -71,7 +71,7 @@ bool DocumentRevision::isAsWritten() const {
   return true;
 }
 
-std::optional<ns::Data> DocumentRevision::data(const OLTreeController& controller) const {
+std::optional<ns::DataPieces> DocumentRevision::data(const OLTreeController& controller) const {
   if (!archive_ || controller_.lock().get() != &controller) return std::nullopt;
   const std::shared_ptr<const OLNode> root = root_.lock();
   if (tree_.lock() != controller.tree() || !root || root != controller.tree()->rootNode() ||

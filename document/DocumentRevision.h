@@ -5,6 +5,7 @@
 
 #include "model/OLTreeController.h"
 #include "platform/archive/KeyedArchive.h"
+#include "platform/foundation/DataPieces.h"
 
 namespace tavlin {
 
@@ -21,7 +22,7 @@ class DocumentRevision {
                    const std::shared_ptr<OLTreeController>& controller);
 
   /// The file for a document with this controller; none where the objects have to be archived.
-  [[nodiscard]] std::optional<ns::Data> data(const OLTreeController& controller) const;
+  [[nodiscard]] std::optional<ns::DataPieces> data(const OLTreeController& controller) const;
 
  private:
   [[nodiscard]] bool isAsWritten() const;

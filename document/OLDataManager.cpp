@@ -21,8 +21,13 @@ void OLDataManager::setTreeController(const std::shared_ptr<ns::Object>& control
 }
 
 std::optional<ns::Data> OLDataManager::dataRepresentation() const {
+  const std::optional<ns::DataPieces> pieces = dataRepresentationInPieces();
+  return pieces ? std::optional(pieces->joined()) : std::nullopt;
+}
+
+std::optional<ns::DataPieces> OLDataManager::dataRepresentationInPieces() const {
   if (!treeController_) return std::nullopt;
-  if (std::optional<ns::Data> revised = revision_.data(*treeController_)) return revised;
+  if (std::optional<ns::DataPieces> revised = revision_.data(*treeController_)) return revised;
   return ns::KeyedArchiver::archivedDataWithRootObject(ns::Value(treeController_),
                                                        otherTopEntries_);
 }

@@ -26,9 +26,9 @@ int writeKeywords(const std::string& path, const std::optional<std::vector<ns::S
   changed.setObjectForKey(ns::Value(sanitizeKeywords(*keywords)), "keywords");
   document->setObjectValueForKey(ns::Value(changed), "documentProperties");
   try {
-    const std::optional<ns::Data> data = document->dataRepresentation();
-    if (!data) return failToWrite();
-    ns::writeFileAtomically(*file, *data);
+    const std::optional<ns::DataPieces> content = document->dataRepresentationInPieces();
+    if (!content) return failToWrite();
+    ns::writeFileAtomically(*file, *content);
   } catch (const ns::Exception& exception) {
     ns::log(exception.what());
     return failToWrite();

@@ -1,7 +1,6 @@
 #include "platform/archive/ArchiveRevision.h"
 
 #include <algorithm>
-#include <cstring>
 #include <map>
 #include <set>
 #include <string>
@@ -92,7 +91,7 @@ class Revision {
       : archive_(archive), list_(archive.propertyList()), uses_(list_.objectCount()) {}
 
   /// The file with a field of an instance replaced.  Raises TooMuch.
-  Data replacing(uint32_t number, const char* key, const Value& value);
+  DataPieces replacing(uint32_t number, const char* key, const Value& value);
 
  private:
   /// An object of "$objects": a number of the archive, or a new entry.
@@ -162,7 +161,7 @@ class Revision {
   }
 
   [[nodiscard]] std::string bytesOf(const Part& part) const;
-  [[nodiscard]] Data assembled() const;
+  [[nodiscard]] DataPieces assembled() const;
   [[nodiscard]] uint64_t endOf(const Object& object) const {
     uint64_t length = object.text().size();
     if (isContainer(object)) {
@@ -657,7 +656,7 @@ std::string Revision::bytesOf(const Part& part) const {
   return bytes;
 }
 
-Data Revision::replacing(uint32_t number, const char* key, const Value& value) {
+DataPieces Revision::replacing(uint32_t number, const char* key, const Value& value) {
   const KeyedArchive::Entry entry = archive_.entry(number);
   const KeyedArchive::Record record = archive_.record(number, entry.object);
   const uint32_t position = record.shape->find(key);
@@ -695,7 +694,7 @@ Data Revision::replacing(uint32_t number, const char* key, const Value& value) {
 }
 
 /// The file: what stays, in runs, with the changes in between; the new objects; the table.
-Data Revision::assembled() const {
+DataPieces Revision::assembled() const {
   const uint32_t end = list_.objectCount();
   std::map<uint32_t, std::string> changes;  // by index
   for (const uint32_t index : dropped_) {
@@ -707,24 +706,35 @@ Data Revision::assembled() const {
   for (const Part& part : changed_) changes.insert_or_assign(part.index, bytesOf(part));
 
   uint64_t tableOffset = list_.tableOffset();
+  uint64_t changedLength = 0;
   for (const auto& [index, bytes] : changes) {
+    changedLength += bytes.size();
     tableOffset += bytes.size();
     if (index < end) tableOffset -= endOf(index) - list_.offsetOf(index);
   }
   const unsigned offsetSize = PropertyListWriter::widthFor(tableOffset);
-  const uint64_t length =
-      tableOffset + uint64_t{count_} * offsetSize + PropertyListWriter::kTrailerLength;
-  Buffer buffer(length);
+  // what is new lies together, the table behind the objects; it is filled in below
+  const uint64_t freshLength =
+      changedLength + uint64_t{count_} * offsetSize + PropertyListWriter::kTrailerLength;
+  const Buffer buffer(freshLength);
+  const Data fresh = buffer.finish(freshLength);
   uint8_t* out = buffer.bytes();
-  uint8_t* table = buffer.bytes() + tableOffset;
-  uint64_t copied = 0;  // of the old file
-  uint32_t indexed = 0;
+  uint8_t* table = buffer.bytes() + changedLength;
+  DataPieces file;
+  uint64_t taken = 0;    // of what is new
+  uint64_t copied = 0;   // of the old file
+  uint32_t indexed = 0;  // of the objects
+  const auto takeFresh = [&](const uint8_t* until) {
+    const auto to = static_cast<uint64_t>(until - fresh.bytes());
+    file.append(fresh.part(taken, to - taken));
+    taken = to;
+  };
   // objects up to an index, unchanged, and the ends of their table
   const auto copy = [&](uint32_t to) {
+    takeFresh(out);
     const uint64_t until = to < end ? list_.offsetOf(to) : list_.tableOffset();
-    const auto moved = static_cast<uint64_t>(out - buffer.bytes()) - copied;
-    std::memcpy(out, list_.bytesAt(copied), until - copied);
-    out += until - copied;
+    const uint64_t moved = file.length() - copied;
+    file.append(list_.data().part(copied, until - copied));
     copied = until;
     for (; indexed < to; ++indexed) {
       table =
@@ -732,10 +742,9 @@ Data Revision::assembled() const {
     }
   };
   for (const auto& [index, bytes] : changes) {
-    if (index < end) copy(index);
-    if (index >= end && indexed < end) copy(end);
-    table = PropertyListWriter::storeBigEndian(table, static_cast<uint64_t>(out - buffer.bytes()),
-                                               offsetSize);
+    if (indexed < end) copy(std::min(index, end));
+    const uint64_t offset = file.length() + static_cast<uint64_t>(out - fresh.bytes()) - taken;
+    table = PropertyListWriter::storeBigEndian(table, offset, offsetSize);
     ++indexed;
     out = std::copy(bytes.begin(), bytes.end(), out);
     if (index < end) copied = endOf(index);
@@ -743,13 +752,14 @@ Data Revision::assembled() const {
   if (indexed < end) copy(end);
   PropertyListWriter::storeTrailer(table, offsetSize, list_.referenceSize(), count_,
                                    list_.topObject(), tableOffset);
-  return buffer.finish(length);
+  takeFresh(fresh.bytes() + freshLength);
+  return file;
 }
 
 }  // namespace
 
-std::optional<Data> revisedArchive(const std::shared_ptr<const KeyedArchive>& archive,
-                                   uint32_t number, const char* key, const Value& value) {
+std::optional<DataPieces> revisedArchive(const std::shared_ptr<const KeyedArchive>& archive,
+                                         uint32_t number, const char* key, const Value& value) {
   try {
     return Revision(*archive).replacing(number, key, value);
   } catch (const TooMuch&) {

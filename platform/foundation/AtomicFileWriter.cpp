@@ -125,11 +125,11 @@ void AtomicFileWriter::findOldFile() {
   oldFile_ = FileHandle(openat(folder_.get(), name_.c_str(), kFlags));
 }
 
-void AtomicFileWriter::write(const Data& data) {
+void AtomicFileWriter::write(const DataPieces& content) {
   // A signal that ends the process must not leave a file half on its way, and a limit on the
   // size of files is to be an error.
   const SignalGuard noSignals;
-  NewFile file = make(data);
+  NewFile file = make(content);
   moveIntoPlace(file);
   if (syncFolder(file)) return;
   const int error = errno;
@@ -138,12 +138,12 @@ void AtomicFileWriter::write(const Data& data) {
 }
 
 /// The new file, complete and with a name.
-AtomicFileWriter::NewFile AtomicFileWriter::make(const Data& data) const {
+AtomicFileWriter::NewFile AtomicFileWriter::make(const DataPieces& content) const {
   NewFile invisible = create(true);
-  fill(invisible, data);
+  fill(invisible, content);
   if (giveName(invisible)) return invisible;
   NewFile visible = create(false);
-  fill(visible, data);
+  fill(visible, content);
   return visible;
 }
 
@@ -169,16 +169,20 @@ AtomicFileWriter::NewFile AtomicFileWriter::create(bool isInvisible) const {
 }
 
 /// Content and attributes, all of it on the disk.
-void AtomicFileWriter::fill(const NewFile& file, const Data& data) const {
-  for (size_t written = 0; written < data.length();) {
-    const size_t length = std::min(data.length() - written, kMostAtOnce);
+void AtomicFileWriter::append(const NewFile& file, const Data& piece) const {
+  for (size_t written = 0; written < piece.length();) {
+    const size_t length = std::min(piece.length() - written, kMostAtOnce);
     const ssize_t count = isRefused(FileStep::write)
                               ? -1
-                              : ::write(file.descriptor(), data.bytes() + written, length);
+                              : ::write(file.descriptor(), piece.bytes() + written, length);
     if (count < 0 && errno == EINTR) continue;
     if (count < 0) fail("write", errno);
     written += static_cast<size_t>(count);
   }
+}
+
+void AtomicFileWriter::fill(const NewFile& file, const DataPieces& content) const {
+  for (const Data& piece : content) append(file, piece);
   if (isRefused(FileStep::setAttributes)) fail("set the attributes of", errno);
   if (isThere_) {
     const int error = copyFileAttributes(old_, oldFile_.get(), file.descriptor());

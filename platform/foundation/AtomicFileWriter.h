@@ -4,7 +4,7 @@
 
 #include <string>
 
-#include "platform/foundation/Data.h"
+#include "platform/foundation/DataPieces.h"
 #include "platform/foundation/FileHandle.h"
 
 namespace ns {
@@ -17,7 +17,7 @@ class AtomicFileWriter {
  public:
   /// Follows symbolic links to the file that is to be replaced or made.
   explicit AtomicFileWriter(const std::string& path);
-  void write(const Data& data);
+  void write(const DataPieces& content);
 
  private:
   /// A file on its way to the old one's place.
@@ -28,8 +28,9 @@ class AtomicFileWriter {
   void findOldFile();
 
   [[nodiscard]] NewFile create(bool isInvisible) const;
-  [[nodiscard]] NewFile make(const Data& data) const;
-  void fill(const NewFile& file, const Data& data) const;
+  [[nodiscard]] NewFile make(const DataPieces& content) const;
+  void fill(const NewFile& file, const DataPieces& content) const;
+  void append(const NewFile& file, const Data& piece) const;
   [[nodiscard]] bool giveName(NewFile& file) const;
   void moveIntoPlace(NewFile& file) const;
   [[nodiscard]] bool syncFolder(const NewFile& file) const;

@@ -24,6 +24,10 @@ class Data {
   [[nodiscard]] std::string_view view() const {
     return {reinterpret_cast<const char*>(bytes_), length_};
   }
+  /// `length` bytes from `begin` on, which must lie within; shares them.
+  [[nodiscard]] Data part(size_t begin, size_t length) const {
+    return {owner_, bytes_ + begin, length};
+  }
   bool operator==(const Data& other) const { return view() == other.view(); }
 
  private:

@@ -107,8 +107,8 @@ Data readFile(const std::string& path) {
   return readOpenFile(file.get(), path);
 }
 
-void writeFileAtomically(const std::string& path, const Data& data) {
-  AtomicFileWriter(path).write(data);
+void writeFileAtomically(const std::string& path, const DataPieces& content) {
+  AtomicFileWriter(path).write(content);
 }
 
 }  // namespace ns

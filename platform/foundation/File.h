@@ -4,6 +4,7 @@
 #include <system_error>
 
 #include "platform/foundation/Data.h"
+#include "platform/foundation/DataPieces.h"
 #include "platform/foundation/Exception.h"
 
 namespace ns {
@@ -48,6 +49,6 @@ Data readFile(const std::string& path);
 /// the new group gets no more rights than everybody has.  The extended attributes of a file that
 /// may not be read stay behind too.  Where even the sync of the folder fails, the old content is
 /// put back as a new file, unless it may not be read.
-void writeFileAtomically(const std::string& path, const Data& data);
+void writeFileAtomically(const std::string& path, const DataPieces& content);
 
 }  // namespace ns

@@ -42,7 +42,10 @@ struct Opened {
 
   [[nodiscard]] Item root() const { return controller->tree()->rootNode(); }
   /// By copying; none where that is not done.
-  [[nodiscard]] std::optional<ns::Data> revised() const { return revision.data(*controller); }
+  [[nodiscard]] std::optional<ns::Data> revised() const {
+    const std::optional<ns::DataPieces> pieces = revision.data(*controller);
+    return pieces ? std::optional(pieces->joined()) : std::nullopt;
+  }
   /// As any other objects are written.
   [[nodiscard]] ns::Data plain() const {
     ns::Fields others;
@@ -115,6 +118,31 @@ TEST(DocumentRevision, SavesWhatArchivingSaves) {
   EXPECT_FALSE(holds(third, "milk"));
   EXPECT_EQ(savedWith(second, arrayOf({"milk", "Gr\u00fcn"})), second);
   EXPECT_EQ(savedWith(third, ns::Value()), third);
+}
+
+TEST(DocumentRevision, WhatStaysIsSharedWithTheFileThatWasRead) {
+  const auto root = smallTree();
+  root->setDataForKey(ns::String(std::string(100000, 'x')), "notes");
+  const ns::Data file = fileOf(root);
+  const auto document = OLDataManager::create();
+  ASSERT_TRUE(document->loadDataRepresentationOfType(file));
+  document->setObjectValueForKey(ns::Value(arrayOf({"milk"})), "keywords");
+  const auto pieces = document->dataRepresentationInPieces();
+  ASSERT_TRUE(pieces);
+  size_t shared = 0;
+  for (const ns::Data& piece : *pieces) {
+    const bool isShared = piece.bytes() >= file.bytes() &&
+                          piece.bytes() + piece.length() <= file.bytes() + file.length();
+    shared += isShared ? piece.length() : 0;
+  }
+  EXPECT_GT(shared, 100000U);
+  EXPECT_LT(shared, pieces->length());
+  EXPECT_EQ(pieces->joined(), *document->dataRepresentation());
+  // nor does it matter what becomes of the document meanwhile
+  const ns::Data before = pieces->joined();
+  document->setTreeController(nullptr);
+  EXPECT_EQ(pieces->joined(), before);
+  EXPECT_FALSE(document->dataRepresentationInPieces());
 }
 
 TEST(DocumentRevision, TextThatWasMentionedOftenGoes) {

@@ -69,6 +69,17 @@ TEST_F(FileWriteTest, WritesNothingAndMuch) {
   EXPECT_TRUE(content(path) == much);
 }
 
+TEST_F(FileWriteTest, WritesPiecesInTheirOrder) {
+  const std::string path = folder + "file";
+  const Data data = dataOf("0123456789");
+  DataPieces pieces = data.part(5, 5);
+  pieces.append(data.part(0, 3));
+  pieces.append(dataOf(std::string(size_t{3} << 20, 'x')));
+  pieces.append(dataOf("end"));
+  writeFileAtomically(path, pieces);
+  EXPECT_TRUE(content(path) == "56789012" + std::string(size_t{3} << 20, 'x') + "end");
+}
+
 TEST_F(FileWriteTest, TakesPathsOfEveryForm) {
   const std::filesystem::path usual = std::filesystem::current_path();
   std::filesystem::current_path(folder);
