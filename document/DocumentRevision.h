@@ -10,7 +10,7 @@
 namespace tavlin {
 
 /// Remembers the archive that a document was loaded from, so that a document of which nothing was
-/// changed but the data of its root is saved by copying the file.
+/// changed but the data of its root is saved by keeping most of the file as it is.
 ///
 /// That gives what archiving all its objects anew would give, but for the numbers that objects
 /// have in the file: it is done only where loading and saving change nothing in any item, and

@@ -50,9 +50,9 @@ class OLDataManager : public ns::Object {
   /// is no controller.  The same document always gives the same bytes.  What the archive that was
   /// loaded named beside its root object goes along.
   [[nodiscard]] std::optional<ns::Data> dataRepresentation() const;
-  /// The same bytes for a file to be written.  Where nothing but the data of the root was changed,
-  /// most of them are shared with the data that was loaded, which is neither copied nor held
-  /// twice.
+  /// The same bytes, to be written to a file.  Where nothing but the data of the root was changed,
+  /// most of them are shared with the data that was loaded, which stays in memory for as long as
+  /// there is one of the pieces; dataRepresentation() copies them.
   [[nodiscard]] std::optional<ns::DataPieces> dataRepresentationInPieces() const;
 
   /// -loadDataRepresentation:ofType:  Replaces the tree controller by the archived one, of

@@ -23,6 +23,9 @@ using Type = KeyedArchive::Type;
 constexpr size_t kMostFurtherUids = 1000;
 // Values that somebody makes for a document are flat; deeper ones are left to the archiver.
 constexpr int kDeepest = 32;
+// What stays between two changes is copied when it is shorter than this: a piece more to write
+// costs more.
+constexpr uint64_t kShortRun = uint64_t{16} << 10;
 constexpr uint32_t kNone = UINT32_MAX;
 constexpr uint8_t kUid = 0x80;
 constexpr uint8_t kArray = 0xA0;
@@ -706,35 +709,45 @@ DataPieces Revision::assembled() const {
   for (const Part& part : changed_) changes.insert_or_assign(part.index, bytesOf(part));
 
   uint64_t tableOffset = list_.tableOffset();
-  uint64_t changedLength = 0;
+  size_t changedLength = 0;
   for (const auto& [index, bytes] : changes) {
     changedLength += bytes.size();
     tableOffset += bytes.size();
     if (index < end) tableOffset -= endOf(index) - list_.offsetOf(index);
   }
   const unsigned offsetSize = PropertyListWriter::widthFor(tableOffset);
-  // what is new lies together, the table behind the objects; it is filled in below
-  const uint64_t freshLength =
-      changedLength + uint64_t{count_} * offsetSize + PropertyListWriter::kTrailerLength;
-  const Buffer buffer(freshLength);
-  const Data fresh = buffer.finish(freshLength);
-  uint8_t* out = buffer.bytes();
-  uint8_t* table = buffer.bytes() + changedLength;
-  DataPieces file;
-  uint64_t taken = 0;    // of what is new
-  uint64_t copied = 0;   // of the old file
-  uint32_t indexed = 0;  // of the objects
-  const auto takeFresh = [&](const uint8_t* until) {
-    const auto to = static_cast<uint64_t>(until - fresh.bytes());
-    file.append(fresh.part(taken, to - taken));
-    taken = to;
+  const size_t tableLength = size_t{count_} * offsetSize + PropertyListWriter::kTrailerLength;
+  const Buffer tableBuffer(tableLength);
+  uint8_t* table = tableBuffer.bytes();
+
+  struct Run {
+    bool isFresh;
+    uint64_t begin;
+    uint64_t length;
+  };
+  std::vector<Run> runs;
+  std::string fresh;
+  fresh.reserve(changedLength);
+  uint64_t position = 0;  // in the new file
+  uint64_t copied = 0;    // of the old one
+  uint32_t indexed = 0;   // objects
+  const auto takeFresh = [&](std::string_view bytes) {
+    if (runs.empty() || !runs.back().isFresh) runs.push_back({true, fresh.size(), 0});
+    runs.back().length += bytes.size();
+    fresh += bytes;
+    position += bytes.size();
   };
   // objects up to an index, unchanged, and the ends of their table
   const auto copy = [&](uint32_t to) {
-    takeFresh(out);
     const uint64_t until = to < end ? list_.offsetOf(to) : list_.tableOffset();
-    const uint64_t moved = file.length() - copied;
-    file.append(list_.data().part(copied, until - copied));
+    const uint64_t moved = position - copied;
+    const uint64_t length = until - copied;
+    if (length < kShortRun) {
+      takeFresh(list_.data().view().substr(copied, length));
+    } else {
+      runs.push_back({false, copied, length});
+      position += length;
+    }
     copied = until;
     for (; indexed < to; ++indexed) {
       table =
@@ -743,16 +756,21 @@ DataPieces Revision::assembled() const {
   };
   for (const auto& [index, bytes] : changes) {
     if (indexed < end) copy(std::min(index, end));
-    const uint64_t offset = file.length() + static_cast<uint64_t>(out - fresh.bytes()) - taken;
-    table = PropertyListWriter::storeBigEndian(table, offset, offsetSize);
+    table = PropertyListWriter::storeBigEndian(table, position, offsetSize);
     ++indexed;
-    out = std::copy(bytes.begin(), bytes.end(), out);
+    takeFresh(bytes);
     if (index < end) copied = endOf(index);
   }
   if (indexed < end) copy(end);
   PropertyListWriter::storeTrailer(table, offsetSize, list_.referenceSize(), count_,
                                    list_.topObject(), tableOffset);
-  takeFresh(fresh.bytes() + freshLength);
+
+  const Data freshData(std::move(fresh));
+  DataPieces file;
+  for (const Run& run : runs) {
+    file.append((run.isFresh ? freshData : list_.data()).part(run.begin, run.length));
+  }
+  file.append(tableBuffer.finish(tableLength));
   return file;
 }
 

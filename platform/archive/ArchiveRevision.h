@@ -10,8 +10,9 @@ namespace ns {
 
 /// The file of an archive with the value under `key` of the instance `number` replaced, and
 /// everything else as it was, byte for byte: what a keyed archiver would write for the changed
-/// object graph, but for the numbers of the objects, at about the cost of copying the file.  What
-/// stays comes in pieces that share the archive's memory.
+/// object graph, but for the numbers of the objects.  It costs a look at every object of the file
+/// and a new table of them; what stays is not copied, but comes in pieces that share the memory of
+/// the archive's file, all of it for as long as there is one of them.
 ///
 /// Values and parts of values that are equal to what is there stay where they are; with nothing
 /// to change the file comes back as it is.  What nobody refers to any longer leaves the file, and

@@ -168,7 +168,6 @@ AtomicFileWriter::NewFile AtomicFileWriter::create(bool isInvisible) const {
   }
 }
 
-/// Content and attributes, all of it on the disk.
 void AtomicFileWriter::append(const NewFile& file, const Data& piece) const {
   for (size_t written = 0; written < piece.length();) {
     const size_t length = std::min(piece.length() - written, kMostAtOnce);
@@ -181,6 +180,7 @@ void AtomicFileWriter::append(const NewFile& file, const Data& piece) const {
   }
 }
 
+/// Content and attributes, all of it on the disk.
 void AtomicFileWriter::fill(const NewFile& file, const DataPieces& content) const {
   for (const Data& piece : content) append(file, piece);
   if (isRefused(FileStep::setAttributes)) fail("set the attributes of", errno);

@@ -28,6 +28,7 @@ uint8_t* map(size_t length, int flags) {
 }  // namespace
 
 Buffer::Buffer(size_t capacity, Content content) : capacity_(capacity) {
+  if (capacity > SIZE_MAX / 2) throw std::bad_alloc();
   const size_t size = capacity + kSlack;
   if (size < kMapped) {
     owner_.reset(std::malloc(size), std::free);
@@ -36,7 +37,7 @@ Buffer::Buffer(size_t capacity, Content content) : capacity_(capacity) {
     if (content == Content::zeros) std::memset(owner_.get(), 0, size);
     return;
   }
-  // All pages come as zeros.  Those that are not large are asked for in one go: a page fault for
+  // All pages come as zeros.  Those that are to be small are asked for in one go: a page fault for
   // each costs more than the page.  What the last large page would hold is left to small ones when
   // it is less than half: it is the system that clears what nobody uses.
   const size_t large = (size + kLargePage / 2) / kLargePage * kLargePage;

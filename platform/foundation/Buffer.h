@@ -13,7 +13,9 @@ class Buffer {
  public:
   /// What it holds at first: bytes that will be written need no zeros before.
   enum class Content : uint8_t { anything, zeros };
-  /// Raises std::bad_alloc.
+  /// Raises std::bad_alloc.  From 128 KB on the memory is the system's and comes at once, so that
+  /// it should be used: all of it below 1 MB, else what lies behind the large pages, where the
+  /// system has such.
   explicit Buffer(size_t capacity, Content content = Content::anything);
 
   [[nodiscard]] uint8_t* bytes() const { return static_cast<uint8_t*>(owner_.get()); }

@@ -122,6 +122,38 @@ TEST_P(FileWriteFailureTest, LeavesNothingWhereNothingWas) {
   }
 }
 
+DataPieces threePieces() {
+  DataPieces pieces = dataOf("one ");
+  pieces.append(dataOf("two "));
+  pieces.append(dataOf("three"));
+  return pieces;
+}
+
+TEST_P(FileWriteFailureTest, EachPieceCounts) {
+  const std::string path = make("file", "old");
+  for (int refused = 1; refused <= 3; ++refused) {
+    int writes = 0;
+    const ScopedFault fault([&](FileStep step) {
+      if (step == FileStep::createInvisible && !GetParam()) return EOPNOTSUPP;
+      return step == FileStep::write && ++writes == refused ? ENOSPC : 0;
+    });
+    EXPECT_EQ(errorOf([&] { writeFileAtomically(path, threePieces()); }), ENOSPC);
+    EXPECT_EQ(writes, refused);
+    EXPECT_EQ(content(path), "old");
+    EXPECT_THAT(names(folder), ElementsAre("file"));
+  }
+}
+
+// An invisible file that gets no name is left for a visible one, which needs all pieces again.
+TEST_P(FileWriteFailureTest, WritesAllPiecesAgainWhereAnInvisibleFileGetsNoName) {
+  const std::string path = make("file", "old");
+  const ScopedFault fault(failing(FileStep::link, EPERM));
+  writeFileAtomically(path, threePieces());
+  EXPECT_EQ(hasFailed(), GetParam());
+  EXPECT_EQ(content(path), "one two three");
+  EXPECT_THAT(names(folder), ElementsAre("file"));
+}
+
 TEST_P(FileWriteFailureTest, TriesAgainWhenAWriteIsInterrupted) {
   const std::string path = make("file", "old");
   const ScopedFault fault(failing(FileStep::write, EINTR));
