@@ -37,51 +37,36 @@ def own_cpu():
     return usage.ru_utime + usage.ru_stime
 
 
-def finish(child, command, started, cpu_before):
-    _, status, usage = os.wait4(child, 0)
-    wall = time.perf_counter() - started
-    if status:
-        raise RuntimeError(f'{command} ended with {status}')
-    cpu = own_cpu() - cpu_before + usage.ru_utime + usage.ru_stime
-    return Cost(wall, cpu, usage.ru_maxrss * 1024)
+class Timed:
+    """Runs programs by way of a small one, which measures them."""
+
+    def __init__(self, build):
+        self.program = os.path.join(build, 'bench', 'timed')
+
+    def run(self, command, runs=1, drained=False):
+        """The costs of so many runs; output goes nowhere, or into a pipe that is drained."""
+        options = ['-d'] if drained else []
+        done = subprocess.run([self.program, *options, str(runs), *command], text=True,
+                              stdout=subprocess.PIPE, check=True)
+        return [Cost(float(wall), float(cpu), int(peak))
+                for wall, cpu, peak in map(str.split, done.stdout.splitlines())]
+
+    def once(self, command):
+        return self.run(command)[0]
+
+    def drained(self, command):
+        return self.run(command, drained=True)[0]
 
 
-def run(command):
-    """A program whose output goes nowhere."""
-    nowhere = [(os.POSIX_SPAWN_OPEN, 1, '/dev/null', os.O_WRONLY, 0)]
-    started, before = time.perf_counter(), own_cpu()
-    child = os.posix_spawn(command[0], command, os.environ, file_actions=nowhere)
-    return finish(child, command, started, before)
-
-
-DRAIN = bytearray(MEBIBYTE)
-
-
-def run_drained(command):
-    """A program whose output goes into a pipe that this process drains."""
-    out, into = os.pipe()
-    started, before = time.perf_counter(), own_cpu()
-    child = os.posix_spawn(command[0], command, os.environ,
-                           file_actions=[(os.POSIX_SPAWN_DUP2, into, 1),
-                                         (os.POSIX_SPAWN_CLOSE, out),
-                                         (os.POSIX_SPAWN_CLOSE, into)])
-    os.close(into)
-    while os.readv(out, [DRAIN]):
-        pass
-    cost = finish(child, command, started, before)
-    os.close(out)
-    return cost
-
-
-def copy_synced(source, copy):
+def copy_synced(timed, source, copy):
     """cp onto a copy that is there already, and a sync of the copy."""
-    started = time.perf_counter()
-    copying = run([shutil.which('cp'), source, copy])
-    before = own_cpu()
+    copying = timed.once([shutil.which('cp'), source, copy])
+    started, before = time.perf_counter(), own_cpu()
     file = os.open(copy, os.O_RDONLY)
     os.fsync(file)
     os.close(file)
-    return Cost(time.perf_counter() - started, copying.cpu + own_cpu() - before, 0)
+    return Cost(copying.wall + time.perf_counter() - started,
+                copying.cpu + own_cpu() - before, 0)
 
 
 def interleaved(ours, other, runs):
@@ -124,6 +109,7 @@ class Bench:
         self.tool, self.make = (os.path.join(build, 'bin', name)
                                 for name in ('tavlin-keywords', 'outline-make'))
         self.read_titles = os.path.join(build, 'bench', 'read-titles')
+        self.timed = Timed(build)
         self.folder = folder
         self.quick = quick
         self.runs = 7 if quick else 21
@@ -152,13 +138,17 @@ class Bench:
         if process.wait():
             raise RuntimeError(f'{process.args} ended with {process.returncode}')
 
-    def read(self, path):
-        return run([self.tool, '-r', path])
+    def read(self, path, runs=1):
+        return self.timed.run([self.tool, '-r', path], runs)
 
-    def write_new(self, path):
+    def write_new(self, path, runs=1):
         """A keyword that is not in the file yet."""
-        self.writes += 1
-        return run([self.tool, '-w', path, f'run {self.writes} of {os.getpid()}'])
+        costs = []
+        for _ in range(runs):
+            self.writes += 1
+            keyword = f'run {self.writes} of {os.getpid()}'
+            costs.append(self.timed.once([self.tool, '-w', path, keyword]))
+        return costs
 
     def table(self):
         large, small = self.document(100_000), self.document(10)
@@ -169,31 +159,32 @@ class Bench:
         print(f'A document of 100,000 items, {size / 1e6:.1f} MB; medians of {self.runs} runs\n')
         print(HEADING)
 
+        once, drained = self.timed.once, self.timed.drained
+
         def cat():
-            return run_drained(['/bin/cat', large])
+            return drained(['/bin/cat', large])
 
         def cp():
-            return copy_synced(work, copy)
+            return copy_synced(self.timed, work, copy)
 
-        ours, other = interleaved(lambda: run_drained([self.tool, '-r', large]), cat, self.runs)
+        ours, other = interleaved(lambda: drained([self.tool, '-r', large]), cat, self.runs)
         print_pair('-r : cat into a drained pipe', ours, other, 6, 2)
         peak_of_reading = ours.peak
-        ours, other = interleaved(lambda: self.write_new(work), cp, self.runs)
+        ours, other = interleaved(lambda: self.write_new(work)[0], cp, self.runs)
         print_pair('-w, other keywords : cp and sync', ours, other, 6, 2)
         peak_of_writing = ours.peak
-        run([self.tool, '-w', work, 'equal'])
-        ours, other = interleaved(lambda: run([self.tool, '-w', work, 'equal']), cp, self.runs)
+        once([self.tool, '-w', work, 'equal'])
+        ours, other = interleaved(lambda: once([self.tool, '-w', work, 'equal']), cp, self.runs)
         print_pair('-w, equal keywords : cp and sync', ours, other)
-        ours, other = interleaved(lambda: self.read(small), lambda: run(['/bin/cat', small]),
+        ours, other = interleaved(lambda: self.read(small)[0], lambda: once(['/bin/cat', small]),
                                   self.runs * 10)
         print_pair('-r, 10 items : cat', ours, other, 2, 1.3)
         print_share('peak memory of -r : file size', peak_of_reading, size, 2, 1.1)
         print_share('peak memory of -w : file size', peak_of_writing, size, 3, 2)
-        ours, other = interleaved(lambda: run_drained([self.read_titles, large]), cat, self.runs)
+        ours, other = interleaved(lambda: drained([self.read_titles, large]), cat, self.runs)
         print_pair('library, load and read titles : cat', ours, other, 10, 5)
         print_share('peak memory of that : file size', ours.peak, size)
-        ours, other = interleaved(lambda: run_drained([self.read_titles, '-r', large]), cat,
-                                  self.runs)
+        ours, other = interleaved(lambda: drained([self.read_titles, '-r', large]), cat, self.runs)
         print_pair('library, the same and release : cat', ours, other)
 
     def growth(self):
@@ -201,13 +192,13 @@ class Bench:
         print(f'\nTime for each item, ns{"":8}{heading}{"most : least":>16}{"must":>7}{"aim":>6}')
         for shape in SHAPES:
             documents = [self.document(items, shape) for items in self.sizes]
-            for mode, function in (('-r', self.read), ('-w', self.write_new)):
+            # disks that are written to for minutes become slow
+            for mode, function, rounds in (('-r', self.read, 11), ('-w', self.write_new, 6)):
                 costs = [[] for _ in documents]
-                for number in range(4 if self.quick else 11):
+                for number in range(4 if self.quick else rounds):
                     for index, items in enumerate(self.sizes):
                         # the large ones take long enough to be measured with fewer runs
-                        for _ in range(max(1, 100_000 // items)):
-                            cost = function(documents[index])
+                        for cost in function(documents[index], max(1, 100_000 // items)):
                             if number > 0:
                                 costs[index].append(cost.wall / items * 1e9)
                 medians = [statistics.median(each) for each in costs]
@@ -245,11 +236,10 @@ class Bench:
         self.alone('libplist, parse and write 10,000 items', libplist(small, writes=True),
                    os.path.getsize(small))
 
-    @staticmethod
-    def alone(label, command, size):
+    def alone(self, label, command, size):
         try:
-            cost = run(command)
-        except (RuntimeError, OSError) as error:
+            cost = self.timed.once(command)
+        except subprocess.CalledProcessError as error:
             print(f'{label:46}not measured: {error}')
             return
         print(f'{label:46}{cost.wall * 1000:8.0f} ms   peak {cost.peak / 1e6:6.0f} MB, '
