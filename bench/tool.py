@@ -20,7 +20,6 @@ import sys
 import tempfile
 import time
 
-MEBIBYTE = 1 << 20
 SIZES = (10_000, 100_000, 1_000_000)
 SHAPES = ('flat', 'deep', 'mixed')
 
