@@ -21,8 +21,9 @@ namespace {
 
 // As many links as the system itself follows.
 constexpr int kMostLinks = 40;
-// Linux writes less than 2 GiB at once.
-constexpr size_t kMostAtOnce = size_t{1} << 30;
+// The disk is given the content in stretches of this length, to be at work on one while the next
+// is copied.
+constexpr size_t kStretch = size_t{1} << 20;
 
 /// A short name that hardly any other file has: a dot and letters.
 std::string randomName() {
@@ -59,10 +60,20 @@ class AtomicFileWriter::NewFile {
   [[nodiscard]] const char* name() const { return name_.c_str(); }
   void setName(std::string name) { name_ = std::move(name); }
 
+  /// Has the system begin to write what is new to the disk once it is long enough.  Who syncs
+  /// later waits for less, and is told then what went wrong.
+  void noteWritten(size_t length) {
+    unsent_ += length;
+    if (unsent_ < kStretch) return;
+    unsent_ = 0;
+    sync_file_range(descriptor(), 0, 0, SYNC_FILE_RANGE_WRITE);
+  }
+
  private:
   int folder_;
   FileHandle handle_;
-  std::string name_;  ///< empty while nobody can see it
+  size_t unsent_ = 0;  ///< bytes
+  std::string name_;   ///< empty while nobody can see it
 };
 
 AtomicFileWriter::AtomicFileWriter(const std::string& path) : path_(path) {
@@ -168,20 +179,21 @@ AtomicFileWriter::NewFile AtomicFileWriter::create(bool isInvisible) const {
   }
 }
 
-void AtomicFileWriter::append(const NewFile& file, const Data& piece) const {
+void AtomicFileWriter::append(NewFile& file, const Data& piece) const {
   for (size_t written = 0; written < piece.length();) {
-    const size_t length = std::min(piece.length() - written, kMostAtOnce);
+    const size_t length = std::min(piece.length() - written, kStretch);
     const ssize_t count = isRefused(FileStep::write)
                               ? -1
                               : ::write(file.descriptor(), piece.bytes() + written, length);
     if (count < 0 && errno == EINTR) continue;
     if (count < 0) fail("write", errno);
     written += static_cast<size_t>(count);
+    file.noteWritten(static_cast<size_t>(count));
   }
 }
 
 /// Content and attributes, all of it on the disk.
-void AtomicFileWriter::fill(const NewFile& file, const DataPieces& content) const {
+void AtomicFileWriter::fill(NewFile& file, const DataPieces& content) const {
   for (const Data& piece : content) append(file, piece);
   if (isRefused(FileStep::setAttributes)) fail("set the attributes of", errno);
   if (isThere_) {

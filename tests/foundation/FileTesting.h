@@ -8,6 +8,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <cstdint>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
@@ -21,6 +22,17 @@
 namespace ns::testing {
 
 inline Data dataOf(const std::string& bytes) { return Data(bytes); }
+
+/// Bytes of which no stretch looks like another.
+inline std::string manyBytes(size_t length) {
+  std::string bytes(length, '\0');
+  uint64_t state = 1;
+  for (char& byte : bytes) {
+    state = state * 6364136223846793005U + 1442695040888963407U;
+    byte = static_cast<char>(state >> 56);
+  }
+  return bytes;
+}
 
 inline std::string bytesOf(const Data& data) { return std::string(data.view()); }
 

@@ -144,6 +144,32 @@ TEST_P(FileWriteFailureTest, EachPieceCounts) {
   }
 }
 
+// Part of the new file may be on the disk by then.
+TEST_P(FileWriteFailureTest, TheEndOfALargePieceCounts) {
+  const std::string path = make("file", "old");
+  const Data large = dataOf(testing::manyBytes(size_t{6} << 20));
+  int writes = 0;
+  const auto counting = [&](int refused) {
+    writes = 0;
+    return [&writes, refused](FileStep step) {
+      if (step == FileStep::createInvisible && !GetParam()) return EOPNOTSUPP;
+      return step == FileStep::write && ++writes == refused ? ENOSPC : 0;
+    };
+  };
+  int all = 0;
+  {
+    const ScopedFault fault(counting(0));
+    writeFileAtomically(folder + "other", large);
+    all = writes;
+  }
+  EXPECT_GT(all, 1);
+  const ScopedFault fault(counting(all));
+  EXPECT_EQ(errorOf([&] { writeFileAtomically(path, large); }), ENOSPC);
+  EXPECT_EQ(writes, all);
+  EXPECT_EQ(content(path), "old");
+  EXPECT_THAT(names(folder), ElementsAre("file", "other"));
+}
+
 // An invisible file that gets no name is left for a visible one, which needs all pieces again.
 TEST_P(FileWriteFailureTest, WritesAllPiecesAgainWhereAnInvisibleFileGetsNoName) {
   const std::string path = make("file", "old");

@@ -13,6 +13,7 @@ namespace {
 using testing::dataOf;
 using ::testing::ElementsAre;
 using testing::errorOf;
+using testing::manyBytes;
 using testing::openDescriptors;
 using testing::reasonOf;
 using testing::ScopedFault;
@@ -64,7 +65,7 @@ TEST_F(FileWriteTest, WritesNothingAndMuch) {
   const std::string path = folder + "file";
   writeFileAtomically(path, Data());
   EXPECT_EQ(content(path), "");
-  const std::string much(size_t{9} << 20, 'x');
+  const std::string much = manyBytes((size_t{9} << 20) + 7);
   writeFileAtomically(path, dataOf(much));
   EXPECT_TRUE(content(path) == much);
 }
@@ -74,10 +75,11 @@ TEST_F(FileWriteTest, WritesPiecesInTheirOrder) {
   const Data data = dataOf("0123456789");
   DataPieces pieces = data.part(5, 5);
   pieces.append(data.part(0, 3));
-  pieces.append(dataOf(std::string(size_t{3} << 20, 'x')));
+  const std::string much = manyBytes((size_t{3} << 20) + 7);
+  pieces.append(dataOf(much));
   pieces.append(dataOf("end"));
   writeFileAtomically(path, pieces);
-  EXPECT_TRUE(content(path) == "56789012" + std::string(size_t{3} << 20, 'x') + "end");
+  EXPECT_TRUE(content(path) == "56789012" + much + "end");
 }
 
 TEST_F(FileWriteTest, TakesPathsOfEveryForm) {
