@@ -11,8 +11,8 @@ namespace tavlin {
 namespace {
 
 template <class T>
-std::shared_ptr<ns::Object> make() {
-  return std::make_shared<T>();
+std::shared_ptr<ns::Object> make(ns::Arena& arena) {
+  return arena.make<T>();
 }
 
 template <class T>

@@ -72,7 +72,9 @@ class Item final : public ns::Object {
 // Items of broken archives hold each other; they are emptied at the end.
 std::vector<std::shared_ptr<Item>> items;
 
-std::shared_ptr<ns::Object> createItem() { return items.emplace_back(std::make_shared<Item>()); }
+std::shared_ptr<ns::Object> createItem(ns::Arena&) {
+  return items.emplace_back(std::make_shared<Item>());
+}
 
 const ns::ClassRegistry& classes() {
   static const ns::ClassRegistry all = [] {

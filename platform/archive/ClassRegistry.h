@@ -7,6 +7,7 @@
 #include <utility>
 #include <vector>
 
+#include "platform/foundation/Arena.h"
 #include "platform/foundation/Object.h"
 #include "platform/foundation/Value.h"
 
@@ -42,7 +43,8 @@ struct ClassCoding {
   Value (*decode)(const std::shared_ptr<const KeyedArchive>& archive, uint32_t index) = nullptr;
 
   /// Makes an empty object of a class whose instances have an identity; `initWithCoder` fills it.
-  std::shared_ptr<Object> (*create)() = nullptr;
+  /// It may be made in the arena, which has the others that were read from the same archive.
+  std::shared_ptr<Object> (*create)(Arena& arena) = nullptr;
 
   /// The fields of a class whose objects form trees.  Of a class of values: fields that make
   /// asking `check` needless for an instance that has all of them and no others.

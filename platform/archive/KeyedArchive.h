@@ -13,6 +13,7 @@
 #include "platform/archive/BinaryPropertyList.h"
 #include "platform/archive/ClassRegistry.h"
 #include "platform/archive/ValueTransform.h"
+#include "platform/foundation/Arena.h"
 #include "platform/foundation/Array.h"
 #include "platform/foundation/ContainerAccess.h"
 #include "platform/foundation/Dictionary.h"
@@ -333,6 +334,8 @@ class KeyedArchive : public std::enable_shared_from_this<KeyedArchive> {
   void registerObject(uint32_t number, const std::shared_ptr<ns::Object>& object) const;
 
   [[nodiscard]] const ClassRegistry& registry() const { return registry_; }
+  /// Where the objects that are made from the archive have their memory.
+  [[nodiscard]] Arena& arena() const { return arena_; }
 
   /// Raises ArchiveException for an object: "keyed archive: object 12 (NSArray): " and `what`.
   [[noreturn]] void fail(uint32_t number, const std::string& what) const;
@@ -521,6 +524,7 @@ class KeyedArchive : public std::enable_shared_from_this<KeyedArchive> {
   mutable std::unordered_map<const ValueTransform*, Changes> changes_;
   mutable std::unordered_map<const void*, bool> attributedStringChanges_;  // by the rule
   mutable std::unordered_map<uint32_t, std::weak_ptr<ns::Object>> live_;
+  mutable Arena arena_;
 };
 
 /// Where a value came from.

@@ -34,7 +34,7 @@ void KeyedUnarchiver::makeObjects(const std::vector<uint32_t>& numbers) {
 
 std::shared_ptr<ns::Object> KeyedUnarchiver::makeObject(uint32_t number,
                                                         const KeyedArchive::Record& record) {
-  std::shared_ptr<ns::Object> object = record.archivedClass->coding->create();
+  std::shared_ptr<ns::Object> object = record.archivedClass->coding->create(archive_->arena());
   if (parent_) {
     fields_ = FieldReader(*archive_, number, record);
     object->initWithCoder(*this);

@@ -175,8 +175,8 @@ namespace {
 
 std::vector<std::weak_ptr<Item>>* keptItems = nullptr;
 
-std::shared_ptr<ns::Object> createItem() {
-  auto item = std::make_shared<Item>();
+std::shared_ptr<ns::Object> createItem(ns::Arena& arena) {
+  auto item = arena.make<Item>();
   if (keptItems != nullptr) keptItems->push_back(item);
   return item;
 }
