@@ -64,7 +64,9 @@ class BinaryPropertyList {
 
   /// The object of an index below objectCount(); raises ArchiveException when its bytes are no
   /// object or run into the offset table.
-  [[nodiscard]] Object object(uint32_t index) const;
+  [[nodiscard]] Object object(uint32_t index) const { return object(index, offsetOf(index)); }
+  /// The same where offsetOf() is at hand.
+  [[nodiscard]] Object object(uint32_t index, uint64_t offset) const;
   /// Whether so many bytes are the same at two places.  Up to 8 bytes behind them are read.
   static bool areSame(const uint8_t* a, const uint8_t* b, size_t length) {
     const auto word = [](const uint8_t* at) {
@@ -82,12 +84,17 @@ class BinaryPropertyList {
   /// its references and the number of pairs.
   [[nodiscard]] bool isShortDictionary(uint32_t index, const uint8_t** references,
                                        uint64_t* count) const {
-    return isShort(index, 0xD0, uint64_t{2} * referenceSize_, references, count);
+    return isShortDictionaryAt(offsetOf(index), references, count);
+  }
+  /// The same where offsetOf() is at hand.
+  [[nodiscard]] bool isShortDictionaryAt(uint64_t offset, const uint8_t** references,
+                                         uint64_t* count) const {
+    return isShort(offset, 0xD0, uint64_t{2} * referenceSize_, references, count);
   }
   /// The same for an array of less than 15 elements.
   [[nodiscard]] bool isShortArray(uint32_t index, const uint8_t** references,
                                   uint64_t* count) const {
-    return isShort(index, 0xA0, referenceSize_, references, count);
+    return isShort(offsetOf(index), 0xA0, referenceSize_, references, count);
   }
   /// Whether the object of an index is a sound UID, and its number.
   [[nodiscard]] bool isUid(uint32_t index, uint64_t* number) const {
@@ -128,10 +135,9 @@ class BinaryPropertyList {
   }
 
  private:
-  /// Whether the object of an index is a sound one whose marker holds its count, below 15.
-  [[nodiscard]] bool isShort(uint32_t index, unsigned firstMarker, uint64_t unit,
+  /// Whether there is a sound object at an offset whose marker holds its count, below 15.
+  [[nodiscard]] bool isShort(uint64_t offset, unsigned firstMarker, uint64_t unit,
                              const uint8_t** content, uint64_t* count) const {
-    const uint64_t offset = offsetOf(index);
     if (!isAmongObjects(offset)) return false;
     const uint8_t* at = base_ + offset;
     const unsigned held = *at - firstMarker;
@@ -167,8 +173,8 @@ class BinaryPropertyList {
   uint32_t referenceShift_;
 };
 
-inline BinaryPropertyList::Object BinaryPropertyList::object(uint32_t index) const {
-  const uint64_t offset = offsetOf(index);
+inline BinaryPropertyList::Object BinaryPropertyList::object(uint32_t index,
+                                                             uint64_t offset) const {
   if (!isAmongObjects(offset)) failObject(index, offset);
   const uint8_t* at = base_ + offset;
   const uint64_t space = tableOffset_ - offset - 1;  // bytes behind the marker

@@ -11,7 +11,8 @@ Kind FieldReader::kind(const char* key) const {
   return number == 0 ? Kind::none : archive_->kind(number);
 }
 
-Value FieldReader::primitive(const char* key, const Object& found, const char* expected) const {
+Value FieldReader::primitive(const char* key, uint32_t position, const char* expected) const {
+  const Object found = archive_->field(record_, position);
   if (found.type != KeyedArchive::Type::uid) {
     Value value = KeyedArchive::scalar(found);
     if (!value.isNone() && !value.isNumber()) failKind(key, value.kind(), expected);

@@ -50,14 +50,14 @@ class FieldReader {
     const uint32_t position = positionOf(key);
     if (position == record_.shape->count()) return false;
     if (const auto found = archive_->fieldBoolean(record_, position)) return *found;
-    return primitive(key, archive_->field(record_, position), "a boolean").boolValue();
+    return primitive(key, position, "a boolean").boolValue();
   }
   /// The same; 0 when missing.
   [[nodiscard]] int64_t integer(const char* key) const {
     const uint32_t position = positionOf(key);
     if (position == record_.shape->count()) return 0;
     if (const auto found = archive_->fieldInteger(record_, position)) return *found;
-    return primitive(key, archive_->field(record_, position), "an integer").integerValue();
+    return primitive(key, position, "an integer").integerValue();
   }
 
   /// Whether the list under a key is of an immutable class, or null.
@@ -85,8 +85,8 @@ class FieldReader {
   /// The record of the list under a key, which is an instance of a class of arrays, or nothing.
   [[nodiscard]] std::optional<KeyedArchive::Record> listRecord(const char* key) const;
   [[noreturn]] void failReference(const char* key) const;
-  /// The number that a field with a key is, or refers to.
-  [[nodiscard]] Value primitive(const char* key, const Object& found, const char* expected) const;
+  /// The number that the field at a position, with a key, is or refers to.
+  [[nodiscard]] Value primitive(const char* key, uint32_t position, const char* expected) const;
 
   const KeyedArchive* archive_ = nullptr;
   uint32_t number_ = 0;

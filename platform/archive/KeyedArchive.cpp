@@ -67,6 +67,21 @@ std::string contentOf(const ClassInfo& info) {
 
 }  // namespace
 
+std::optional<bool> KeyedArchive::otherBooleanAt(uint32_t index) const {
+  const Object found = list_.object(index);
+  if (found.type != Type::boolean) return std::nullopt;
+  recentBooleans_[found.width] = index;
+  return found.width != 0;
+}
+
+std::optional<int64_t> KeyedArchive::otherIntegerAt(uint32_t index) const {
+  const Object found = list_.object(index);
+  if (found.type != Type::integer || found.width > 8) return std::nullopt;
+  recentIntegerIndex_ = index;
+  recentInteger_ = static_cast<int64_t>(BinaryPropertyList::load(found.bytes, found.width));
+  return recentInteger_;
+}
+
 bool KeyedArchive::isNullMarkerText(const Object& object) {
   return object.text() == (object.type == Type::ascii ? kNullMarker : kWideNullMarker);
 }
@@ -241,15 +256,19 @@ KeyedArchive::Record KeyedArchive::otherRecordWith(uint32_t number, const uint8_
                      : "a class record stands where an instance should");
   }
   const uint32_t index = list_.reference(values, shape.class_);
-  if (index != shape.recentClassIndex_ || !shape.recentClass_) {
+  Shape::RecentClass(&recent)[2] = shape.recentClasses_;
+  const auto isNamed = [index](const Shape::RecentClass& it) {
+    return it.found && it.index == index;
+  };
+  if (!isNamed(recent[0])) std::swap(recent[0], recent[1]);
+  if (!isNamed(recent[0])) {
     const Object reference = list_.object(index);
     if (reference.type != Type::uid) {
       fail(number, std::string("\"$class\" is ") + nameOf(reference.type) + " and not a reference");
     }
-    shape.recentClass_ = &classAt(target(reference), number);
-    shape.recentClassIndex_ = index;
+    recent[0] = {index, &classAt(target(reference), number)};
   }
-  return {&shape, shape.recentClass_, values};
+  return {&shape, recent[0].found, values};
 }
 
 const KeyedArchive::Class& KeyedArchive::classAt(uint32_t number, uint32_t ofInstance) const {
@@ -298,6 +317,12 @@ const KeyedArchive::Class& KeyedArchive::classAt(uint32_t number, uint32_t ofIns
 }
 
 Kind KeyedArchive::kind(uint32_t number) const {
+  if (number == 0) return Kind::none;
+  const uint8_t* references = nullptr;
+  uint64_t count = 0;
+  if (isShortRecord(number, &references, &count)) {
+    return recordWith(number, references, count).archivedClass->kind();
+  }
   const Entry found = entry(number);
   if (found.kind == EntryKind::null) return Kind::none;
   if (found.kind == EntryKind::instance) return record(number, found.object).archivedClass->kind();

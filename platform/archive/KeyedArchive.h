@@ -82,10 +82,13 @@ class KeyedArchive : public std::enable_shared_from_this<KeyedArchive> {
     mutable const char* absent_ = nullptr;       // a literal that was looked for in vain
     const uint8_t* references_ = nullptr;        // of the keys, in the file
     uint32_t number_ = 0;
-    mutable uint32_t recentClassIndex_ = 0;  // the class of the record looked at last
-    mutable const Class* recentClass_ = nullptr;
-    uint32_t class_ = 0;      // position of "$class", or count()
-    uint32_t className_ = 0;  // position of "$classname", or count()
+    struct RecentClass {
+      uint32_t index = 0;  // of a reference to it
+      const Class* found = nullptr;
+    };
+    mutable RecentClass recentClasses_[2];  // of the records looked at, the last one first
+    uint32_t class_ = 0;                    // position of "$class", or count()
+    uint32_t className_ = 0;                // position of "$classname", or count()
   };
 
   /// An instance: its class, its keys, and the references of its fields' values.
@@ -186,7 +189,7 @@ class KeyedArchive : public std::enable_shared_from_this<KeyedArchive> {
   [[nodiscard]] Record record(uint32_t number) const {
     const uint8_t* references = nullptr;
     uint64_t count = 0;
-    if (number != 0 && list_.isShortDictionary(entryIndex(number), &references, &count)) {
+    if (number != 0 && isShortRecord(number, &references, &count)) {
       return recordWith(number, references, count);
     }
     const Entry found = entry(number);
@@ -234,11 +237,7 @@ class KeyedArchive : public std::enable_shared_from_this<KeyedArchive> {
   [[nodiscard]] std::optional<int64_t> fieldInteger(const Record& record, uint32_t position) const {
     const uint32_t index = fieldIndex(record, position);
     if (index == recentIntegerIndex_) return recentInteger_;
-    const Object found = list_.object(index);
-    if (found.type != Type::integer || found.width > 8) return std::nullopt;
-    recentIntegerIndex_ = index;
-    recentInteger_ = static_cast<int64_t>(BinaryPropertyList::load(found.bytes, found.width));
-    return recentInteger_;
+    return otherIntegerAt(index);
   }
   /// The place in the file's object table of an element, by which equal containers are known.
   [[nodiscard]] uint32_t elementIndex(const Object& container, uint64_t position) const {
@@ -259,7 +258,7 @@ class KeyedArchive : public std::enable_shared_from_this<KeyedArchive> {
   /// The kind of value that a number stands for.
   [[nodiscard]] Kind kind(uint32_t number) const;
   [[nodiscard]] bool isNull(uint32_t number) const {
-    return number == 0 || entry(number).kind == EntryKind::null;
+    return number == 0 || (!isShortRecord(number) && entry(number).kind == EntryKind::null);
   }
 
   /// Whether a dictionary describes a class.
@@ -356,13 +355,22 @@ class KeyedArchive : public std::enable_shared_from_this<KeyedArchive> {
   }
   [[nodiscard]] std::optional<bool> booleanAt(uint32_t index) const {
     // equal booleans and numbers are mostly one object of the file
-    for (const bool value : {false, true}) {
-      if (index == recentBooleans_[value]) return value;
-    }
-    const Object found = list_.object(index);
-    if (found.type != Type::boolean) return std::nullopt;
-    recentBooleans_[found.width] = index;
-    return found.width != 0;
+    if (index == recentBooleans_[false]) return false;
+    if (index == recentBooleans_[true]) return true;
+    return otherBooleanAt(index);
+  }
+  // Those that were not looked at last.
+  [[nodiscard]] std::optional<bool> otherBooleanAt(uint32_t index) const;
+  [[nodiscard]] std::optional<int64_t> otherIntegerAt(uint32_t index) const;
+  /// Whether there is a dictionary of the usual kind for a number other than 0.
+  [[nodiscard]] bool isShortRecord(uint32_t number, const uint8_t** references,
+                                   uint64_t* count) const {
+    return list_.isShortDictionary(entryIndex(number), references, count);
+  }
+  [[nodiscard]] bool isShortRecord(uint32_t number) const {
+    const uint8_t* references = nullptr;
+    uint64_t count = 0;
+    return isShortRecord(number, &references, &count);
   }
   [[nodiscard]] Object arrayAt(uint32_t index) const {
     Object array{Type::array, 0, nullptr, 0};
@@ -377,11 +385,11 @@ class KeyedArchive : public std::enable_shared_from_this<KeyedArchive> {
                                   uint64_t count) const {
     const size_t width = list_.referenceSize();
     const Shape* shape = recentShapes_[slotOf(references, count, width)][0];
-    if (shape && shape->recentClass_ && shape->hasKeys(references, count, width)) {
+    if (shape && shape->recentClasses_[0].found && shape->hasKeys(references, count, width)) {
       const uint8_t* values = references + count * width;
       // the same reference names the same class
-      if (list_.reference(values, shape->class_) == shape->recentClassIndex_) {
-        return {shape, shape->recentClass_, values};
+      if (list_.reference(values, shape->class_) == shape->recentClasses_[0].index) {
+        return {shape, shape->recentClasses_[0].found, values};
       }
     }
     return otherRecordWith(number, references, count);
@@ -449,6 +457,11 @@ class KeyedArchive : public std::enable_shared_from_this<KeyedArchive> {
     std::vector<bool> changed;
   };
   const Changes& changesOf(const ValueTransform& transform) const;
+  /// Whether a transform, if any, changes what an entry holds if that is text.
+  [[nodiscard]] bool isTextChangedBy(const ValueTransform* transform, const Object& object) const {
+    return transform && !findings_.markedTexts.empty() && object.isString() &&
+           transform->changesText({object.text(), object.type == Type::utf16});
+  }
   /// Whether a transform may change an attributed string here.
   [[nodiscard]] bool mayChangeAttributedStrings(const ValueTransform& transform) const;
 
@@ -493,7 +506,7 @@ class KeyedArchive : public std::enable_shared_from_this<KeyedArchive> {
   [[nodiscard]] Record recordOfForm(const Findings::OnlyForm& form, uint32_t number) const {
     const uint8_t* references = nullptr;
     uint64_t count = 0;
-    if (!form.shape || !list_.isShortDictionary(entryIndex(number), &references, &count)) {
+    if (!form.shape || !isShortRecord(number, &references, &count)) {
       return record(number);
     }
     return {form.shape, form.archivedClass, references + count * list_.referenceSize()};
@@ -511,10 +524,10 @@ class KeyedArchive : public std::enable_shared_from_this<KeyedArchive> {
   mutable uint32_t recentIntegerIndex_ = UINT32_MAX;
   mutable int64_t recentInteger_ = 0;
   struct RecentKey {
-    uint32_t number = UINT32_MAX;
+    uint32_t index = UINT32_MAX;  // of the reference to it
     StoredText text{};
   };
-  mutable RecentKey recentKeys_[32];  // of dictionaries, by a few bits of their numbers
+  mutable RecentKey recentKeys_[32];  // of dictionaries, by a few bits of their indexes
   mutable std::unordered_map<TextKey, Value, TextHash> texts_;  // long ones
   mutable uint64_t textLength_ = 0;                             // of texts_
   mutable uint64_t textLimit_ = 0;                              // where to look for unused ones

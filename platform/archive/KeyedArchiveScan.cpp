@@ -127,13 +127,7 @@ bool ArchiveScan::isTree() {
   return true;
 }
 
-bool ArchiveScan::scanEntry(uint32_t number) {
-  const uint32_t index = list_.reference(archive_.numbers_, number);
-  Object record{Type::dictionary, 0, nullptr, 0};
-  if (list_.isShortDictionary(index, &record.bytes, &record.count)) {
-    return scanRecord(number, record);
-  }
-  const Object object = list_.object(index);
+bool ArchiveScan::scanScalar(uint32_t number, const Object& object) {
   Kind kind = Kind::none;
   switch (object.type) {
     case Type::ascii:
@@ -157,8 +151,6 @@ bool ArchiveScan::scanEntry(uint32_t number) {
     case Type::data:
       kind = Kind::data;
       break;
-    case Type::dictionary:
-      return scanRecord(number, object);
     default:
       return false;
   }
@@ -263,8 +255,15 @@ bool ArchiveScan::scanReferences(uint32_t number, const Object& array, uint16_t 
   return true;
 }
 
-bool ArchiveScan::scanRecord(uint32_t number, const Object& dictionary) {
+bool ArchiveScan::scanEntry(uint32_t number) {
   using Role = Plan::Role;
+  const uint32_t entryIndex = archive_.entryIndex(number);
+  const uint64_t offset = list_.offsetOf(entryIndex);
+  Object dictionary{Type::dictionary, 0, nullptr, 0};
+  if (!list_.isShortDictionaryAt(offset, &dictionary.bytes, &dictionary.count)) {
+    dictionary = list_.object(entryIndex, offset);
+    if (dictionary.type != Type::dictionary) return scanScalar(number, dictionary);
+  }
   if (dictionary.count == 0) return false;
   Plan* const found = planOf(number, dictionary);
   if (!found) {

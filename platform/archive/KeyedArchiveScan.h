@@ -54,7 +54,8 @@ class ArchiveScan {
   }
 
   bool scanEntry(uint32_t number);
-  bool scanRecord(uint32_t number, const Object& dictionary);
+  /// An entry that is no record.
+  bool scanScalar(uint32_t number, const Object& object);
   bool scanReferences(uint32_t number, const Object& array, uint16_t forbidden);
   /// A string, data or another value that is no container.
   bool scanText(const Object& object, bool* isMarked);

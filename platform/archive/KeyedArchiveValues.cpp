@@ -212,9 +212,7 @@ class ArchiveDecoder {
   }
 
   bool rewrite(const Object& text, const ValueTransform* transform, Value& value) {
-    if (!transform || !transform->changesText({text.text(), text.type == Type::utf16})) {
-      return false;
-    }
+    if (!archive_.isTextChangedBy(transform, text)) return false;
     value = Value(transform->string(value.string()));
     markChanged();
     return true;
@@ -335,12 +333,13 @@ std::optional<uint32_t> KeyedArchive::numberForKey(uint32_t dictionary,
   const uint64_t count = keys.count;
   uint64_t place = count;
   for (uint64_t i = 0; i < count; ++i) {
-    const uint32_t number = elementTarget(keys, i);
-    RecentKey& recent = recentKeys_[number % std::size(recentKeys_)];
-    if (recent.number != number) {
-      const Entry stored = entry(number);
+    // equal references are mostly one object of the file
+    const uint32_t index = elementIndex(keys, i);
+    RecentKey& recent = recentKeys_[index % std::size(recentKeys_)];
+    if (recent.index != index) {
+      const Entry stored = entry(elementTarget(keys, i));
       if (stored.kind != EntryKind::scalar || !stored.object.isString()) return std::nullopt;
-      recent = {number, {stored.object.text(), stored.object.type == Type::utf16}};
+      recent = {index, {stored.object.text(), stored.object.type == Type::utf16}};
     }
     const StoredText& text = recent.text;
     if (!(text.isWide ? String::fromUtf16BigEndian(text.bytes) == key : text.bytes == key)) {
@@ -365,10 +364,7 @@ bool KeyedArchive::mayChangeAttributedStrings(const ValueTransform& transform) c
 Value KeyedArchive::value(uint32_t number, const Entry& found,
                           const ValueTransform* transform) const {
   if (found.kind == EntryKind::scalar) {
-    const Object& object = found.object;
-    const bool isRewritten = transform && object.isString() &&
-                             transform->changesText({object.text(), object.type == Type::utf16});
-    if (!isRewritten) return sharedScalar(object);
+    if (!isTextChangedBy(transform, found.object)) return sharedScalar(found.object);
   }
   return ArchiveDecoder(*this, transform).decode(number, found);
 }

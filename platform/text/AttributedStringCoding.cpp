@@ -39,10 +39,10 @@ void appendNumber(std::string& bytes, uint64_t number) {
 
 std::optional<uint32_t> reference(const KeyedArchive& archive, const KeyedArchive::Record& record,
                                   const char* key) {
-  const auto field = archive.fieldForKey(record, key);
-  if (!field || field->type != KeyedArchive::Type::uid) return std::nullopt;
-  const uint32_t number = archive.target(*field);
-  if (archive.isNull(number)) return std::nullopt;
+  const uint32_t position = record.shape->find(key);
+  if (position == record.shape->count()) return std::nullopt;
+  const auto number = archive.fieldTarget(record, position);
+  if (!number || archive.isNull(*number)) return std::nullopt;
   return number;
 }
 
