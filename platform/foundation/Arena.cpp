@@ -13,8 +13,13 @@ namespace {
 
 constexpr size_t kAlignment = alignof(std::max_align_t);
 constexpr size_t kSmallest = size_t{4} << 10;
+#ifdef __SANITIZE_ADDRESS__
+// From the heap, the only memory in which leaks are told from what others point to.
+constexpr size_t kLargest = size_t{64} << 10;
+#else
 // A large page, with what a buffer keeps for itself.
 constexpr size_t kLargest = (size_t{2} << 20) - 64;
+#endif
 
 constexpr size_t rounded(size_t size) { return (size + kAlignment - 1) / kAlignment * kAlignment; }
 
