@@ -4,6 +4,7 @@ runs on one processor with a warm cache.
     tool.py BUILD-FOLDER [--quick] [--folder FOLDER] [--processor NUMBER]
 
 --quick leaves out the documents of a million items, the other programs, and most of the runs.
+After each file that is written, ours or cp's, there is a pause, so that the disk can come to rest.
 Documents are made in a new folder in FOLDER (the usual one for temporary files) and removed
 afterwards: about 2 GB without --quick.  Which file system that is matters for copying and writing.
 
@@ -22,8 +23,8 @@ import time
 
 SIZES = (10_000, 100_000, 1_000_000)
 SHAPES = ('flat', 'deep', 'mixed')
-# Bytes a second that a disk is given time for after each file that is written.  Without a pause
-# the time for a small document is that for what is left of a large one.
+# After each file that is written there is a pause for as long as a disk of this speed, in bytes a
+# second, takes for it.  Without, a small document pays for a large one that came before.
 PACE = 200e6
 
 

@@ -43,7 +43,7 @@ struct ClassCoding {
   Value (*decode)(const std::shared_ptr<const KeyedArchive>& archive, uint32_t index) = nullptr;
 
   /// Makes an empty object of a class whose instances have an identity; `initWithCoder` fills it.
-  /// It may be made in the arena, which has the others that were read from the same archive.
+  /// It may be made in the arena, which holds the other objects read from the same archive.
   std::shared_ptr<Object> (*create)(Arena& arena) = nullptr;
 
   /// The fields of a class whose objects form trees.  Of a class of values: fields that make

@@ -317,10 +317,9 @@ const KeyedArchive::Class& KeyedArchive::classAt(uint32_t number, uint32_t ofIns
 }
 
 Kind KeyedArchive::kind(uint32_t number) const {
-  if (number == 0) return Kind::none;
   const uint8_t* references = nullptr;
   uint64_t count = 0;
-  if (isShortRecord(number, &references, &count)) {
+  if (number != 0 && isShortRecord(number, &references, &count)) {
     return recordWith(number, references, count).archivedClass->kind();
   }
   const Entry found = entry(number);

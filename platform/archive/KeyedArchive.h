@@ -457,7 +457,7 @@ class KeyedArchive : public std::enable_shared_from_this<KeyedArchive> {
     std::vector<bool> changed;
   };
   const Changes& changesOf(const ValueTransform& transform) const;
-  /// Whether a transform, if any, changes what an entry holds if that is text.
+  /// Whether a transform, if any, changes the text of an entry that the root leads to, once open.
   [[nodiscard]] bool isTextChangedBy(const ValueTransform* transform, const Object& object) const {
     return transform && !findings_.markedTexts.empty() && object.isString() &&
            transform->changesText({object.text(), object.type == Type::utf16});

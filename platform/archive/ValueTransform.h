@@ -27,7 +27,7 @@ class ValueTransform {
  public:
   virtual ~ValueTransform() = default;
 
-  /// Whether `string` would answer other text; cheap, and never a false "no".
+  /// Whether `string` would answer other text; cheap, never a false "no"; not without "$null".
   [[nodiscard]] virtual bool changesText(const StoredText& text) const = 0;
   /// The rewritten string; the same handle when nothing changes.
   [[nodiscard]] virtual String string(const String& string) const = 0;

@@ -12,7 +12,8 @@ namespace ns {
 namespace {
 
 constexpr size_t kAlignment = alignof(std::max_align_t);
-constexpr size_t kSmallest = size_t{4} << 10;
+// Room for an item or two: what is unarchived alone has an arena of its own.
+constexpr size_t kSmallest = 256;
 #ifdef __SANITIZE_ADDRESS__
 // From the heap, the only memory in which leaks are told from what others point to.
 constexpr size_t kLargest = size_t{64} << 10;

@@ -10,9 +10,9 @@ namespace ns {
 /// do.  Making one costs a few instructions, and those that were made one after another lie side
 /// by side.
 ///
-/// Memory comes in blocks, each twice as large as the one before and 2 MB at most, and a block is
-/// given back when the last of its objects is gone: an object that outlives the others may keep
-/// 2 MB.
+/// Memory comes in blocks, each twice as large as the one before, up to 2 MB or one larger object.
+/// One is given back when its objects and the weak pointers to them are gone, the last one not
+/// before the arena.  So an object that outlives the others may keep 2 MB.
 ///
 /// Objects may outlive the arena, and any thread may release them.  One thread at a time may make
 /// some.

@@ -294,6 +294,44 @@ TEST(KeyedArchive, EntriesMayBeTheSameObjectOfTheFile) {
   EXPECT_EQ(read.array()[1].string().utf8(), "same");
 }
 
+TEST(KeyedArchive, FindsWhatDictionariesHaveUnderAKey) {
+  constexpr uint64_t kCount = 100;
+  std::vector<P> entries{"$null", "", classRecord(kArray), classRecord(kDictionary)};
+  std::vector<uint64_t> dictionaries;
+  for (uint64_t i = 0; i < kCount; ++i) {
+    const uint64_t number = entries.size();
+    dictionaries.push_back(number);
+    entries.push_back(instance(
+        3, {{"NS.keys", references({number + 1})}, {"NS.objects", references({number + 2})}}));
+    entries.push_back(P::string("key " + std::to_string(i)));
+    entries.push_back(P::string("value " + std::to_string(i)));
+  }
+  entries[1] = instance(2, {{"NS.objects", references(dictionaries)}});
+  const auto held = opened(archive(entries));
+  for (int round = 0; round < 2; ++round) {
+    for (uint64_t i = 0; i < kCount; ++i) {
+      const auto dictionary = static_cast<uint32_t>(dictionaries[i]);
+      EXPECT_EQ(held->numberForKey(dictionary, "key " + std::to_string(i)), dictionary + 2) << i;
+      EXPECT_EQ(held->numberForKey(dictionary, "key " + std::to_string(i + 1)), 0U) << i;
+    }
+  }
+}
+
+TEST(KeyedArchive, LeavesUnusualDictionariesToWhoDecodesThem) {
+  const auto held = opened(
+      archive({"$null", instance(2, {{"NS.objects", references({4, 5, 6})}}), classRecord(kArray),
+               classRecord(kDictionary),
+               // a key that is there twice, one in a record of its own, and a very old form
+               instance(3, {{"NS.keys", references({7, 7})}, {"NS.objects", references({8, 8})}}),
+               instance(3, {{"NS.keys", references({9})}, {"NS.objects", references({8})}}),
+               instance(3, {{"NS.key.0", P::uid(7)}, {"NS.object.0", P::uid(8)}}), "key", "value",
+               instance(10, {{"NS.string", "key"}}),
+               classRecord({"NSMutableString", "NSString", "NSObject"})}));
+  for (const uint32_t dictionary : {4U, 5U, 6U}) {
+    EXPECT_EQ(held->numberForKey(dictionary, "key"), std::nullopt) << dictionary;
+  }
+}
+
 TEST(KeyedArchive, ReadsXmlArchives) {
   const std::string xml =
       "<?xml version=\"1.0\"?><plist version=\"1.0\"><dict>"

@@ -193,6 +193,16 @@ TEST(ValueTransform, WithNothingToDoGivesTheSameValues) {
   EXPECT_FALSE(held->isChangedBy(renewal, 1));
 }
 
+// The only "$null" stands in a record, and an entry that nobody refers to makes the archive one
+// that is looked at the long way.
+TEST(ValueTransform, ReachesAStringRecordInAnOddArchive) {
+  const auto held = opened(archive({"$null", instance(2, {{"NS.objects", references({3})}}),
+                                    classRecord(kArray), instance(4, {{"NS.string", "$null: old"}}),
+                                    classRecord(kMutableString), P::uid(1)}));
+  EXPECT_EQ(utf8(held->value(1, &renewal).array()[0]), "$null: new");
+  EXPECT_EQ(utf8(copied(held).array()[0]), "$null: new");
+}
+
 TEST(ValueTransform, CirclesEnd) {
   const auto held = opened(
       archive({"$null", instance(2, {{"NS.objects", references({3, 1, 4})}}), classRecord(kArray),
