@@ -25,7 +25,7 @@ SIZES = (10_000, 100_000, 1_000_000)
 SHAPES = ('flat', 'deep', 'mixed')
 # After each file that is written there is a pause for as long as a disk of this speed, in bytes a
 # second, takes for it.  Without, a small document pays for a large one that came before.
-PACE = 200e6
+PACE = 50e6
 
 
 class Cost:
@@ -205,7 +205,7 @@ class Bench:
         print(f'\nTime for each item, ns{"":8}{heading}{"most : least":>16}{"must":>7}{"aim":>6}')
         for shape in SHAPES:
             documents = [self.document(items, shape) for items in self.sizes]
-            for mode, function, rounds in (('-r', self.read, 21), ('-w', self.write_new, 6)):
+            for mode, function, rounds in (('-r', self.read, 21), ('-w', self.write_new, 4)):
                 costs = [[] for _ in documents]
                 for number in range(4 if self.quick else rounds):
                     for index, items in enumerate(self.sizes):
