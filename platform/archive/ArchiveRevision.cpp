@@ -61,6 +61,9 @@ class UseCounts {
     return count != 0 && count != kMany && --count == 0;
   }
   [[nodiscard]] bool isUnused(uint32_t index) const { return counts_[index] == 0; }
+  [[nodiscard]] size_t unusedCount() const {
+    return static_cast<size_t>(std::ranges::count(counts_, uint16_t{0}));
+  }
 
  private:
   static constexpr uint16_t kMany = 0xFFFF;
@@ -156,7 +159,6 @@ class Revision {
   void releaseAll(const Object& container);
   void drop(uint32_t index);
   void assignNumbers();
-  void rewriteEntries();
   void assignIndexes();
   [[nodiscard]] bool isNamed(uint32_t number) const;
   [[nodiscard]] uint32_t indexOf(Place place) const {
@@ -164,6 +166,7 @@ class Revision {
   }
 
   [[nodiscard]] std::string bytesOf(const Part& part) const;
+  [[nodiscard]] std::string bytesOfEntries() const;
   [[nodiscard]] DataPieces assembled() const;
   [[nodiscard]] uint64_t endOf(const Object& object) const {
     uint64_t length = object.text().size();
@@ -196,10 +199,10 @@ class Revision {
   std::vector<uint32_t> dropped_;                             // objects to take leave of
   std::vector<uint32_t> freeNumbers_;
   std::vector<Gone> gone_;
-  std::vector<Part> changed_;  // objects that are there and get other elements
-  uint32_t count_ = 0;         // of all objects
-  uint32_t entryCount_ = 0;    // of "$objects"
-  bool hasNumbers_ = false;    // all new entries have
+  std::optional<Part> holder_;  // the record that has other elements now
+  uint32_t count_ = 0;          // of all objects
+  uint32_t entryCount_ = 0;     // of "$objects"
+  bool hasNumbers_ = false;     // all new entries have
 };
 
 // Making the new objects.
@@ -475,8 +478,8 @@ void Revision::survey() {
       }
       case Type::array:
       case Type::dictionary: {
-        const uint64_t references = referenceCount(object);
-        for (uint64_t i = 0; i < references; ++i) uses_.add(list_.reference(object.bytes, i));
+        list_.forEachReference(object.bytes, referenceCount(object),
+                               [&](uint32_t used) { uses_.add(used); });
         break;
       }
       default: {
@@ -493,6 +496,7 @@ void Revision::survey() {
   if (offset != list_.tableOffset()) throw TooMuch();
   uses_.add(list_.topObject());
   // what is left of some other object would keep what it refers to
+  if (uses_.unusedCount() == 0) return;
   for (uint32_t index = 0; index < count; ++index) {
     if (!uses_.isUnused(index)) continue;
     const Object object = list_.object(index);
@@ -548,8 +552,8 @@ void Revision::useParts() {
 }
 
 void Revision::release(const Object& container) {
-  const uint64_t references = referenceCount(container);
-  for (uint64_t i = 0; i < references; ++i) drop(list_.reference(container.bytes, i));
+  list_.forEachReference(container.bytes, referenceCount(container),
+                         [&](uint32_t used) { drop(used); });
 }
 
 void Revision::drop(uint32_t index) {
@@ -606,19 +610,6 @@ void Revision::assignNumbers() {
   }
 }
 
-/// "$objects" with the new entries, and with null for those that are gone.
-void Revision::rewriteEntries() {
-  Part objects{kArray, {}, {}, {}, archive_.objectsIndex()};
-  objects.elements.reserve(entryCount_);
-  for (uint32_t number = 0; number < archive_.objectCount(); ++number) {
-    objects.elements.push_back({false, archive_.entryIndex(number)});
-  }
-  objects.elements.resize(entryCount_);
-  for (const uint32_t number : freeNumbers_) objects.elements[number] = objects.elements[0];
-  for (const Entry& entry : entries_) objects.elements[entry.number] = entry.content;
-  changed_.push_back(std::move(objects));
-}
-
 void Revision::assignIndexes() {
   uint32_t next = 0;
   const uint32_t end = list_.objectCount();
@@ -632,8 +623,7 @@ void Revision::assignIndexes() {
   // references must be wide enough for the number of objects itself
   const unsigned width = list_.referenceSize();
   // what is left of objects that are gone must not add up
-  size_t left = freeNumbers_.size();
-  for (uint32_t index = 0; index < end; ++index) left += uses_.isUnused(index) ? 1 : 0;
+  const size_t left = freeNumbers_.size() + uses_.unusedCount();
   if (left * (1 + 2 * width) > list_.fileLength() / 100) throw TooMuch();
   if (width < 4 && count_ >> (8 * width) != 0) throw TooMuch();
 }
@@ -656,6 +646,25 @@ std::string Revision::bytesOf(const Part& part) const {
   for (const Place& place : part.elements) {
     out = PropertyListWriter::storeBigEndian(out, indexOf(place), width);
   }
+  return bytes;
+}
+
+/// "$objects" with the new entries, and with null for those that are gone.
+std::string Revision::bytesOfEntries() const {
+  const unsigned width = list_.referenceSize();
+  std::string bytes;
+  PropertyListWriter::appendMarker(bytes, kArray, entryCount_);
+  const size_t head = bytes.size();
+  bytes.reserve(head + size_t{entryCount_} * width);
+  bytes.append(reinterpret_cast<const char*>(list_.object(archive_.objectsIndex()).bytes),
+               size_t{archive_.objectCount()} * width);
+  bytes.resize(head + size_t{entryCount_} * width);
+  const auto set = [&](uint32_t number, uint32_t index) {
+    auto* at = reinterpret_cast<uint8_t*>(bytes.data()) + head + size_t{number} * width;
+    PropertyListWriter::storeBigEndian(at, index, width);
+  };
+  for (const uint32_t number : freeNumbers_) set(number, archive_.entryIndex(0));
+  for (const Entry& entry : entries_) set(entry.number, indexOf(entry.content));
   return bytes;
 }
 
@@ -690,9 +699,8 @@ DataPieces Revision::replacing(uint32_t number, const char* key, const Value& va
   assignNumbers();
   useParts();
   assignIndexes();
-  changed_.push_back(parts_.back());
+  holder_ = std::move(parts_.back());
   parts_.pop_back();
-  rewriteEntries();
   return assembled();
 }
 
@@ -706,7 +714,8 @@ DataPieces Revision::assembled() const {
   for (const Part& part : parts_) {
     if (part.isOwn) changes.insert_or_assign(part.index, bytesOf(part));
   }
-  for (const Part& part : changed_) changes.insert_or_assign(part.index, bytesOf(part));
+  changes.insert_or_assign(holder_->index, bytesOf(*holder_));
+  changes.insert_or_assign(archive_.objectsIndex(), bytesOfEntries());
 
   uint64_t tableOffset = list_.tableOffset();
   size_t changedLength = 0;
@@ -750,13 +759,12 @@ DataPieces Revision::assembled() const {
     }
     copied = until;
     for (; indexed < to; ++indexed) {
-      table =
-          PropertyListWriter::storeBigEndian(table, list_.offsetOf(indexed) + moved, offsetSize);
+      table = PropertyListWriter::storeInTable(table, list_.offsetOf(indexed) + moved, offsetSize);
     }
   };
   for (const auto& [index, bytes] : changes) {
     if (indexed < end) copy(std::min(index, end));
-    table = PropertyListWriter::storeBigEndian(table, position, offsetSize);
+    table = PropertyListWriter::storeInTable(table, position, offsetSize);
     ++indexed;
     takeFresh(bytes);
     if (index < end) copied = endOf(index);

@@ -119,6 +119,18 @@ class BinaryPropertyList {
     if (found >= count_) failReference(references + i * referenceSize_, found);
     return static_cast<uint32_t>(found);
   }
+  /// Calls `use` with each of so many references; raises as reference() does.
+  template <class Use>
+  void forEachReference(const uint8_t* references, uint64_t count, Use use) const {
+    const uint32_t size = referenceSize_;
+    const uint32_t shift = referenceShift_;
+    const uint32_t limit = count_;
+    for (const uint8_t* end = references + count * size; references != end; references += size) {
+      const uint64_t found = loadShifted(references, shift);
+      if (found >= limit) failReference(references, found);
+      use(static_cast<uint32_t>(found));
+    }
+  }
   void prefetchOffset(uint32_t index) const {
     __builtin_prefetch(table_ + size_t{index} * offsetSize_);
   }

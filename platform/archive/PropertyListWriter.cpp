@@ -368,7 +368,7 @@ Data PropertyListWriter::finish(Reference top) {
       ++wrap;
       high += uint64_t{1} << 32;
     }
-    out = storeBigEndian(out, high | offsets_[index], offsetSize);
+    out = storeInTable(out, high | offsets_[index], offsetSize);
   }
   storeTrailer(out, offsetSize, referenceSize, count, top, tableOffset);
   Data result(std::move(buffer_));

@@ -86,6 +86,14 @@ class PropertyListWriter {
     return at + width;
   }
 
+  /// The same in a table that is filled from front to back: eight bytes are stored, of which what
+  /// comes next takes those behind the number.
+  static uint8_t* storeInTable(uint8_t* at, uint64_t number, unsigned width) {
+    const uint64_t bigEndian = __builtin_bswap64(number << (64 - 8 * width));
+    __builtin_memcpy(at, &bigEndian, sizeof bigEndian);
+    return at + width;
+  }
+
   static constexpr size_t kTrailerLength = 32;
   /// Stores what ends a file.
   static void storeTrailer(uint8_t* at, unsigned offsetSize, unsigned referenceSize, uint64_t count,

@@ -23,7 +23,7 @@ namespace {
 constexpr int kMostLinks = 40;
 // The disk is given the content in stretches of this length, to be at work on one while the next
 // is copied.
-constexpr size_t kStretch = size_t{1} << 20;
+constexpr size_t kStretch = size_t{1} << 18;
 
 /// A short name that hardly any other file has: a dot and letters.
 std::string randomName() {
