@@ -45,6 +45,22 @@ uint64_t referenceCount(const Object& container) {
   return container.count * (container.type == Type::array ? 1 : 2);
 }
 
+/// Numbers that are 0 at first, in memory that comes at once.
+template <class Number>
+class Zeros {
+ public:
+  explicit Zeros(size_t count)
+      : memory_(count * sizeof(Number), Buffer::Content::zeros), count_(count) {}
+  [[nodiscard]] size_t size() const { return count_; }
+  Number& operator[](size_t index) const { return begin()[index]; }
+  [[nodiscard]] Number* begin() const { return reinterpret_cast<Number*>(memory_.bytes()); }
+  [[nodiscard]] Number* end() const { return begin() + count_; }
+
+ private:
+  Buffer memory_;
+  size_t count_;
+};
+
 /// Counts uses, the great ones not exactly: as long as fewer uses are dropped in all, nothing of
 /// which there are so many loses its last one.
 class UseCounts {
@@ -67,7 +83,7 @@ class UseCounts {
 
  private:
   static constexpr uint16_t kMany = 0xFFFF;
-  std::vector<uint16_t> counts_;
+  Zeros<uint16_t> counts_;
   uint16_t drops_ = 0;
 };
 
@@ -94,7 +110,7 @@ class WantedScalars {
 class Revision {
  public:
   explicit Revision(const KeyedArchive& archive)
-      : archive_(archive), list_(archive.propertyList()), uses_(list_.objectCount()) {}
+      : archive_(archive), list_(archive.propertyList()) {}
 
   /// The file with a field of an instance replaced.  Raises TooMuch.
   DataPieces replacing(uint32_t number, const char* key, const Value& value);
@@ -193,8 +209,8 @@ class Revision {
   std::unordered_map<const ValueBody*, Target> containers_;  // of the value; one that it mentions
                                                              // twice is one object
 
-  UseCounts uses_;
-  std::vector<uint32_t> uids_;                                // by number: the UID that names it
+  UseCounts uses_{0};
+  Zeros<uint32_t> uids_{0};  // by number: the place of the UID that names it, plus 1
   std::unordered_map<uint32_t, std::vector<uint32_t>> more_;  // further ones
   std::vector<uint32_t> dropped_;                             // objects to take leave of
   std::vector<uint32_t> freeNumbers_;
@@ -451,7 +467,8 @@ void Revision::refuseCircles(uint32_t number) const {
 /// Counts how often each object is used, finds the UIDs, and finds objects equal to new scalars.
 /// Raises TooMuch unless every object begins where the one before it ends, and is used.
 void Revision::survey() {
-  uids_.assign(archive_.objectCount(), kNone);
+  uses_ = UseCounts(list_.objectCount());
+  uids_ = Zeros<uint32_t>(archive_.objectCount());
   WantedScalars wanted;
   for (uint32_t i = 0; i < parts_.size(); ++i) {
     if (parts_[i].type == 0) wanted.add(parts_[i].bytes, i);
@@ -468,8 +485,8 @@ void Revision::survey() {
       case Type::uid: {
         const uint64_t number = BinaryPropertyList::load(object.bytes, object.width);
         if (number >= uids_.size()) break;
-        if (uids_[number] == kNone) {
-          uids_[number] = index;
+        if (uids_[number] == 0) {
+          uids_[number] = index + 1;
         } else {
           if (++furtherUids > kMostFurtherUids) throw TooMuch();
           more_[static_cast<uint32_t>(number)].push_back(index);
@@ -506,7 +523,7 @@ void Revision::survey() {
 
 /// Whether a reference that is in use leads to a number.
 bool Revision::isNamed(uint32_t number) const {
-  if (uids_[number] != kNone && !uses_.isUnused(uids_[number])) return true;
+  if (uids_[number] != 0 && !uses_.isUnused(uids_[number] - 1)) return true;
   const auto more = more_.find(number);
   return more != more_.end() &&
          std::ranges::any_of(more->second, [&](uint32_t index) { return !uses_.isUnused(index); });
@@ -536,8 +553,8 @@ void Revision::useParts() {
   const auto resolve = [&](Part& part) {
     if (part.type != kUid || part.index != kNone) return;
     const uint32_t number = part.target.isNew ? entries_[part.target.id].number : part.target.id;
-    if (number >= uids_.size() || uids_[number] == kNone) return;
-    part.index = uids_[number];
+    if (number >= uids_.size() || uids_[number] == 0) return;
+    part.index = uids_[number] - 1;
     part.isOwn = false;
   };
   const bool isFirstTime = !hasNumbers_;
