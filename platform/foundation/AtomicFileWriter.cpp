@@ -148,8 +148,15 @@ void AtomicFileWriter::write(const DataPieces& content) {
   fail("sync the folder of", error);
 }
 
-/// The new file, complete and with a name.
+/// The new file, complete and with a name, all of it on the disk.
 AtomicFileWriter::NewFile AtomicFileWriter::make(const DataPieces& content) const {
+  NewFile file = makeNamed(content);
+  settle(file);
+  return file;
+}
+
+/// The new file, complete and with a name.
+AtomicFileWriter::NewFile AtomicFileWriter::makeNamed(const DataPieces& content) const {
   NewFile invisible = create(true);
   fill(invisible, content);
   if (giveName(invisible)) return invisible;
@@ -192,7 +199,7 @@ void AtomicFileWriter::append(NewFile& file, const Data& piece) const {
   }
 }
 
-/// Content and attributes, all of it on the disk.
+/// Content and attributes.
 void AtomicFileWriter::fill(NewFile& file, const DataPieces& content) const {
   for (const Data& piece : content) append(file, piece);
   if (isRefused(FileStep::setAttributes)) fail("set the attributes of", errno);
@@ -200,6 +207,12 @@ void AtomicFileWriter::fill(NewFile& file, const DataPieces& content) const {
     const int error = copyFileAttributes(old_, oldFile_.get(), file.descriptor());
     if (error != 0) fail("set the attributes of", error);
   }
+}
+
+/// Has everything be on the disk.  It has its name by then: on a file system without a journal, a
+/// file that got it later would be there without any, and whoever repairs that after a crash takes
+/// it for a deleted one, whatever the folder says.
+void AtomicFileWriter::settle(const NewFile& file) const {
   if (isRefused(FileStep::sync) || fsync(file.descriptor()) != 0) fail("sync", errno);
   // Closing a copy tells what closing would, while the old file is still in its place.
   const int copy = fcntl(file.descriptor(), F_DUPFD_CLOEXEC, 0);

@@ -29,9 +29,11 @@ class AtomicFileWriter {
 
   [[nodiscard]] NewFile create(bool isInvisible) const;
   [[nodiscard]] NewFile make(const DataPieces& content) const;
+  [[nodiscard]] NewFile makeNamed(const DataPieces& content) const;
   void append(NewFile& file, const Data& piece) const;
   void fill(NewFile& file, const DataPieces& content) const;
   [[nodiscard]] bool giveName(NewFile& file) const;
+  void settle(const NewFile& file) const;
   void moveIntoPlace(NewFile& file) const;
   [[nodiscard]] bool syncFolder(const NewFile& file) const;
   void takeBack() const;

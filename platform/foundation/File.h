@@ -35,8 +35,8 @@ std::string expandTildeInPath(const std::string& path);
 Data readFile(const std::string& path);
 
 /// Replaces a file's content so that at every moment the path names either the old content or
-/// the new, whole: a new file is written beside the old one, synced, given its mode, owner and
-/// extended attributes, and renamed over it; then the folder is synced.  A symbolic link is
+/// the new, whole: a new file is written beside the old one, given its mode, owner and extended
+/// attributes, synced, and renamed over it; then the folder is synced.  A symbolic link is
 /// followed and stays.  Other hard links keep the old content.  On failure raises FileException,
 /// the old file is as it was and no other file remains.  A file that does not exist yet is made
 /// with the usual mode.
