@@ -51,6 +51,10 @@ class Zeros {
  public:
   explicit Zeros(size_t count)
       : memory_(count * sizeof(Number), Buffer::Content::zeros), count_(count) {}
+  // copies would share the memory
+  Zeros(Zeros&&) = default;
+  Zeros& operator=(Zeros&&) = default;
+  ~Zeros() = default;
   [[nodiscard]] size_t size() const { return count_; }
   Number& operator[](size_t index) const { return begin()[index]; }
   [[nodiscard]] Number* begin() const { return reinterpret_cast<Number*>(memory_.bytes()); }
@@ -183,7 +187,7 @@ class Revision {
 
   [[nodiscard]] std::string bytesOf(const Part& part) const;
   [[nodiscard]] std::string bytesOfEntries() const;
-  [[nodiscard]] DataPieces assembled() const;
+  [[nodiscard]] DataPieces assembled(const Part& holder) const;
   [[nodiscard]] uint64_t endOf(const Object& object) const {
     uint64_t length = object.text().size();
     if (isContainer(object)) {
@@ -215,10 +219,9 @@ class Revision {
   std::vector<uint32_t> dropped_;                             // objects to take leave of
   std::vector<uint32_t> freeNumbers_;
   std::vector<Gone> gone_;
-  std::optional<Part> holder_;  // the record that has other elements now
-  uint32_t count_ = 0;          // of all objects
-  uint32_t entryCount_ = 0;     // of "$objects"
-  bool hasNumbers_ = false;     // all new entries have
+  uint32_t count_ = 0;       // of all objects
+  uint32_t entryCount_ = 0;  // of "$objects"
+  bool hasNumbers_ = false;  // all new entries have
 };
 
 // Making the new objects.
@@ -707,7 +710,7 @@ DataPieces Revision::replacing(uint32_t number, const char* key, const Value& va
   survey();
   findEntries();
   // the record keeps its place in the file
-  parts_.push_back(holder);
+  parts_.push_back(std::move(holder));
   useParts();
   for (const Entry& each : entries_) {
     if (each.number == kNone && indexOf(each.content) != kNone) uses_.add(indexOf(each.content));
@@ -716,13 +719,14 @@ DataPieces Revision::replacing(uint32_t number, const char* key, const Value& va
   assignNumbers();
   useParts();
   assignIndexes();
-  holder_ = std::move(parts_.back());
+  holder = std::move(parts_.back());
   parts_.pop_back();
-  return assembled();
+  return assembled(holder);
 }
 
-/// The file: what stays, in runs, with the changes in between; the new objects; the table.
-DataPieces Revision::assembled() const {
+/// The file with the record that has other elements now: what stays, in runs, with the changes in
+/// between; the new objects; the table.
+DataPieces Revision::assembled(const Part& holder) const {
   const uint32_t end = list_.objectCount();
   std::map<uint32_t, std::string> changes;  // by index
   for (const uint32_t index : dropped_) {
@@ -731,7 +735,7 @@ DataPieces Revision::assembled() const {
   for (const Part& part : parts_) {
     if (part.isOwn) changes.insert_or_assign(part.index, bytesOf(part));
   }
-  changes.insert_or_assign(holder_->index, bytesOf(*holder_));
+  changes.insert_or_assign(holder.index, bytesOf(holder));
   changes.insert_or_assign(archive_.objectsIndex(), bytesOfEntries());
 
   uint64_t tableOffset = list_.tableOffset();

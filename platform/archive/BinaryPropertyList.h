@@ -119,7 +119,8 @@ class BinaryPropertyList {
     if (found >= count_) failReference(references + i * referenceSize_, found);
     return static_cast<uint32_t>(found);
   }
-  /// Calls `use` with each of so many references; raises as reference() does.
+  /// Calls `use` with each of so many references; raises as reference() does.  Costs less than one
+  /// after the other where all references of a file are looked at.
   template <class Use>
   void forEachReference(const uint8_t* references, uint64_t count, Use use) const {
     const uint32_t size = referenceSize_;

@@ -86,8 +86,8 @@ class PropertyListWriter {
     return at + width;
   }
 
-  /// The same in a table that is filled from front to back: eight bytes are stored, of which what
-  /// comes next takes those behind the number.
+  /// The same in a table that is filled from front to back: eight bytes are stored, and what comes
+  /// next takes those behind the number.  Behind the last one there must be room for them.
   static uint8_t* storeInTable(uint8_t* at, uint64_t number, unsigned width) {
     const uint64_t bigEndian = __builtin_bswap64(number << (64 - 8 * width));
     __builtin_memcpy(at, &bigEndian, sizeof bigEndian);
