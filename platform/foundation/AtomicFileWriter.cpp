@@ -141,6 +141,7 @@ void AtomicFileWriter::write(const DataPieces& content) {
   // size of files is to be an error.
   const SignalGuard noSignals;
   NewFile file = make(content);
+  settle(file);
   moveIntoPlace(file);
   if (syncFolder(file)) return;
   const int error = errno;
@@ -148,15 +149,8 @@ void AtomicFileWriter::write(const DataPieces& content) {
   fail("sync the folder of", error);
 }
 
-/// The new file, complete and with a name, all of it on the disk.
-AtomicFileWriter::NewFile AtomicFileWriter::make(const DataPieces& content) const {
-  NewFile file = makeNamed(content);
-  settle(file);
-  return file;
-}
-
 /// The new file, complete and with a name.
-AtomicFileWriter::NewFile AtomicFileWriter::makeNamed(const DataPieces& content) const {
+AtomicFileWriter::NewFile AtomicFileWriter::make(const DataPieces& content) const {
   NewFile invisible = create(true);
   fill(invisible, content);
   if (giveName(invisible)) return invisible;
@@ -209,17 +203,6 @@ void AtomicFileWriter::fill(NewFile& file, const DataPieces& content) const {
   }
 }
 
-/// Has everything be on the disk.  It has its name by then: on a file system without a journal, a
-/// file that got it later would be there without any, and whoever repairs that after a crash takes
-/// it for a deleted one, whatever the folder says.
-void AtomicFileWriter::settle(const NewFile& file) const {
-  if (isRefused(FileStep::sync) || fsync(file.descriptor()) != 0) fail("sync", errno);
-  // Closing a copy tells what closing would, while the old file is still in its place.
-  const int copy = fcntl(file.descriptor(), F_DUPFD_CLOEXEC, 0);
-  if (copy < 0) fail("close", errno);
-  if ((::close(copy) != 0 && errno != EINTR) || isRefused(FileStep::close)) fail("close", errno);
-}
-
 /// Whether the file has a name now; an invisible one may turn out unable to get one.
 bool AtomicFileWriter::giveName(NewFile& file) const {
   if (file.isVisible()) return true;
@@ -239,6 +222,17 @@ bool AtomicFileWriter::giveName(NewFile& file) const {
   }
 }
 
+/// Waits until everything is on the disk.  The file has its name by then: without a journal, the
+/// disk would else still count no links to it, and a repair after a crash deletes such a file and
+/// its entry in the folder.
+void AtomicFileWriter::settle(const NewFile& file) const {
+  if (isRefused(FileStep::sync) || fsync(file.descriptor()) != 0) fail("sync", errno);
+  // Closing a copy tells what closing would, while the old file is still in its place.
+  const int copy = fcntl(file.descriptor(), F_DUPFD_CLOEXEC, 0);
+  if (copy < 0) fail("close", errno);
+  if ((::close(copy) != 0 && errno != EINTR) || isRefused(FileStep::close)) fail("close", errno);
+}
+
 void AtomicFileWriter::moveIntoPlace(NewFile& file) const {
   const int folder = folder_.get();
   if (isRefused(FileStep::rename) || renameat(folder, file.name(), folder, name_.c_str()) != 0) {
@@ -250,6 +244,9 @@ void AtomicFileWriter::moveIntoPlace(NewFile& file) const {
 bool AtomicFileWriter::syncFolder(const NewFile& file) const {
   if (isRefused(FileStep::syncFolder)) return false;
   if (!canSyncFolder_) return syncfs(file.descriptor()) == 0;
+  // Where a folder's entry holds more than a name, as on FAT, the entry that the file has now does
+  // not say yet where the content lies.
+  if (fsync(file.descriptor()) != 0) return false;
   // Some file systems keep folders safe without being asked, and say so like this.
   return fsync(folder_.get()) == 0 || errno == EINVAL || errno == EOPNOTSUPP;
 }
@@ -264,6 +261,7 @@ void AtomicFileWriter::takeBack() const {
   NewFile file = make(readOpenFile(oldFile_.get(), path_));
   const timespec times[] = {old_.st_atim, old_.st_mtim};
   futimens(file.descriptor(), times);
+  settle(file);
   moveIntoPlace(file);
 }
 

@@ -29,7 +29,6 @@ class AtomicFileWriter {
 
   [[nodiscard]] NewFile create(bool isInvisible) const;
   [[nodiscard]] NewFile make(const DataPieces& content) const;
-  [[nodiscard]] NewFile makeNamed(const DataPieces& content) const;
   void append(NewFile& file, const Data& piece) const;
   void fill(NewFile& file, const DataPieces& content) const;
   [[nodiscard]] bool giveName(NewFile& file) const;

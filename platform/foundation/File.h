@@ -42,7 +42,9 @@ Data readFile(const std::string& path);
 /// with the usual mode.
 ///
 /// The new file cannot be seen before it is complete, except on file systems that only know
-/// files with a name; there it begins with a dot.  The calling thread gets no signals meanwhile.
+/// files with a name.  The name it has until it is renamed begins with a dot; a process that is
+/// killed, or a system that stops, during the sync may leave it.  The calling thread gets no
+/// signals meanwhile.
 ///
 /// What this user or the file system may not set stays behind without a failure: another's
 /// file becomes the user's own, without set-user-id and set-group-id, and where its group is lost

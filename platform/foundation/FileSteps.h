@@ -11,9 +11,9 @@ enum class FileStep {
   createInvisible,  ///< whatever the error: as on a file system that has no such files
   write,
   setAttributes,
+  link,  ///< giving the invisible new file a name
   sync,
   close,
-  link,  ///< giving the invisible new file a name
   rename,
   syncFolder,
 };

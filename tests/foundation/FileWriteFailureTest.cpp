@@ -28,9 +28,9 @@ constexpr Failure kFailures[] = {
     {FileStep::createTemporary, "create a file beside"},
     {FileStep::write, "write"},
     {FileStep::setAttributes, "set the attributes of"},
+    {FileStep::link, "create a file beside"},
     {FileStep::sync, "sync"},
     {FileStep::close, "close"},
-    {FileStep::link, "create a file beside"},
     {FileStep::rename, "replace"},
     {FileStep::syncFolder, "sync the folder of"},
 };

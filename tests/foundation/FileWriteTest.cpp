@@ -274,7 +274,7 @@ TEST_F(FileWriteTest, ShowsNothingBeforeTheNewFileIsComplete) {
 
 TEST_F(FileWriteTest, GoesOnWhenAnInvisibleFileCannotGetAName) {
   const std::string path = make("file", "old", 0640);
-  for (const int error : {ENOENT, EPERM, EOPNOTSUPP}) {
+  for (const int error : {ENOENT, EPERM, EACCES, EOPNOTSUPP}) {
     const ScopedFault fault([&](FileStep step) { return step == FileStep::link ? error : 0; });
     writeFileAtomically(path, dataOf("new " + std::to_string(error)));
     EXPECT_EQ(content(path), "new " + std::to_string(error));
