@@ -207,15 +207,16 @@ class Bench:
             documents = [self.document(items, shape) for items in self.sizes]
             for mode, function in (('-r', self.read), ('-w', self.write_new)):
                 costs = [[] for _ in documents]
-                for number in range(4 if self.quick else 21):
+                for number in range(5 if self.quick else 21):
                     for index, items in enumerate(self.sizes):
-                        # half a gigabyte is written in every second round only
-                        if mode == '-w' and items > 100_000 and number % 2 == 1:
+                        # half a gigabyte is written in every fourth round only: a disk that
+                        # has to take tens of them is no longer at rest for minutes
+                        if mode == '-w' and items > 100_000 and number % 4 != 0:
                             continue
                         # The small ones several times, and the mean of it: where a processor is
                         # fast and slow by turns, large documents meet the mean of both speeds,
                         # and small ones only one.
-                        runs = max(1, 200_000 // items)
+                        runs = max(1, 100_000 // items)
                         wall = sum(cost.wall for cost in function(documents[index], runs))
                         if number > 0:
                             costs[index].append(wall / runs / items * 1e9)
