@@ -187,7 +187,7 @@ class Revision {
 
   [[nodiscard]] std::string bytesOf(const Part& part) const;
   [[nodiscard]] std::string bytesOfEntries() const;
-  [[nodiscard]] DataPieces assembled(const Part& holder) const;
+  [[nodiscard]] DataPieces assembled() const;
   [[nodiscard]] uint64_t endOf(const Object& object) const {
     uint64_t length = object.text().size();
     if (isContainer(object)) {
@@ -701,9 +701,9 @@ DataPieces Revision::replacing(uint32_t number, const char* key, const Value& va
 
   const uint32_t count = record.shape->count();
   Part holder{kDictionary, {}, {}, {}, archive_.entryIndex(number)};
-  for (uint32_t i = 0; i < 2 * count; ++i) {
-    holder.elements.push_back({false, list_.reference(entry.object.bytes, i)});
-  }
+  list_.forEachReference(entry.object.bytes, referenceCount(entry.object), [&](uint32_t used) {
+    holder.elements.push_back({false, used});
+  });
   holder.elements[count + position] = uid(target);
 
   refuseCircles(old);
@@ -719,14 +719,11 @@ DataPieces Revision::replacing(uint32_t number, const char* key, const Value& va
   assignNumbers();
   useParts();
   assignIndexes();
-  holder = std::move(parts_.back());
-  parts_.pop_back();
-  return assembled(holder);
+  return assembled();
 }
 
-/// The file with the record that has other elements now: what stays, in runs, with the changes in
-/// between; the new objects; the table.
-DataPieces Revision::assembled(const Part& holder) const {
+/// The file: what stays, in runs, with the changes in between; the new objects; the table.
+DataPieces Revision::assembled() const {
   const uint32_t end = list_.objectCount();
   std::map<uint32_t, std::string> changes;  // by index
   for (const uint32_t index : dropped_) {
@@ -735,7 +732,6 @@ DataPieces Revision::assembled(const Part& holder) const {
   for (const Part& part : parts_) {
     if (part.isOwn) changes.insert_or_assign(part.index, bytesOf(part));
   }
-  changes.insert_or_assign(holder.index, bytesOf(holder));
   changes.insert_or_assign(archive_.objectsIndex(), bytesOfEntries());
 
   uint64_t tableOffset = list_.tableOffset();
