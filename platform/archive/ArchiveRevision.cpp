@@ -11,6 +11,7 @@
 #include "platform/archive/ArchivedClasses.h"
 #include "platform/archive/PropertyListWriter.h"
 #include "platform/foundation/Buffer.h"
+#include "platform/foundation/Zeros.h"
 
 namespace ns {
 
@@ -44,26 +45,6 @@ bool isContainer(const Object& object) {
 uint64_t referenceCount(const Object& container) {
   return container.count * (container.type == Type::array ? 1 : 2);
 }
-
-/// Numbers that are 0 at first, in memory that comes at once.
-template <class Number>
-class Zeros {
- public:
-  explicit Zeros(size_t count)
-      : memory_(count * sizeof(Number), Buffer::Content::zeros), count_(count) {}
-  // copies would share the memory
-  Zeros(Zeros&&) = default;
-  Zeros& operator=(Zeros&&) = default;
-  ~Zeros() = default;
-  [[nodiscard]] size_t size() const { return count_; }
-  Number& operator[](size_t index) const { return begin()[index]; }
-  [[nodiscard]] Number* begin() const { return reinterpret_cast<Number*>(memory_.bytes()); }
-  [[nodiscard]] Number* end() const { return begin() + count_; }
-
- private:
-  Buffer memory_;
-  size_t count_;
-};
 
 /// Counts uses, the great ones not exactly: as long as fewer uses are dropped in all, nothing of
 /// which there are so many loses its last one.

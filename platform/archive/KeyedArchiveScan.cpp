@@ -53,8 +53,7 @@ ArchiveScan::ArchiveScan(const KeyedArchive& archive)
     : archive_(archive),
       list_(archive.list_),
       count_(archive.count_),
-      memory_(count_ * sizeof(Place), Buffer::Content::zeros),
-      places_(reinterpret_cast<Place*>(memory_.bytes())),
+      places_(count_),
       // what is used several times is looked at several times; there is hardly any of it
       budget_(3 * list_.fileLength() + 100000) {
   findings_.emptyLists.resize(count_);

@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "platform/archive/KeyedArchive.h"
-#include "platform/foundation/Buffer.h"
+#include "platform/foundation/Zeros.h"
 
 namespace ns {
 
@@ -88,8 +88,7 @@ class ArchiveScan {
   const BinaryPropertyList& list_;
   const uint32_t count_;  // of archive numbers
   KeyedArchive::Findings findings_;
-  const Buffer memory_;
-  Place* const places_;  // by number, in that memory
+  const Zeros<Place> places_;  // by number
   struct Link {
     uint32_t child;
     uint32_t parent;
