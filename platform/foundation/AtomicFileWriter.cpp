@@ -260,9 +260,9 @@ void AtomicFileWriter::refuseWhatOthersChanged() const {
 /// Whether the file is in its place without having replaced another one.  False where it may
 /// replace one, or the file system has no such move.
 bool AtomicFileWriter::moveWhereNothingIs(NewFile& file) const {
-  if (expected_ == nullptr || expected_->isThere() || isRefused(FileStep::keepOthers)) return false;
+  if (expected_ == nullptr || expected_->isThere()) return false;
   const int folder = folder_.get();
-  if (isRefused(FileStep::rename) ||
+  if (isRefused(FileStep::keepOthers) || isRefused(FileStep::rename) ||
       renameat2(folder, file.name(), folder, name_.c_str(), RENAME_NOREPLACE) != 0) {
     if (errno == EEXIST) throw FileChangedException(path_, EEXIST);
     if (errno == EINVAL || errno == ENOSYS) return false;
