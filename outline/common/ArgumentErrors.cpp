@@ -78,8 +78,8 @@ size_t commandPlace(const CLI::App& table, const std::vector<std::string>& argum
     if (argument == "--") break;
     if (!looksLikeOption(argument)) return i;
     const CLI::Option* const option = optionNamed(table, argument);
-    const bool hasValue = option && option->get_expected_min() > 0 &&
-                          valuesLeftOut().count(option) == 0 && option->get_type_size() > 0;
+    const bool hasValue = option && option->get_expected_min() > 0 && !mayLeaveValueOut(*option) &&
+                          option->get_type_size() > 0;
     if (hasValue && argument.find('=') == std::string::npos &&
         (argument[1] == '-' || argument.size() == 2))
       ++i;
@@ -92,6 +92,8 @@ size_t commandPlace(const CLI::App& table, const std::vector<std::string>& argum
 void setValueLeftOut(CLI::Option& option, const std::string& value) {
   valuesLeftOut()[&option] = value;
 }
+
+bool mayLeaveValueOut(const CLI::Option& option) { return valuesLeftOut().count(&option) > 0; }
 
 std::vector<std::string> preparedArguments(const CLI::App& table,
                                            std::vector<std::string> arguments) {
