@@ -175,7 +175,6 @@ class KeyedArchive : public std::enable_shared_from_this<KeyedArchive> {
       case Type::dictionary:
         kind = EntryKind::instance;
         break;
-      case Type::date:
       case Type::uid:
       case Type::array:
         if (number != 0) failEntry(number, object.type);
