@@ -197,7 +197,7 @@ void OLNode::initWithCoder(ns::Coder& coder) {
 }
 
 void OLNode::readArchived(ns::KeyedUnarchiver& unarchiver) {
-  parent_ = parentFrom(unarchiver.decodeReferenceForKey(kParentKey));
+  parent_ = parentFrom(unarchiver.decodeParentForKey(kParentKey));
   if (hasData_) setData(std::nullopt);
   const ns::FieldReader fields = unarchiver.fields();
   if (unarchiver.isLazy()) {

@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <vector>
 
 #include "model/OLItems.h"
 #include "model/OLNode.h"
@@ -117,6 +118,8 @@ class OLTreeController : public ns::Object {
   void setTree(std::shared_ptr<OLTree> tree) { tree_ = std::move(tree); }
 
  private:
+  /// Objects that data in an archive names, kept for the data's sake as long as the document.
+  std::vector<std::shared_ptr<ns::Object>> company_;
   std::shared_ptr<OLTree> tree_;
 };
 
