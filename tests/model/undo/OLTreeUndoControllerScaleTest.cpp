@@ -19,6 +19,7 @@ constexpr int64_t kUntouched = 77777777;
 class UndoScale : public ::testing::Test {
  protected:
   UndoScale() {
+    document->hasDelegate = false;
     while (all.size() < kSiblings) all.push_back(OLNode::create());
     parent->insertChildrenAtIndex(all, 0);
     testing::Random random(5);
