@@ -5,8 +5,9 @@
 #include "platform/text/MutableAttributedString.h"
 
 /// Brings rich text into the form that suits an item.  Operations on a mutable text change it;
-/// those on an immutable one answer a new text.  All cost time in proportion to the runs, and none
-/// divides a text into characters.  Text in which nothing changes keeps its place in its archive.
+/// those on an immutable one answer a new, immutable text, also where theirs was read as a mutable
+/// one.  All cost time in proportion to the runs, and none divides a text into characters.
+/// Immutable text in which nothing changes keeps its place in its archive.
 
 namespace tavlin {
 

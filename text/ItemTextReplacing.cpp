@@ -112,7 +112,7 @@ ns::AttributedString attributedStringByReplacingOccurrencesOfStringWithStringOpt
   ns::MutableAttributedString replaced(text);
   replaced.replaceCharactersInRangesWithString(occurrences(units, wanted, options, range),
                                                replacement);
-  return replaced.copy();
+  return replaced.copy().immutableCopy();
 }
 
 }  // namespace tavlin
