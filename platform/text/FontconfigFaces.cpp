@@ -7,6 +7,7 @@
 #include <array>
 #include <memory>
 
+#include "platform/foundation/Log.h"
 #include "platform/text/FontSource.h"
 
 namespace ns {
@@ -15,7 +16,8 @@ namespace {
 
 /// The functions used, found by name.
 struct Fontconfig {
-  explicit Fontconfig(void* library) {
+  explicit Fontconfig(void* library) : isComplete(library != nullptr) {
+    if (!isComplete) return;
     const auto find = [library, this](const char* name, auto& function) {
       function =
           reinterpret_cast<std::remove_reference_t<decltype(function)>>(dlsym(library, name));
@@ -32,11 +34,13 @@ struct Fontconfig {
     find("FcPatternGetString", getString);
     find("FcPatternGetCharSet", getCharSet);
     find("FcPatternGetBool", getBool);
+    find("FcPatternGetInteger", getInteger);
+    find("FcWeightToOpenType", openTypeWeight);
     find("FcCharSetFirstPage", firstPage);
     find("FcCharSetNextPage", nextPage);
   }
 
-  bool isComplete = true;
+  bool isComplete;
   decltype(&FcInitLoadConfigAndFonts) init;
   decltype(&FcConfigDestroy) destroyConfig;
   decltype(&FcPatternCreate) createPattern;
@@ -48,6 +52,8 @@ struct Fontconfig {
   decltype(&FcPatternGetString) getString;
   decltype(&FcPatternGetCharSet) getCharSet;
   decltype(&FcPatternGetBool) getBool;
+  decltype(&FcPatternGetInteger) getInteger;
+  decltype(&FcWeightToOpenType) openTypeWeight;
   decltype(&FcCharSetFirstPage) firstPage;
   decltype(&FcCharSetNextPage) nextPage;
 };
@@ -56,6 +62,21 @@ String text(const Fontconfig& fc, FcPattern* pattern, const char* property) {
   FcChar8* found = nullptr;
   if (fc.getString(pattern, property, 0, &found) != FcResultMatch || !found) return {};
   return String(std::string_view(reinterpret_cast<const char*>(found)));
+}
+
+FontStyle style(const Fontconfig& fc, FcPattern* pattern) {
+  FontStyle found;
+  int weight = FC_WEIGHT_REGULAR;
+  int slant = FC_SLANT_ROMAN;
+  // a weight that is a range, of a font with many, is left at regular
+  if (fc.getInteger(pattern, FC_WEIGHT, 0, &weight) == FcResultMatch) {
+    // Fontconfig tells "Book" from "Regular", which are names for the same
+    found.weight = (fc.openTypeWeight(weight) + 50) / 100 * 100;
+  }
+  if (fc.getInteger(pattern, FC_SLANT, 0, &slant) == FcResultMatch) {
+    found.isSlanted = slant != FC_SLANT_ROMAN;
+  }
+  return found;
 }
 
 /// Characters that draw nothing, and halves of characters.  Few fonts list them, and no text needs
@@ -89,6 +110,7 @@ CharacterSet coverage(const Fontconfig& fc, FcPattern* pattern) {
 /// asks for a face; in between nothing of Fontconfig's is kept, which is large.
 class InstalledFonts : public FontSource {
  public:
+  /// Without a library there are no fonts.
   explicit InstalledFonts(void* library) : fc_(library) {}
 
   [[nodiscard]] std::optional<String> familyNameOfFont(
@@ -113,9 +135,10 @@ class InstalledFonts : public FontSource {
     if (!list_) {
       std::vector<FontFace> faces;
       visit([&](const String& name, FcPattern* font) {
-        faces.push_back(
-            {name, text(fc_, font, FC_FAMILY), text(fc_, font, FC_STYLE), coverage(fc_, font)});
+        faces.push_back({name, text(fc_, font, FC_FAMILY), text(fc_, font, FC_STYLE),
+                         coverage(fc_, font), style(fc_, font)});
       });
+      if (faces.empty()) log("no fonts found: interface fonts in rich text are left");
       list_.emplace(std::move(faces));
     }
     return *list_;
@@ -151,9 +174,7 @@ class InstalledFonts : public FontSource {
 }  // namespace
 
 std::unique_ptr<FontSource> installedFonts() {
-  void* library = dlopen("libfontconfig.so.1", RTLD_NOW | RTLD_LOCAL);
-  if (!library) return std::make_unique<FontList>(std::vector<FontFace>());
-  return std::make_unique<InstalledFonts>(library);
+  return std::make_unique<InstalledFonts>(dlopen("libfontconfig.so.1", RTLD_NOW | RTLD_LOCAL));
 }
 
 }  // namespace ns
