@@ -1,7 +1,5 @@
-// The machine's fonts through Fontconfig.  The library is loaded here and not linked: a program
-// that never meets a font to replace should not pay for starting it.
+// The machine's fonts through Fontconfig.
 
-#include <dlfcn.h>
 #include <fontconfig/fontconfig.h>
 
 #include <array>
@@ -9,38 +7,33 @@
 
 #include "platform/foundation/Log.h"
 #include "platform/text/FontSource.h"
+#include "platform/text/LoadedLibrary.h"
 
 namespace ns {
 
 namespace {
 
-/// The functions used, found by name.
+/// The functions used.
 struct Fontconfig {
-  explicit Fontconfig(void* library) : isComplete(library != nullptr) {
-    if (!isComplete) return;
-    const auto find = [library, this](const char* name, auto& function) {
-      function =
-          reinterpret_cast<std::remove_reference_t<decltype(function)>>(dlsym(library, name));
-      isComplete = isComplete && function != nullptr;
-    };
-    find("FcInitLoadConfigAndFonts", init);
-    find("FcConfigDestroy", destroyConfig);
-    find("FcPatternCreate", createPattern);
-    find("FcPatternDestroy", destroyPattern);
-    find("FcConfigSubstitute", substitute);
-    find("FcDefaultSubstitute", substituteDefaults);
-    find("FcFontSort", sort);
-    find("FcFontSetDestroy", destroySet);
-    find("FcPatternGetString", getString);
-    find("FcPatternGetCharSet", getCharSet);
-    find("FcPatternGetBool", getBool);
-    find("FcPatternGetInteger", getInteger);
-    find("FcWeightToOpenType", openTypeWeight);
-    find("FcCharSetFirstPage", firstPage);
-    find("FcCharSetNextPage", nextPage);
+  Fontconfig() {
+    library.find("FcInitLoadConfigAndFonts", init);
+    library.find("FcConfigDestroy", destroyConfig);
+    library.find("FcPatternCreate", createPattern);
+    library.find("FcPatternDestroy", destroyPattern);
+    library.find("FcConfigSubstitute", substitute);
+    library.find("FcDefaultSubstitute", substituteDefaults);
+    library.find("FcFontSort", sort);
+    library.find("FcFontSetDestroy", destroySet);
+    library.find("FcPatternGetString", getString);
+    library.find("FcPatternGetCharSet", getCharSet);
+    library.find("FcPatternGetBool", getBool);
+    library.find("FcPatternGetInteger", getInteger);
+    library.find("FcWeightToOpenType", openTypeWeight);
+    library.find("FcCharSetFirstPage", firstPage);
+    library.find("FcCharSetNextPage", nextPage);
   }
 
-  bool isComplete;
+  LoadedLibrary library{"libfontconfig.so.1"};
   decltype(&FcInitLoadConfigAndFonts) init;
   decltype(&FcConfigDestroy) destroyConfig;
   decltype(&FcPatternCreate) createPattern;
@@ -110,9 +103,6 @@ CharacterSet coverage(const Fontconfig& fc, FcPattern* pattern) {
 /// asks for a face; in between nothing of Fontconfig's is kept, which is large.
 class InstalledFonts : public FontSource {
  public:
-  /// Without a library there are no fonts.
-  explicit InstalledFonts(void* library) : fc_(library) {}
-
   [[nodiscard]] std::optional<String> familyNameOfFont(
       const String& postScriptName) const override {
     if (list_) return list_->familyNameOfFont(postScriptName);
@@ -147,7 +137,7 @@ class InstalledFonts : public FontSource {
   /// Calls `font` with the PostScript name and the pattern of every scalable font that has one.
   template <class Visit>
   void visit(Visit font) const {
-    FcConfig* config = fc_.isComplete ? fc_.init() : nullptr;
+    FcConfig* config = fc_.library.isComplete() ? fc_.init() : nullptr;
     if (!config) return;
     FcPattern* wanted = fc_.createPattern();
     fc_.substitute(config, wanted, FcMatchPattern);
@@ -173,8 +163,6 @@ class InstalledFonts : public FontSource {
 
 }  // namespace
 
-std::unique_ptr<FontSource> installedFonts() {
-  return std::make_unique<InstalledFonts>(dlopen("libfontconfig.so.1", RTLD_NOW | RTLD_LOCAL));
-}
+std::unique_ptr<FontSource> installedFonts() { return std::make_unique<InstalledFonts>(); }
 
 }  // namespace ns
