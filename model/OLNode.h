@@ -101,6 +101,8 @@ class OLNode : public ns::Object {
 
   /// -isExpanded  The flag, but false while the node has no children.
   [[nodiscard]] bool isExpanded() const { return isExpanded_ && countChildren() > 0; }
+  /// The flag as it is stored, whether there are children or not.
+  [[nodiscard]] bool storesExpanded() const { return isExpanded_; }
   /// Stores the flag, also on a node without children, where it waits for the first one.
   void setIsExpanded(bool isExpanded) { isExpanded_ = isExpanded; }
 
