@@ -119,7 +119,7 @@ class JsonExport {
   }
 
   void writeData(const OLNode& item) {
-    const std::optional<ns::Dictionary> data = item.data();
+    const std::optional<ns::Dictionary> data = item.dataInPassing();
     if (!data) {
       json_.key("title");
       json_.null();

@@ -35,14 +35,13 @@ inline constexpr std::string_view kCmyk = "cmyk";
 inline constexpr std::string_view kColorName = "colorName";
 inline constexpr std::string_view kParagraph = "paragraph";
 inline constexpr std::string_view kUrl = "url";
-inline constexpr std::string_view kItem = "item";
 inline constexpr std::string_view kObject = "object";
 inline constexpr std::string_view kArchive = "archive";
 
 inline constexpr std::array kTags = {
     kString,  kInteger,   kReal,      kFloat, kData, kDate,      kArray,  kDictionary,
     kEntries, kText,      kRuns,      kFont,  kRgb,  kDeviceRgb, kWhite,  kDeviceWhite,
-    kCmyk,    kColorName, kParagraph, kUrl,   kItem, kObject,    kArchive};
+    kCmyk,    kColorName, kParagraph, kUrl,   kObject,    kArchive};
 
 /// Whether a key says what an object is.
 [[nodiscard]] bool isTag(std::string_view key);
