@@ -44,7 +44,11 @@ class Inspector {
     tree_ = objectUnder(controller_, kTreeKey, &InspectedArchive::isTree, kNoTree);
     const uint32_t root =
         tree_ == 0 ? 0 : objectUnder(tree_, kRootKey, &InspectedArchive::isNode, kNoRoot);
-    if (root != 0) {
+    if (root == 0) {
+      if (!findings_.has(FindingCode::archive)) {
+        refuse("the document has no items, not even a root");
+      }
+    } else {
       inspectProperties(archive_, root, findings_);
       items_.walkOutline(root);
     }
