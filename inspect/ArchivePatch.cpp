@@ -159,9 +159,12 @@ class PatchWriter {
   }
 
   uint32_t numberOfClass(const ns::ClassRef& archivedClass) {
-    uint32_t& number = classNumbers_[archivedClass.get()];
-    if (number != 0) return number;
-    number = newNumber();
+    const auto [from, to] = classNumbers_.equal_range(archivedClass->name);
+    for (auto it = from; it != to; ++it) {
+      if (*it->second.first == *archivedClass) return it->second.second;
+    }
+    const uint32_t number = newNumber();
+    classNumbers_.emplace(archivedClass->name, std::pair(archivedClass, number));
     std::vector<std::pair<const char*, Reference>> fields{
         {"$classname", writer_.string(ns::String(archivedClass->name))}};
     const auto add = [&](const char* key, const std::vector<std::string>& names) {
@@ -178,7 +181,8 @@ class PatchWriter {
       writer_.set(record, i, writer_.ascii(fields[i].first));
       writer_.set(record, fields.size() + i, fields[i].second);
     }
-    return entries_[number] = record.reference, number;
+    entries_[number] = record.reference;
+    return number;
   }
 
   void write(Entry entry) {
@@ -319,7 +323,7 @@ class PatchWriter {
   std::deque<Entry> pending_;
   std::vector<std::pair<Reference, Reference>> fields_;  // of the record that is being written
   std::unordered_map<const ns::KeyedArchive::Shape*, std::vector<Reference>> keys_;
-  std::unordered_map<const ns::ClassInfo*, uint32_t> classNumbers_;
+  std::unordered_multimap<std::string, std::pair<ns::ClassRef, uint32_t>> classNumbers_;
   std::unordered_map<uint32_t, Reference> shared_;      // by place in the file
   std::unordered_map<uint32_t, uint32_t> textNumbers_;  // the same
 };

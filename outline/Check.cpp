@@ -79,7 +79,8 @@ class DocumentCheck {
     json.beginArray();
     for (const Finding& finding : inspection_.findings()) {
       json.beginObject();
-      if (!finding.path.empty()) json.member("path", finding.path);
+      json.key("path");
+      finding.path.empty() ? json.null() : json.string(finding.path);
       json.member("severity", nameOf(finding.severity()));
       json.member("code", nameOf(finding.code));
       json.member("text", finding.text);
