@@ -31,6 +31,7 @@ set(private_headers
   model/runtime/CheckStatePass.h model/runtime/ChildPlaces.h model/runtime/ItemLevels.h
   model/runtime/PointerScope.h model/runtime/SubtreeItems.h model/runtime/UpwardRefresh.h
   model/scan/WalkGuard.h
+  model/undo/PlacedItems.h
   platform/archive/XmlPropertyList.h
   platform/drawing/CairoSupport.h platform/drawing/Drawing.h platform/drawing/GradientFill.h
   platform/drawing/ImagePiece.h platform/drawing/PixelArea.h platform/drawing/PngCoding.h
