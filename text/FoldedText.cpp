@@ -20,8 +20,7 @@ constexpr uint64_t kFoldingOptions =
 
 bool isSurrogate(char32_t value) { return value >= 0xD800 && value <= 0xDFFF; }
 
-/// Calls a function of the library that makes text from text, in the first place of its own
-/// choice if that is enough.
+/// What a function of the library makes of a text, given a place that is enough for most.
 template <class Make>
 std::u32string made(Make make) {
   uint32_t few[32];

@@ -236,6 +236,7 @@ TEST(ItemTextReplacing, DiacriticsMayNotMatter) {
   EXPECT_EQ(replaced("e\u0301e", "\u0301", "x", option), "e\u0301e");
   EXPECT_EQ(replaced("e\u0301E", "e", "x", option | kCaseInsensitiveSearch), "xx");
   EXPECT_EQ(replaced("e\u0301\u00E9", "e", "x", option | kLiteralSearch), "x\u0301x");
+  EXPECT_EQ(replaced("\n\u0301a", "A", "x", option | kCaseInsensitiveSearch), "\n\u0301x");
   EXPECT_EQ(replaced("ae\u0301", "e", "x", option | kAnchoredSearch), "ax");
 }
 
