@@ -27,7 +27,7 @@ set(folders document model platform text ui)
 set(private_headers
   document/ContainerRewriting.h document/ItemCircles.h document/ItemCount.h
   document/NodeDataTransform.h
-  model/CircleGuard.h
+  model/CircleGuard.h model/EditScope.h model/EditSteps.h
   model/runtime/CheckStatePass.h model/runtime/ChildPlaces.h model/runtime/ItemLevels.h
   model/runtime/PointerScope.h model/runtime/SubtreeItems.h model/runtime/UpwardRefresh.h
   model/scan/WalkGuard.h

@@ -31,6 +31,19 @@ FileException::FileException(const std::string& operation, const std::string& pa
 
 namespace {
 
+std::string whatOthersDid(int error) {
+  return error == EEXIST ? "made" : error == ENOENT ? "removed" : "changed";
+}
+
+}  // namespace
+
+FileChangedException::FileChangedException(const std::string& path, int error)
+    : FileException(
+          "replace " + path + ": another program has " + whatOthersDid(error) + " it meanwhile",
+          error) {}
+
+namespace {
+
 // What to begin with where the system does not know a size, as in /proc.
 constexpr size_t kUnknownSize = size_t{4} << 10;
 
@@ -67,8 +80,9 @@ std::string expandTildeInPath(const std::string& path) {
   return expanded.empty() ? "/" : expanded;
 }
 
-Data readOpenFile(int file, const std::string& path) {
+Data readOpenFile(int file, const std::string& path, FileState* state) {
   const auto fail = [&path](int error) { throw FileException("read", path, error); };
+  const int64_t moment = FileState::clock();
   struct stat status {};
   if (fstat(file, &status) != 0) fail(errno);
   if (S_ISDIR(status.st_mode)) fail(EISDIR);
@@ -90,25 +104,41 @@ Data readOpenFile(int file, const std::string& path) {
           isRefused(FileStep::read) ? -1 : ::read(file, buffer.bytes() + length, room);
       if (got < 0 && errno == EINTR) continue;
       if (got < 0) fail(errno);
-      if (got == 0) return buffer.finish(length);
+      if (got == 0) break;
       length += static_cast<size_t>(got);
     }
+    Data content = buffer.finish(length);
+    if (state != nullptr) *state = FileState(status, moment, content);
+    return content;
   } catch (const std::bad_alloc&) {
     throw FileException("read", path, ENOMEM);
   }
 }
 
-Data readFile(const std::string& path) {
+namespace {
+
+Data read(const std::string& path, FileState* state) {
   if (path.find('\0') != std::string::npos) throw FileException("open", path, EINVAL);
   // Without waiting: a FIFO that nobody writes to must not hold the process.
   constexpr int kFlags = O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY;
   const FileHandle file(isRefused(FileStep::open) ? -1 : ::open(path.c_str(), kFlags));
   if (!file.isOpen()) throw FileException("open", path, errno);
-  return readOpenFile(file.get(), path);
+  return readOpenFile(file.get(), path, state);
 }
 
-void writeFileAtomically(const std::string& path, const DataPieces& content) {
-  AtomicFileWriter(path).write(content);
+}  // namespace
+
+Data readFile(const std::string& path) { return read(path, nullptr); }
+
+Data readFile(const std::string& path, FileState& state) { return read(path, &state); }
+
+FileState writeFileAtomically(const std::string& path, const DataPieces& content) {
+  return AtomicFileWriter(path, nullptr).write(content);
+}
+
+FileState writeFileAtomically(const std::string& path, const DataPieces& content,
+                              const FileState& expected) {
+  return AtomicFileWriter(path, &expected).write(content);
 }
 
 }  // namespace ns
