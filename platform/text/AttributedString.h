@@ -83,6 +83,10 @@ class AttributedString {
   [[nodiscard]] String archivedString() const;
   /// Whether the archive said more than text and attributes, which only copying keeps.
   [[nodiscard]] bool hasOtherFields() const;
+  /// -copy  The same text as an immutable one: text that was read as NSMutableAttributedString, or
+  /// as a class derived from it, is archived as NSAttributedString; any other is this very text.
+  /// Costs time in proportion to the runs.
+  [[nodiscard]] AttributedString immutableCopy() const;
 
  private:
   friend class MutableAttributedString;
