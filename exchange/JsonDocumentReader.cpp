@@ -364,7 +364,8 @@ std::string JsonDocumentReader::place() const {
 
 std::shared_ptr<OLTreeController> JsonDocumentReader::controller(
     const std::shared_ptr<OLNode>& root) const {
-  if (controllerName_ == "OLTreeUndoController") return OLTreeUndoController::initWithRootItem(root);
+  if (controllerName_ == "OLTreeUndoController")
+    return OLTreeUndoController::initWithRootItem(root);
   if (controllerName_ == "OLTreeRuntimeAttributesController") {
     return OLTreeRuntimeAttributesController::initWithRootItem(root);
   }

@@ -20,7 +20,8 @@ namespace {
 constexpr std::string_view kUtf8Mark = "\xEF\xBB\xBF";
 
 // The iterative parser takes no stack for levels; numbers are looked at in the document's own way.
-constexpr unsigned kParsing = rapidjson::kParseIterativeFlag | rapidjson::kParseNumbersAsStringsFlag;
+constexpr unsigned kParsing =
+    rapidjson::kParseIterativeFlag | rapidjson::kParseNumbersAsStringsFlag;
 
 /// Parses, and answers what is wrong.
 template <class Handler>
@@ -147,9 +148,9 @@ class JsonImport {
       return document.finish();
     } catch (const JsonShapeException& exception) {
       const std::string place = document.place();
-      failAt(stream.Tell(), place.empty() ? exception.reason() : place + ": " + exception.reason());
+      failAt(stream.Tell(), (place.empty() ? "" : place + ": ") + exception.what());
     } catch (const ns::ArchiveException& exception) {
-      failAt(stream.Tell(), document.place() + ": " + exception.reason());
+      failAt(stream.Tell(), document.place() + ": " + exception.what());
     }
   }
 
@@ -169,7 +170,8 @@ class JsonImport {
   }
 
   [[noreturn]] void failAt(size_t offset, const std::string& reason) const {
-    const auto upTo = content_.begin() + static_cast<std::ptrdiff_t>(std::min(offset, content_.size()));
+    const auto upTo =
+        content_.begin() + static_cast<std::ptrdiff_t>(std::min(offset, content_.size()));
     const auto line = std::count(content_.begin(), upTo, '\n') + 1;
     throw ExchangeException("line " + std::to_string(line) + ": " + reason);
   }

@@ -111,7 +111,8 @@ size_t firstMalformedUtf8(std::string_view text) {
       if ((byte(i) & 0xC0) != 0x80) return at;
     }
     const bool isOverlong = (first == 0xE0 && byte(1) < 0xA0) || (first == 0xF0 && byte(1) < 0x90);
-    const bool isNoCharacter = (first == 0xED && byte(1) >= 0xA0) || (first == 0xF4 && byte(1) >= 0x90);
+    const bool isNoCharacter =
+        (first == 0xED && byte(1) >= 0xA0) || (first == 0xF4 && byte(1) >= 0x90);
     if (isOverlong || isNoCharacter) return at;
     at += length;
   }

@@ -7,6 +7,7 @@
 #include <optional>
 #include <unordered_set>
 
+#include "document/DocumentClasses.h"
 #include "exchange/Base64.h"
 #include "exchange/JsonDates.h"
 #include "exchange/JsonNames.h"
@@ -14,7 +15,6 @@
 #include "exchange/TextStyle.h"
 #include "platform/archive/KeyedUnarchiver.h"
 #include "platform/foundation/ContainerAccess.h"
-#include "document/DocumentClasses.h"
 
 namespace tavlin {
 
@@ -104,7 +104,8 @@ ns::String textOf(const Members& members, std::string_view tag) {
 
 uint64_t hexadecimal(std::string_view digits) {
   uint64_t number = 0;
-  const auto [end, error] = std::from_chars(digits.data(), digits.data() + digits.size(), number, 16);
+  const auto [end, error] =
+      std::from_chars(digits.data(), digits.data() + digits.size(), number, 16);
   if (error != std::errc() || end != digits.data() + digits.size()) fail("malformed digits");
   return number;
 }
@@ -388,9 +389,9 @@ ns::Value JsonValueReader::runFont(const Members& members) {
   if ((isBold && !isBoldFontName(given)) || (isItalic && !isItalicFontName(given))) {
     name = styledName(name, isBold, isItalic);
   }
-  ns::Dictionary described = {{ns::Value(ns::String(names::kFont)), ns::Value(name)},
-                              {ns::Value(ns::String(names::kSize)),
-                               size.isNone() ? ns::Value(13.0) : size}};
+  ns::Dictionary described = {
+      {ns::Value(ns::String(names::kFont)), ns::Value(name)},
+      {ns::Value(ns::String(names::kSize)), size.isNone() ? ns::Value(13.0) : size}};
   if (!flags.isNone()) described.setObjectForKey(flags, ns::Value(ns::String(names::kFlags)));
   std::string key = name.utf8() + (size.isFloat() ? " f" : " ") +
                     std::to_string(std::bit_cast<uint64_t>(size.doubleValue())) + " " +
