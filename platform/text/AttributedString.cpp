@@ -221,8 +221,6 @@ Value AttributedString::asValue() const { return Value(body_); }
 String AttributedString::string() const { return body().text.withArchivedClass(nullptr); }
 size_t AttributedString::length() const { return body().text.length(); }
 ClassRef AttributedString::archivedClass() const { return body().archivedClass; }
-String AttributedString::archivedString() const { return body().text; }
-bool AttributedString::hasOtherFields() const { return !body().otherFields.empty(); }
 
 AttributedString AttributedString::immutableCopy() const {
   constexpr const char* kMutable = "NSMutableAttributedString";
@@ -235,6 +233,8 @@ AttributedString AttributedString::immutableCopy() const {
   return result;
 }
 
+String AttributedString::archivedString() const { return body().text; }
+bool AttributedString::hasOtherFields() const { return !body().otherFields.empty(); }
 size_t AttributedString::runCount() const { return body().runs.size(); }
 
 Range AttributedString::runRange(size_t run) const {

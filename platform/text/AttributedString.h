@@ -79,14 +79,14 @@ class AttributedString {
 
   /// "NSAttributedString" or what the archive said; none for text made here.
   [[nodiscard]] ClassRef archivedClass() const;
-  /// string() with the class that the text itself had in its archive.
-  [[nodiscard]] String archivedString() const;
-  /// Whether the archive said more than text and attributes, which only copying keeps.
-  [[nodiscard]] bool hasOtherFields() const;
   /// -copy  The same text as an immutable one: text that was read as NSMutableAttributedString, or
   /// as a class derived from it, is archived as NSAttributedString; any other is this very text.
   /// Costs time in proportion to the runs.
   [[nodiscard]] AttributedString immutableCopy() const;
+  /// string() with the class that the text itself had in its archive.
+  [[nodiscard]] String archivedString() const;
+  /// Whether the archive said more than text and attributes, which only copying keeps.
+  [[nodiscard]] bool hasOtherFields() const;
 
  private:
   friend class MutableAttributedString;
