@@ -19,6 +19,8 @@ class KeyedUnarchiver;
 
 namespace tavlin {
 
+class EditSteps;
+
 /// Posted on the default notification centre after each change of a children list, with the
 /// node whose list changed as object.
 inline constexpr std::string_view OLNodeDidChangeChildrenCountNotification =
@@ -84,6 +86,9 @@ class OLNode : public ns::Object {
   /// The stored values by key; none when there is no dictionary, which reads as an empty one.
   [[nodiscard]] std::optional<ns::Dictionary> data() const;
   void setData(std::optional<ns::Dictionary> data);
+  /// The same values in a dictionary of the moment: what still lies in the archive stays there, so
+  /// that passing over a document once takes the memory of one item.  Defined in document/.
+  [[nodiscard]] std::optional<ns::Dictionary> dataInPassing() const;
 
   /// The derived values by key.  Never archived.
   [[nodiscard]] ns::Dictionary runtimeAttributes() const;
@@ -101,6 +106,8 @@ class OLNode : public ns::Object {
 
   /// -isExpanded  The flag, but false while the node has no children.
   [[nodiscard]] bool isExpanded() const { return isExpanded_ && countChildren() > 0; }
+  /// The flag as it is stored, whether there are children or not.
+  [[nodiscard]] bool storesExpanded() const { return isExpanded_; }
   /// Stores the flag, also on a node without children, where it waits for the first one.
   void setIsExpanded(bool isExpanded) { isExpanded_ = isExpanded; }
 
@@ -240,6 +247,7 @@ class OLNode : public ns::Object {
   static void fixFontAttributesInArray(ns::Array& array);
 
  private:
+  friend class EditSteps;
   friend class OLTree;
   friend class CheckStatePass;
   friend class SubtreeItems;
@@ -253,9 +261,13 @@ class OLNode : public ns::Object {
   OLNodeList& editChildren();
   std::shared_ptr<OLNode> self();
   void postDidChangeChildrenCount();
+  /// Takes every entry of a node out of the list and answers where they were, ascending.  `taken`
+  /// becomes the node if there were any.  Posts nothing.
+  std::vector<size_t> takeOut(const OLNode* child, std::shared_ptr<OLNode>& taken);
   /// Takes nodes out of their parents like removeFromParent() on each in order, but passes over
-  /// each parent's list once and posts nothing.  For when nobody observes.
-  static void detachUnobserved(const OLNodeList& items);
+  /// each parent's list once and posts nothing; notes it if there is where.  For when nobody
+  /// observes.
+  static void detachUnobserved(const OLNodeList& items, EditSteps* steps);
   static void dismantle(OLNodeList nodes) noexcept;
   template <class Node, class Visit>
   static void walkBelow(Node& top, Visit visit);
@@ -269,6 +281,9 @@ class OLNode : public ns::Object {
   /// when the data has to be decoded.  Defined in document/.
   [[nodiscard]] std::optional<ns::Value> archivedValueForKey(std::string_view key,
                                                              Wanted wanted) const;
+  /// Data that still lies in the archive, where it is made of bare keys and of no containers.
+  /// Defined in document/.
+  [[nodiscard]] std::optional<ns::Dictionary> archivedSimpleData() const;
   /// Takes over what the unarchiver's record says.  Defined in document/, like the two below.
   void readArchived(ns::KeyedUnarchiver& unarchiver);
   /// Makes the children, or the data, that still lie in the archive.

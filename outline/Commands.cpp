@@ -10,6 +10,7 @@ void addCommands(CLI::App& table, Action& action) {
   addShow(table, action);
   addInfo(table, action);
   addFind(table, action);
+  addCompletions(table, action);
   addCheck(table, action);
 }
 
@@ -26,7 +27,7 @@ CLI::Option* addFilesAndFolders(CLI::App& command, std::vector<std::string>& arg
           "-j,--jobs", jobs.count,
           localized("How many documents to work on at once; one for each processor by default"))
       ->type_name("N")
-      ->check(CLI::Range(size_t{1}, size_t{1024}));
+      ->check(CLI::Range(size_t{1}, size_t{1024}).description(""));
   return command
       .add_option("FILE|FOLDER", arguments,
                   localized("Documents; of a folder all below it that end in .tavlin"))

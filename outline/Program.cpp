@@ -5,6 +5,7 @@
 #include <algorithm>
 
 #include "outline/Commands.h"
+#include "outline/HelpText.h"
 #include "outline/TableLook.h"
 #include "outline/Version.h"
 #include "outline/common/ArgumentErrors.h"
@@ -16,7 +17,7 @@ namespace tavlin {
 namespace {
 
 int printHelp(const CLI::App& command) {
-  Output::toStandardOutput(helpText(command));
+  Output::toStandardOutput(helpText(lookOf(command)));
   return kDone;
 }
 
@@ -59,7 +60,7 @@ int runProgram(const std::vector<std::string>& arguments) {
   Action action;
   const std::unique_ptr<CLI::App> table = commandTable(action);
   if (arguments.empty()) {
-    reportHelp(helpText(*table));
+    reportLines(helpText(lookOf(*table)));
     return kFailed;
   }
   if (arguments.front() == "help") {

@@ -170,7 +170,7 @@ void addShow(CLI::App& table, Action& action) {
       ->type_name("PATH");
   command->add_option("--depth", options->depth, localized("Only so many levels"))
       ->type_name("N")
-      ->check(CLI::Range(size_t{1}, SIZE_MAX));
+      ->check(CLI::Range(size_t{1}, SIZE_MAX).description(""));
   command->add_flag("--no-notes", options->hidesNotes, localized("Leave out notes"));
   command->add_flag("--paths", options->showsPaths, localized("Show the path of each item"));
   command->add_flag("--expanded", options->followsExpansion,

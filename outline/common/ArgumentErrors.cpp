@@ -78,8 +78,8 @@ size_t commandPlace(const CLI::App& table, const std::vector<std::string>& argum
     if (argument == "--") break;
     if (!looksLikeOption(argument)) return i;
     const CLI::Option* const option = optionNamed(table, argument);
-    const bool hasValue = option && option->get_expected_min() > 0 &&
-                          valuesLeftOut().count(option) == 0 && option->get_type_size() > 0;
+    const bool hasValue = option && option->get_expected_min() > 0 && !mayLeaveValueOut(*option) &&
+                          option->get_type_size() > 0;
     if (hasValue && argument.find('=') == std::string::npos &&
         (argument[1] == '-' || argument.size() == 2))
       ++i;
@@ -92,6 +92,8 @@ size_t commandPlace(const CLI::App& table, const std::vector<std::string>& argum
 void setValueLeftOut(CLI::Option& option, const std::string& value) {
   valuesLeftOut()[&option] = value;
 }
+
+bool mayLeaveValueOut(const CLI::Option& option) { return valuesLeftOut().count(&option) > 0; }
 
 std::vector<std::string> preparedArguments(const CLI::App& table,
                                            std::vector<std::string> arguments) {
@@ -108,11 +110,20 @@ std::vector<std::string> preparedArguments(const CLI::App& table,
     std::rotate(begin, at, at + 1);
     command = *found;
   }
-  for (std::string& argument : arguments) {
-    if (argument == "--") break;
-    if (!looksLikeOption(argument) || argument.find('=') != std::string::npos) continue;
-    const auto known = valuesLeftOut().find(optionNamed(*command, argument));
-    if (known != valuesLeftOut().end()) argument += "=" + known->second;
+  for (size_t i = 0; i < arguments.size() && arguments[i] != "--"; ++i) {
+    std::string& argument = arguments[i];
+    if (!looksLikeOption(argument)) continue;
+    const CLI::Option* const option = optionNamed(*command, argument);
+    if (!option) continue;
+    const auto known = valuesLeftOut().find(option);
+    if (known != valuesLeftOut().end() && argument.find('=') == std::string::npos) {
+      argument += "=" + known->second;
+    } else if (argument.ends_with('=') && argument.find('=') + 1 == argument.size()) {
+      // the parser would take the next argument for an empty value
+      argument.pop_back();
+      arguments.insert(arguments.begin() + static_cast<std::ptrdiff_t>(i) + 1, "");
+      ++i;
+    }
   }
   return arguments;
 }

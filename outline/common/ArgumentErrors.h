@@ -20,6 +20,7 @@ std::vector<std::string> preparedArguments(const CLI::App& table,
 /// Says of an option that its value may be left out (and has to follow "=" otherwise), and which
 /// one it is then.
 void setValueLeftOut(CLI::Option& option, const std::string& value);
+[[nodiscard]] bool mayLeaveValueOut(const CLI::Option& option);
 
 /// The command that the arguments named, as far as they were understood.
 const CLI::App& deepestParsed(const CLI::App& table);

@@ -49,6 +49,8 @@ void report(std::string_view file, std::string_view text) {
   report(line);
 }
 
+void reportLines(std::string_view text) { toStandardError(text); }
+
 void setMessageSink(MessageSink sink) { messageSink() = std::move(sink); }
 
 std::string localized(const char* text) {

@@ -17,6 +17,9 @@ void report(std::string_view text);
 /// Writes "tavlin: FILE: TEXT".
 void report(std::string_view file, std::string_view text);
 
+/// Writes text on standard error as it is.
+void reportLines(std::string_view text);
+
 /// Receives whole lines, line break included, in place of standard error; an empty function
 /// restores it.
 using MessageSink = std::function<void(std::string_view line)>;

@@ -48,6 +48,10 @@ Data readFile(const std::string& path);
 /// The same; `state` is then the state of the file that was read, as it was before the first byte
 /// was: what changed while it was read counts as a later change.
 Data readFile(const std::string& path, FileState& state);
+/// The same for what may be read only once, too: what comes out of a pipe (as /dev/stdin may be,
+/// or what a shell puts in place of an argument), a FIFO or a terminal until its end.  Waits for
+/// those who write to it; a FIFO that nobody has opened for writing within a second is empty.
+Data readFileOrStream(const std::string& path);
 
 /// Replaces a file's content so that at every moment the path names either the old content or
 /// the new, whole: a new file is written beside the old one, given its mode, owner and extended

@@ -2,7 +2,9 @@
 
 #include <algorithm>
 #include <compare>
+#include <memory>
 #include <set>
+#include <unordered_map>
 
 #include "platform/foundation/Exception.h"
 #include "platform/text/AttributedStringBody.h"
@@ -134,6 +136,22 @@ Value AttributedStringBody::withOrigin(const Ref<const ArchiveOrigin>& origin) c
   return value;
 }
 
+AttributedStringBody* AttributedStringBody::copyForChanges() const {
+  auto copy = std::make_unique<AttributedStringBody>();
+  copy->text = text;
+  copy->archivedClass = archivedClass;
+  copy->otherFields = otherFields;
+  copy->runs.reserve(runs.size());
+  std::unordered_map<uint32_t, uint32_t> places;
+  for (size_t run = 0; run < runs.size(); ++run) {
+    const auto [place, isNew] =
+        places.try_emplace(runs[run].attributes, static_cast<uint32_t>(copy->attributes.size()));
+    if (isNew) copy->attributes.push_back(attributesOf(run));
+    copy->runs.push_back({runs[run].start, place->second});
+  }
+  return copy.release();
+}
+
 bool AttributedStringBody::isEqual(const ValueBody& other) const {
   const auto& that = static_cast<const AttributedStringBody&>(other);
   if (this == &that) return true;
@@ -159,6 +177,32 @@ AttributedString::AttributedString(const String& text, const Dictionary& attribu
   }
 }
 
+AttributedString AttributedString::withStretches(const String& text,
+                                                 const std::vector<Stretch>& stretches,
+                                                 ClassRef archivedClass) {
+  auto* made = new AttributedStringBody();
+  AttributedString result{Ref<const ValueBody>(made)};
+  made->text = text;
+  made->archivedClass = std::move(archivedClass);
+  const size_t length = text.length();
+  size_t covered = 0;
+  for (const auto& [stretch, attributes] : stretches) {
+    if (stretch == 0) continue;
+    if (stretch > length - covered) {
+      throw InvalidArgumentException("stretches of an attributed string are longer than its text");
+    }
+    made->runs.push_back({covered, static_cast<uint32_t>(made->attributes.size())});
+    made->attributes.push_back(attributes);
+    covered += stretch;
+  }
+  if (covered != length) {
+    throw InvalidArgumentException("stretches of an attributed string cover " +
+                                   std::to_string(covered) + " of " + std::to_string(length) +
+                                   " units");
+  }
+  return result;
+}
+
 AttributedString::AttributedString(const Value& value) {
   if (value.kind() == Kind::attributedString) {
     body_ = value.body();
@@ -177,6 +221,20 @@ Value AttributedString::asValue() const { return Value(body_); }
 String AttributedString::string() const { return body().text.withArchivedClass(nullptr); }
 size_t AttributedString::length() const { return body().text.length(); }
 ClassRef AttributedString::archivedClass() const { return body().archivedClass; }
+
+AttributedString AttributedString::immutableCopy() const {
+  constexpr const char* kMutable = "NSMutableAttributedString";
+  const ClassRef& read = body().archivedClass;
+  if (!read || (read->name != kMutable && !read->inheritsFrom(kMutable))) return *this;
+  AttributedStringBody* const copy = body().copyForChanges();
+  AttributedString result{Ref<const ValueBody>(copy)};
+  copy->text = copy->text.withArchivedClass(nullptr);
+  copy->archivedClass = nullptr;
+  return result;
+}
+
+String AttributedString::archivedString() const { return body().text; }
+bool AttributedString::hasOtherFields() const { return !body().otherFields.empty(); }
 size_t AttributedString::runCount() const { return body().runs.size(); }
 
 Range AttributedString::runRange(size_t run) const {

@@ -1,0 +1,159 @@
+#include "exchange/ItemContent.h"
+
+#include "platform/foundation/Array.h"
+#include "platform/foundation/Dictionary.h"
+#include "platform/text/AttributedString.h"
+
+namespace tavlin {
+
+namespace {
+
+constexpr const char* kProperties = "documentProperties";
+
+bool isText(const ns::Value& value) {
+  return value.isString() || value.kind() == ns::Kind::attributedString;
+}
+
+uint64_t countUnpaired(std::u16string_view units) {
+  uint64_t count = 0;
+  for (size_t i = 0; i < units.size();) {
+    const ns::CodePoint point = ns::codePointAt(units, i);
+    if (point.value >= 0xD800 && point.value <= 0xDFFF) ++count;
+    i += point.length;
+  }
+  return count;
+}
+
+/// The strings of a property; what is none counts as lost.
+std::vector<ns::String> propertyValues(const ns::Value& value, bool isList, Losses& losses) {
+  std::vector<ns::String> values;
+  if (!isList) {
+    if (value.isString()) values.push_back(value.string());
+    return values;
+  }
+  for (const ns::Value& element : value.array()) {
+    if (element.isString()) {
+      values.push_back(element.string());
+    } else {
+      ++losses.values;
+    }
+  }
+  return values;
+}
+
+void appendCount(std::string& text, uint64_t count, std::string_view noun, std::string_view more) {
+  if (!text.empty()) text += ", ";
+  text += std::to_string(count) + " ";
+  text += noun;
+  if (count != 1) text += 's';
+  text += more;
+}
+
+}  // namespace
+
+ItemContent contentOfItem(const OLNode& item) {
+  ItemContent content;
+  const auto data = item.data();
+  if (!data) return content;
+  for (const auto& [key, value] : data->entries()) {
+    const ns::String name = key.string();
+    if (name == "title" && isText(value)) {
+      content.title = value;
+    } else if (name == "note" && isText(value)) {
+      content.note = value;
+    } else if (name == "checkStatus") {
+      content.isChecked = value.boolValue();
+    } else if (name == "showCheckState") {
+      content.showsCheck = value.boolValue();
+    } else {
+      ++content.otherValues;
+    }
+  }
+  return content;
+}
+
+uint64_t countOfAttributes(const ns::Value& text) {
+  if (text.kind() != ns::Kind::attributedString) return 0;
+  const ns::AttributedString rich(text);
+  uint64_t count = 0;
+  for (size_t i = 0; i < rich.runCount(); ++i) count += rich.runAttributes(i).count();
+  return count;
+}
+
+std::string_view Utf8Text::of(const ns::String& string, Losses& losses) {
+  if (string.isAscii()) {
+    kept_ = string;
+    return kept_.ascii();
+  }
+  losses.characters += countUnpaired(string.wide());
+  bytes_.clear();
+  string.appendUtf8To(bytes_);
+  return bytes_;
+}
+
+std::string_view Utf8Text::of(const ns::Value& text, Losses& losses) {
+  if (text.isString()) return of(text.string(), losses);
+  if (text.kind() == ns::Kind::attributedString) {
+    return of(ns::AttributedString(text).string(), losses);
+  }
+  return {};
+}
+
+const std::vector<PropertyKey>& propertyKeys() {
+  static const std::vector<PropertyKey> kKeys = {
+      {"title", false},   {"authors", true},  {"organizations", true}, {"copyright", false},
+      {"subject", false}, {"keywords", true}, {"comment", false}};
+  return kKeys;
+}
+
+std::vector<Property> propertiesOfDocument(const OLDataManager& document, Losses& losses) {
+  std::vector<Property> properties;
+  const std::shared_ptr<OLNode> root = document.rootItem();
+  const auto data = root ? root->data() : std::nullopt;
+  if (!data) return properties;
+  const ns::Value all = data->objectForKey(kProperties);
+  losses.values += data->count() - (all.isDictionary() ? 1 : 0);
+  if (!all.isDictionary()) return properties;
+  const ns::Dictionary dictionary = all.dictionary();
+  size_t known = 0;
+  for (const PropertyKey& key : propertyKeys()) {
+    const ns::Value value = dictionary.objectForKey(key.key);
+    if (key.isList ? !value.isArray() : !value.isString()) continue;
+    properties.push_back({key.key, key.isList, propertyValues(value, key.isList, losses)});
+    ++known;
+  }
+  losses.values += dictionary.count() - known;
+  return properties;
+}
+
+void setPropertiesOfDocument(OLDataManager& document, const std::vector<Property>& properties) {
+  if (properties.empty()) return;
+  ns::Dictionary dictionary;
+  for (const Property& property : properties) {
+    const ns::Value key = ns::String(property.key);
+    if (!property.isList) {
+      dictionary.setObjectForKey(property.values.front(), key);
+      continue;
+    }
+    ns::Array list;
+    for (const ns::String& value : property.values) list.append(value);
+    dictionary.setObjectForKey(list, key);
+  }
+  document.setObjectValueForKey(dictionary, kProperties);
+}
+
+std::string describeLosses(const Losses& losses, std::string_view whereTo,
+                           std::string_view ofText) {
+  std::string text;
+  if (losses.attributes > 0) appendCount(text, losses.attributes, "attribute", ofText);
+  if (losses.values > 0) appendCount(text, losses.values, "value", "");
+  if (losses.characters > 0) appendCount(text, losses.characters, "character", "");
+  const size_t comma = text.rfind(", ");
+  if (comma != std::string::npos) text.replace(comma, 2, " and ");
+  const bool isOne = losses.attributes + losses.values + losses.characters == 1;
+  text += isOne ? " has no place in " : " have no place in ";
+  text += whereTo;
+  return text;
+}
+
+}  // namespace tavlin

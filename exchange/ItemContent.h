@@ -1,0 +1,69 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "exchange/Exchange.h"
+#include "platform/foundation/String.h"
+#include "platform/foundation/Value.h"
+
+namespace tavlin {
+
+/// What simple formats take of an item, read in one go.
+struct ItemContent {
+  ns::Value title;  ///< A string, attributed text, or none.
+  ns::Value note;   ///< The same.
+  bool isChecked = false;
+  bool showsCheck = true;
+  uint64_t otherValues = 0;  ///< Entries of the item beside these.
+};
+
+/// Raises nothing: a title that is no text counts among the other values.
+[[nodiscard]] ItemContent contentOfItem(const OLNode& item);
+
+/// How many attributes the runs of a title or note have, each for itself; 0 for plain text.
+[[nodiscard]] uint64_t countOfAttributes(const ns::Value& text);
+
+/// The UTF-8 of strings, in storage that is used again and again.
+class Utf8Text {
+ public:
+  /// Valid until the next call.  An unpaired surrogate becomes U+FFFD and is counted.
+  [[nodiscard]] std::string_view of(const ns::String& string, Losses& losses);
+  /// The same for a value: a string, attributed text, or none, which is empty.
+  [[nodiscard]] std::string_view of(const ns::Value& text, Losses& losses);
+
+ private:
+  ns::String kept_;
+  std::string bytes_;
+};
+
+/// A descriptive field of a document.
+struct Property {
+  std::string_view key;  ///< "title", "authors", ...
+  bool isList;
+  std::vector<ns::String> values;  ///< One, where it is no list.
+};
+
+/// The keys in their usual order.
+struct PropertyKey {
+  std::string_view key;
+  bool isList;
+};
+[[nodiscard]] const std::vector<PropertyKey>& propertyKeys();
+
+/// The properties that a document has, in the usual order.  What is no property, or of another
+/// kind than its key asks for, and every other value of the document counts among `losses.values`.
+[[nodiscard]] std::vector<Property> propertiesOfDocument(const OLDataManager& document,
+                                                         Losses& losses);
+/// Makes them the properties of a document; none makes no dictionary.
+void setPropertiesOfDocument(OLDataManager& document, const std::vector<Property>& properties);
+
+/// "12 attributes of text and 1 value have no place in opml": what was left out, in words.
+/// `whereTo` is "opml"; `ofText` follows the attributes.
+[[nodiscard]] std::string describeLosses(const Losses& losses, std::string_view whereTo,
+                                         std::string_view ofText = " of text");
+
+}  // namespace tavlin
