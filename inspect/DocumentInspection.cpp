@@ -55,6 +55,7 @@ class Inspector {
     values_.passReference(controller_);
     for (const auto& entry : archive_->otherTopEntries()) values_.passTop(entry.second);
     while (const uint32_t object = values_.takeObject()) passObject(object);
+    values_.passLinks();
     if (const uint64_t count = values_.unmetCount(); count > 0) {
       findings_.add({{},
                      FindingCode::unused,
