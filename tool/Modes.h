@@ -6,7 +6,6 @@
 #include <vector>
 
 #include "document/OLDataManager.h"
-#include "platform/foundation/Array.h"
 
 namespace tavlin {
 
@@ -32,10 +31,6 @@ int writeKeywords(const std::string& path, const std::optional<std::vector<ns::S
 /// The document of a file, loaded; none, with "fail: open document" logged, when it cannot be
 /// read or loaded.
 std::shared_ptr<OLDataManager> openDocument(const std::string& file);
-
-/// The keywords with every control, format, and line or paragraph separating character replaced
-/// by a space; a surrogate pair by one.  Nothing is trimmed or dropped.
-ns::Array sanitizeKeywords(const std::vector<ns::String>& keywords);
 
 /// The file that a path names, with the tilde expanded; none, with "fail: file path" logged, for
 /// an empty path.
