@@ -33,6 +33,21 @@ uint64_t indexOf(const std::shared_ptr<OLNode>& node) {
   return static_cast<uint64_t>(node->parent()->indexOfChild(node.get()));
 }
 
+/// Whether a title or note says that already; none says what an empty text says.
+bool saysText(const ns::Value& former, const ns::String& text) {
+  if (former.isNone()) return text.empty();
+  if (former.isString()) return former.string() == text;
+  return former.kind() == ns::Kind::attributedString &&
+         ns::AttributedString(former).string() == text;
+}
+
+/// What is stored for a text: rich in the place of rich text, none for an empty note.
+ns::Value textInPlaceOf(const ns::Value& former, const ns::String& text, bool isNote) {
+  if (isNote && text.empty()) return {};
+  if (former.kind() != ns::Kind::attributedString) return ns::Value(text);
+  return textReplacing(ns::AttributedString(former), text).asValue();
+}
+
 OLNodeList inDocumentOrder(const OLNodeList& items) {
   std::vector<std::pair<std::vector<uint64_t>, std::shared_ptr<OLNode>>> placed;
   placed.reserve(items.size());
@@ -145,46 +160,29 @@ std::shared_ptr<OLNode> DocumentEditor::add(const ItemContent& content, const It
   return node;
 }
 
-bool DocumentEditor::setText(const std::shared_ptr<OLNode>& node, const char* key,
-                             const std::optional<ns::String>& text) {
-  if (!text) return false;
-  const ns::Value former = OLTree::objectValueForKeyByItem(key, node);
-  const bool isRich = former.kind() == ns::Kind::attributedString;
-  if ((former.isNone() || former.isString() || isRich) &&
-      OLTree::stringForKeyByItem(key, node) == *text)
-    return false;
-  ns::Value given(*text);
-  if (text->empty() && std::string_view(key) == "note") {
-    given = {};
-  } else if (isRich) {
-    given = textReplacing(ns::AttributedString(former), *text).asValue();
-  }
-  controller_->setObjectValueForKeyByItem(given, key, node);
-  return true;
-}
-
 bool DocumentEditor::set(const std::shared_ptr<OLNode>& node, const ItemContent& content) {
-  bool hasChanged = false;
-  ns::String name = SNUIString::edit();
-  const auto edit = [&] {
-    hasChanged = setText(node, "title", content.title);
-    if (setText(node, "note", content.note)) {
-      if (!hasChanged) name = SNUIString::editNote();
-      hasChanged = true;
+  std::vector<std::pair<const char*, ns::Value>> values;
+  for (const auto& [key, text] : {std::pair("title", &content.title), {"note", &content.note}}) {
+    const ns::Value former = OLTree::objectValueForKeyByItem(key, node);
+    if (*text && !saysText(former, **text)) {
+      values.emplace_back(key, textInPlaceOf(former, **text, text == &content.note));
     }
-    const bool was = OLTree::objectValueForKeyByItem("checkStatus", node).boolValue();
-    if (content.isChecked.value_or(was) != was) {
-      controller_->setObjectValueForKeyByItem(*content.isChecked, "checkStatus", node);
-      if (!hasChanged) name = SNUIString::toggleCheckState();
-      hasChanged = true;
+  }
+  const bool isChecked = OLTree::objectValueForKeyByItem("checkStatus", node).boolValue();
+  if (content.isChecked.value_or(isChecked) != isChecked) {
+    values.emplace_back("checkStatus", !isChecked);
+  }
+  if (values.empty()) return false;
+  const std::string_view first = values.front().first;
+  const ns::String name = first == "title"  ? SNUIString::edit()
+                          : first == "note" ? SNUIString::editNote()
+                                            : SNUIString::toggleCheckState();
+  perform(name, [&] {
+    for (const auto& [key, value] : values) {
+      controller_->setObjectValueForKeyByItem(value, key, node);
     }
-  };
-  manager_->beginUndoGrouping();
-  edit();
-  if (hasChanged) manager_->setActionName(name);
-  manager_->endUndoGrouping();
-  if (hasChanged) ++changes_;
-  return hasChanged;
+  });
+  return true;
 }
 
 OLNodeList DocumentEditor::move(const OLNodeList& items, const ItemPlace& place) {

@@ -104,8 +104,6 @@ class DocumentEditor {
   [[nodiscard]] Target targetOf(const ItemPlace& place) const;
   [[nodiscard]] OLNodeList topsOf(const OLNodeList& items) const;
   void checkNotInside(const OLNodeList& items, const ItemPlace& place) const;
-  bool setText(const std::shared_ptr<OLNode>& item, const char* key,
-               const std::optional<ns::String>& text);
   /// Does an edit as one undo group of that name; what it did is taken back where it raises.
   void perform(const ns::String& actionName, const std::function<void()>& edit);
 
