@@ -144,7 +144,8 @@ class TextReader {
 }  // namespace
 
 Losses exportText(const ExportSource& source, const TextSink& sink) {
-  checkIndentation(source, 1, "text");
+  constexpr uint64_t kMostIndentation = uint64_t{1} << 30;
+  checkIndentation(source, 1, kMostIndentation, "text");
   TextWriter writer(sink);
   const auto root = source.document->rootItem();
   for (const Property& property : propertiesOfDocument(*source.document, writer.losses)) {
