@@ -21,13 +21,13 @@ endfunction()
 get_property(components GLOBAL PROPERTY TAVLIN_COMPONENTS)
 tavlin_library(libtavlin tavlin ${components})
 set_target_properties(libtavlin PROPERTIES OUTPUT_NAME tavlin)
-target_link_libraries(libtavlin INTERFACE expat ${CMAKE_DL_LIBS})
+target_link_libraries(libtavlin INTERFACE expat unistring ${CMAKE_DL_LIBS})
 set(folders document model platform text ui)
 # How the library is made inside; no header above needs these.
 set(private_headers
   document/ContainerRewriting.h document/ItemCircles.h document/ItemCount.h
   document/NodeDataTransform.h
-  model/CircleGuard.h
+  model/CircleGuard.h model/EditScope.h model/EditSteps.h
   model/runtime/CheckStatePass.h model/runtime/ChildPlaces.h model/runtime/ItemLevels.h
   model/runtime/PointerScope.h model/runtime/SubtreeItems.h model/runtime/UpwardRefresh.h
   model/scan/WalkGuard.h
@@ -41,8 +41,9 @@ set(private_headers
   platform/foundation/FileReading.h platform/foundation/FileSteps.h
   platform/foundation/SignalGuard.h platform/foundation/StringBody.h
   platform/text/AttributedStringBody.h platform/text/LinkAscii.h platform/text/LinkHost.h
-  platform/text/LinkScanner.h platform/text/LinkTables.h platform/text/LinkText.h
-  platform/text/LinkURL.h platform/text/LinkUtf16.h)
+  platform/text/LinkNames.h platform/text/LinkScanner.h platform/text/LinkTables.h platform/text/LinkText.h
+  platform/text/LinkURL.h platform/text/LinkUtf16.h platform/text/LoadedLibrary.h
+  text/FoldedText.h)
 set(drawing_headers platform/drawing/ ui/BezierPathHelpers.h ui/GradientHelpers.h
   ui/ImageHelpers.h ui/ShadowHelpers.h)
 set(excluded ${private_headers})

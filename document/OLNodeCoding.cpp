@@ -197,7 +197,7 @@ void OLNode::initWithCoder(ns::Coder& coder) {
 }
 
 void OLNode::readArchived(ns::KeyedUnarchiver& unarchiver) {
-  parent_ = parentFrom(unarchiver.decodeReferenceForKey(kParentKey));
+  parent_ = parentFrom(unarchiver.decodeParentForKey(kParentKey));
   if (hasData_) setData(std::nullopt);
   const ns::FieldReader fields = unarchiver.fields();
   if (unarchiver.isLazy()) {
@@ -250,9 +250,10 @@ void OLNode::loadArchivedChildren() const {
 }
 
 std::optional<ns::Value> OLNode::archivedValueForKey(std::string_view key, Wanted wanted) const {
-  // Who reads one item after another asks each for a value or two.  Who comes back again and again
-  // is better off with all of them decoded.
-  constexpr uint8_t kMostReads = 4;
+  // Who goes through all items asks each for some values: printing an outline with its check marks
+  // takes about eight, in a third of the time and half of the memory that decoding takes.  Who
+  // comes back again and again is better off with all of them decoded.
+  constexpr uint8_t kMostReads = 16;
   if (archivedReads_ == kMostReads) return std::nullopt;
   ++archivedReads_;
   const ns::KeyedArchive& archive = *archived_.archive;

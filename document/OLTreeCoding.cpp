@@ -63,6 +63,10 @@ void OLTreeController::encodeWithCoder(ns::Coder& coder) const {
 void OLTreeController::initWithCoder(ns::Coder& coder) {
   checkKeyedCoding(coder, "coder not allow keyed coding");
   tree_ = decode<OLTree>(coder, kTreeKey, "the tree of a tree controller is not an OLTree");
+  // data that stays in the archive owns nothing, and would be the owner of what it names
+  if (const auto* unarchiver = dynamic_cast<ns::KeyedUnarchiver*>(&coder)) {
+    company_ = unarchiver->company();
+  }
 }
 
 }  // namespace tavlin

@@ -3,6 +3,7 @@
 // callers rely on what it leaves alone.
 
 #include <algorithm>
+#include <span>
 #include <unordered_map>
 #include <unordered_set>
 #include <utility>
@@ -79,12 +80,14 @@ class Places {
     std::ranges::sort(places_);
   }
 
-  [[nodiscard]] auto of(const OLNode* child) const {
-    return std::ranges::equal_range(places_, child, {}, &Place::first);
+  using Place = std::pair<const OLNode*, size_t>;
+  [[nodiscard]] std::span<const Place> of(const OLNode* child) const {
+    const auto begin = std::lower_bound(places_.begin(), places_.end(), Place(child, 0));
+    const auto isOfAnother = [child](const Place& place) { return place.first != child; };
+    return {begin, std::find_if(begin, places_.end(), isOfAnother)};
   }
 
  private:
-  using Place = std::pair<const OLNode*, size_t>;
   std::vector<Place> places_;
 };
 

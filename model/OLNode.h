@@ -19,6 +19,8 @@ class KeyedUnarchiver;
 
 namespace tavlin {
 
+class EditSteps;
+
 /// Posted on the default notification centre after each change of a children list, with the
 /// node whose list changed as object.
 inline constexpr std::string_view OLNodeDidChangeChildrenCountNotification =
@@ -240,6 +242,7 @@ class OLNode : public ns::Object {
   static void fixFontAttributesInArray(ns::Array& array);
 
  private:
+  friend class EditSteps;
   friend class OLTree;
   friend class CheckStatePass;
   friend class SubtreeItems;
@@ -253,9 +256,13 @@ class OLNode : public ns::Object {
   OLNodeList& editChildren();
   std::shared_ptr<OLNode> self();
   void postDidChangeChildrenCount();
+  /// Takes every entry of a node out of the list and answers where they were, ascending.  `taken`
+  /// becomes the node if there were any.  Posts nothing.
+  std::vector<size_t> takeOut(const OLNode* child, std::shared_ptr<OLNode>& taken);
   /// Takes nodes out of their parents like removeFromParent() on each in order, but passes over
-  /// each parent's list once and posts nothing.  For when nobody observes.
-  static void detachUnobserved(const OLNodeList& items);
+  /// each parent's list once and posts nothing; notes it if there is where.  For when nobody
+  /// observes.
+  static void detachUnobserved(const OLNodeList& items, EditSteps* steps);
   static void dismantle(OLNodeList nodes) noexcept;
   template <class Node, class Visit>
   static void walkBelow(Node& top, Visit visit);

@@ -5,6 +5,7 @@
 #include <unordered_set>
 #include <vector>
 
+#include "model/EditSteps.h"
 #include "model/OLExceptionController.h"
 #include "model/OLNode.h"
 #include "platform/foundation/Exception.h"
@@ -191,16 +192,29 @@ void OLNode::insertItemBeforeSelf(std::shared_ptr<OLNode> item) {
   }
 }
 
+std::vector<size_t> OLNode::takeOut(const OLNode* child, std::shared_ptr<OLNode>& taken) {
+  std::vector<size_t> places;
+  const auto found = std::ranges::find(children(), child, &std::shared_ptr<OLNode>::get);
+  if (found == children().end()) return places;
+  const auto first = static_cast<size_t>(found - children().begin());
+  taken = *found;
+  OLNodeList& list = editChildren();
+  for (size_t place = first; place < list.size(); ++place) {
+    if (list[place] == taken) {
+      places.push_back(place);
+    } else {
+      list[place - places.size()] = std::move(list[place]);
+    }
+  }
+  list.resize(list.size() - places.size());
+  return places;
+}
+
 void OLNode::removeChild(const OLNode* child) {
   if (!child) return;
   // Keeps a node that only this list owned until the list is whole again and has been posted.
   std::shared_ptr<OLNode> removed;
-  const OLNodeList& list = children();
-  const auto found = std::ranges::find(list, child, &std::shared_ptr<OLNode>::get);
-  if (found != list.end()) {
-    removed = *found;
-    std::erase(editChildren(), removed);
-  }
+  takeOut(child, removed);
   postDidChangeChildrenCount();
 }
 
@@ -219,21 +233,36 @@ void OLNode::removeFromParent() {
   }
 }
 
-void OLNode::detachUnobserved(const OLNodeList& items) {
-  std::unordered_map<std::shared_ptr<OLNode>, std::unordered_set<const OLNode*>> removedByParent;
+void OLNode::detachUnobserved(const OLNodeList& items, EditSteps* steps) {
+  std::unordered_map<std::shared_ptr<OLNode>, std::unordered_set<OLNode*>> removedByParent;
   for (const auto& item : items) {
     const auto formerParent = item->parent();
     if (!formerParent) continue;  // so also an item that comes a second time
     item->parent_.reset();
     removedByParent[formerParent].insert(item.get());
   }
-  for (const auto& entry : removedByParent) {
-    const auto& parent = entry.first;
-    const auto isRemoved = [&](const auto& child) { return entry.second.contains(child.get()); };
+  for (const auto& [parent, removed] : removedByParent) {
+    std::vector<EditSteps::Entry> entries;
+    std::unordered_set<OLNode*> unlisted;
+    if (steps) unlisted = removed;
+    size_t kept = 0;
+    size_t place = 0;
+    for (const auto& child : parent->children()) {
+      if (!removed.contains(child.get())) {
+        ++kept;
+      } else if (steps) {
+        entries.push_back({child, place});
+        unlisted.erase(child.get());
+      }
+      ++place;
+    }
     // A parent that lists none of them keeps its list as it is.
-    if (std::ranges::any_of(parent->children(), isRemoved)) {
+    if (kept < place) {
+      const auto isRemoved = [&](const auto& child) { return removed.contains(child.get()); };
       std::erase_if(parent->editChildren(), isRemoved);
     }
+    for (OLNode* item : unlisted) entries.push_back({item->self(), EditSteps::kNoPlace});
+    if (steps) steps->noteRemoval(parent, std::move(entries));
   }
 }
 

@@ -1,5 +1,7 @@
 #include "model/OLTree.h"
 
+#include "model/EditSteps.h"
+
 namespace tavlin {
 
 std::shared_ptr<OLTree> OLTree::create() { return initWithRootItem(nullptr); }
@@ -11,11 +13,15 @@ std::shared_ptr<OLTree> OLTree::initWithRootItem(std::shared_ptr<OLNode> rootIte
 }
 
 void OLTree::setExpandedByItem(bool expanded, const std::shared_ptr<OLNode>& item) {
-  if (item) item->setIsExpanded(expanded);
+  if (!item) return;
+  if (steps_) steps_->noteFlags(item);
+  item->setIsExpanded(expanded);
 }
 
 void OLTree::setExpandWithOutlineStyleByItem(bool flag, const std::shared_ptr<OLNode>& item) {
-  if (item) item->setExpandWithOutlineStyle(flag);
+  if (!item) return;
+  if (steps_) steps_->noteFlags(item);
+  item->setExpandWithOutlineStyle(flag);
 }
 
 bool OLTree::isItemExpanded(const std::shared_ptr<OLNode>& item) const {
@@ -28,7 +34,9 @@ bool OLTree::isItemExpandWithOutlineStyle(const std::shared_ptr<OLNode>& item) c
 
 bool OLTree::setObjectValueForKeyByItem(const ns::Value& value, const ns::Value& key,
                                         const std::shared_ptr<OLNode>& item) {
-  return item && item->setDataForKey(value, key);
+  if (!item) return false;
+  if (steps_ && !key.isNone()) steps_->noteValue(item, key);
+  return item->setDataForKey(value, key);
 }
 
 ns::Value OLTree::objectValueForKey(const ns::Value& key) const {

@@ -14,6 +14,8 @@
 
 namespace tavlin {
 
+class EditSteps;
+
 /// The tree of items of one document: structural edits, walks and queries.
 ///
 ///     auto tree = OLTree::create();
@@ -27,9 +29,10 @@ namespace tavlin {
 /// and no walk returns it.  A none item stands for the root only where an operation says so.
 ///
 /// An edit does not look whether it would put an item into its own subtree; the caller must not
-/// ask for that.  Walks are in document order (an item, then its children's subtrees in order)
-/// and do not look at expansion.  Where parent links lead in a circle a climb ends as if it had
-/// come to an item without parent.
+/// ask for that.  What an edit raises, or an observer of what it posts, leaves done what was done
+/// before; OLTreeController takes that back.  Walks are in document order (an item, then its
+/// children's subtrees in order) and do not look at expansion.  Where parent links lead in a circle
+/// a climb ends as if it had come to an item without parent.
 class OLTree : public ns::Object {
  public:
   /// -init  A tree with a new root.
@@ -245,15 +248,23 @@ class OLTree : public ns::Object {
   void initWithCoder(ns::Coder& coder) override;
 
  private:
+  friend class EditScope;
+
   [[nodiscard]] const std::shared_ptr<OLNode>& itemOrRoot(
       const std::shared_ptr<OLNode>& item) const {
     return item ? item : rootNode_;
   }
 
+  /// The operations of OLNode, noted where an edit is running.
+  void insert(const std::shared_ptr<OLNode>& parent, std::shared_ptr<OLNode> child, uint64_t index);
+  void remove(const std::shared_ptr<OLNode>& parent, const std::shared_ptr<OLNode>& child);
+  void removeFromParent(std::shared_ptr<OLNode> item);
+
   [[nodiscard]] static ns::String textOfValue(const ns::Value& value);
   [[nodiscard]] static bool isNoteKey(const ns::Value& key);
 
   std::shared_ptr<OLNode> rootNode_;
+  EditSteps* steps_ = nullptr;  ///< where the running edit is noted
 };
 
 }  // namespace tavlin

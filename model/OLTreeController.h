@@ -1,7 +1,9 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <memory>
+#include <vector>
 
 #include "model/OLItems.h"
 #include "model/OLNode.h"
@@ -23,6 +25,13 @@ namespace tavlin {
 /// its name and with its results, and call up: OLTreeRuntimeAttributesController keeps derived
 /// attributes current, OLTreeUndoController records every edit.  Refusals (the root, none, not
 /// found) are silent; what the tree raises passes through.
+///
+/// An edit is done or not done.  When something raises in the middle, be it the tree, an observer
+/// of the notifications or what a subclass adds, then the children lists, parent links, flags and
+/// values are as they were before the exception reaches the caller.  What observers edited through
+/// controllers of this tree meanwhile is taken back too.  Each node whose children list was taken
+/// back posts OLNodeDidChangeChildrenCountNotification once more, in the reverse order of the
+/// changes and after all of them; what observers raise by then is logged.
 class OLTreeController : public ns::Object {
  public:
   /// -init  A controller of a new tree.
@@ -70,8 +79,8 @@ class OLTreeController : public ns::Object {
   virtual void insertItemSelected(std::shared_ptr<OLNode> item, std::shared_ptr<OLNode> selected);
   /// -insertItems:selected:  The same for several, in array order from that index on, and answers
   /// true.  False, and nothing moved, when the selected item's parent does not list it.  Raises
-  /// ns::RangeException, with the items deleted, when so many of them came from the same list
-  /// that the index is past its end.
+  /// ns::RangeException when so many of them came from the same list that the index is past its
+  /// end.
   virtual bool insertItemsSelected(OLItems items, std::shared_ptr<OLNode> selected);
 
   /// -moveItem:toParent:atIndex:  Deletes the item from where it is, then inserts it among the
@@ -115,8 +124,18 @@ class OLTreeController : public ns::Object {
  protected:
   /// For the creation operations of subclasses.
   void setTree(std::shared_ptr<OLTree> tree) { tree_ = std::move(tree); }
+  /// Runs an edit that goes through the tree or through other operations of this controller.  When
+  /// it raises, takes back what it has done, as documented for the class, and passes the exception
+  /// on.  May be called by an edit that runs so itself.
+  void allOrNothing(const std::function<void()>& edit);
+  /// Called after an edit was taken back that included finished ones: the nodes whose children or
+  /// values had changed, each once.  For subclasses that keep what depends on these; raises
+  /// nothing.
+  virtual void refreshTakenBack(OLNodeList changed);
 
  private:
+  /// Objects that data in an archive names, kept for the data's sake as long as the document.
+  std::vector<std::shared_ptr<ns::Object>> company_;
   std::shared_ptr<OLTree> tree_;
 };
 

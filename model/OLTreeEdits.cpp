@@ -1,30 +1,63 @@
+#include <algorithm>
+
+#include "model/EditSteps.h"
 #include "model/OLExceptionController.h"
 #include "model/OLTree.h"
 #include "platform/foundation/NotificationCenter.h"
 
 namespace tavlin {
 
+// What is done is noted before it is posted, since observers may raise.
+
+void OLTree::insert(const std::shared_ptr<OLNode>& parent, std::shared_ptr<OLNode> child,
+                    uint64_t index) {
+  if (!child) return;
+  const uint64_t place = std::min(index, parent->countChildren());
+  if (steps_) steps_->noteInsertion(parent, {{child, place}});
+  parent->insertChildAtIndex(std::move(child), place);
+}
+
+void OLTree::remove(const std::shared_ptr<OLNode>& parent, const std::shared_ptr<OLNode>& child) {
+  std::shared_ptr<OLNode> removed;
+  const std::vector<size_t> places = parent->takeOut(child.get(), removed);
+  if (steps_) {
+    std::vector<EditSteps::Entry> entries;
+    for (const size_t place : places) entries.push_back({child, place});
+    if (places.empty()) entries.push_back({child, EditSteps::kNoPlace});
+    steps_->noteRemoval(parent, std::move(entries));
+  }
+  parent->postDidChangeChildrenCount();
+}
+
+void OLTree::removeFromParent(std::shared_ptr<OLNode> item) {
+  const auto parent = item->parent();
+  if (!parent) return;
+  item->parent_.reset();
+  remove(parent, item);
+}
+
 std::shared_ptr<OLNode> OLTree::addItem() {
   auto item = OLNode::create();
-  if (rootNode_) rootNode_->addChild(item);
+  if (rootNode_) insert(rootNode_, item, rootNode_->countChildren());
   return item;
 }
 
 std::shared_ptr<OLNode> OLTree::addChildToItem(const std::shared_ptr<OLNode>& item) {
   if (!item) return addItem();
   auto child = OLNode::create();
-  item->addChild(child);
+  insert(item, child, item->countChildren());
   return child;
 }
 
 void OLTree::addChildToItem(std::shared_ptr<OLNode> child, const std::shared_ptr<OLNode>& item) {
-  if (const auto& parent = itemOrRoot(item)) parent->addChild(std::move(child));
+  if (const auto parent = itemOrRoot(item))
+    insert(parent, std::move(child), parent->countChildren());
 }
 
 std::shared_ptr<OLNode> OLTree::insertChildToItemAtIndex(const std::shared_ptr<OLNode>& item,
                                                          uint64_t index) {
   auto child = OLNode::create();
-  if (item) item->insertChildAtIndex(child, index);
+  if (item) insert(item, child, index);
   return child;
 }
 
@@ -33,7 +66,7 @@ void OLTree::insertChildToItemAtIndex(std::shared_ptr<OLNode> child,
   const auto parent = itemOrRoot(item);
   if (!parent) return;
   deleteItem(child);
-  parent->insertChildAtIndex(std::move(child), static_cast<uint64_t>(index));
+  insert(parent, std::move(child), static_cast<uint64_t>(index));
 }
 
 void OLTree::insertChildrenToItemAtIndex(OLItems children, const std::shared_ptr<OLNode>& item,
@@ -42,6 +75,12 @@ void OLTree::insertChildrenToItemAtIndex(OLItems children, const std::shared_ptr
   if (!parent || children.isNone()) return;
   const OLNodeList items = children.list();  // `children` may be a view of a list that changes
   deleteItems(items);
+  if (steps_) {
+    std::vector<EditSteps::Entry> entries;
+    for (const auto& child : items)
+      entries.push_back({child, static_cast<uint64_t>(index) + entries.size()});
+    steps_->noteInsertion(parent, std::move(entries));
+  }
   parent->insertChildrenAtIndex(items, static_cast<uint64_t>(index));
 }
 
@@ -51,6 +90,12 @@ void OLTree::insertChildrenToItemAtIndexes(OLItems children, const std::shared_p
   if (!parent || children.isNone()) return;
   const OLNodeList items = children.list();
   deleteItems(items);
+  if (steps_ && indexes.count() == items.size()) {
+    std::vector<EditSteps::Entry> entries;
+    size_t next = 0;
+    for (const size_t place : indexes.indexes()) entries.push_back({items[next++], place});
+    steps_->noteInsertion(parent, std::move(entries));
+  }
   parent->insertChildrenAtIndexes(items, indexes);
 }
 
@@ -58,7 +103,9 @@ std::shared_ptr<OLNode> OLTree::addSiblingToItem(const std::shared_ptr<OLNode>& 
   if (isRoot(item)) return nullptr;
   if (!item) OLExceptionController::raiseWithString("can not accept nil");
   auto sibling = OLNode::create();
-  item->insertItemAfterSelf(sibling);
+  if (const auto parent = item->parent()) {
+    insert(parent, sibling, static_cast<uint64_t>(parent->indexOfChild(item.get())) + 1);
+  }
   return sibling;
 }
 
@@ -66,13 +113,15 @@ std::shared_ptr<OLNode> OLTree::insertSiblingToItem(const std::shared_ptr<OLNode
   if (isRoot(item)) return nullptr;
   if (!item) OLExceptionController::raiseWithString("can not accept nil");
   auto sibling = OLNode::create();
-  item->insertItemBeforeSelf(sibling);
+  if (const auto parent = item->parent()) {
+    insert(parent, sibling, static_cast<uint64_t>(parent->indexOfChild(item.get())));
+  }
   return sibling;
 }
 
 bool OLTree::deleteItem(const std::shared_ptr<OLNode>& item) {
   if (!item || isRoot(item)) return false;
-  item->removeFromParent();
+  removeFromParent(item);
   return true;
 }
 
@@ -83,7 +132,7 @@ void OLTree::deleteItems(OLItems items) {
     for (const auto& item : deleted) deleteItem(item);
   } else {
     std::erase_if(deleted, [&](const auto& item) { return !item || isRoot(item); });
-    OLNode::detachUnobserved(deleted);
+    OLNode::detachUnobserved(deleted, steps_);
   }
 }
 
@@ -93,8 +142,8 @@ bool OLTree::makeItemChild(std::shared_ptr<OLNode> item) {
   const int64_t index = indexForItemWithParent(item, parent);
   if (index == 0) return false;
   const auto previous = parent->childAtIndex(static_cast<uint64_t>(index) - 1);
-  item->removeFromParent();
-  if (previous) previous->addChild(std::move(item));
+  removeFromParent(item);
+  if (previous) insert(previous, std::move(item), previous->countChildren());
   return true;
 }
 
@@ -103,8 +152,10 @@ bool OLTree::makeItemParent(std::shared_ptr<OLNode> item) {
   const auto parent = item->parent();
   if (!parent) OLExceptionController::raiseWithString("invalid input");
   if (isRoot(parent)) return false;
-  parent->removeChild(item.get());
-  parent->insertItemAfterSelf(std::move(item));
+  remove(parent, item);
+  if (const auto above = parent->parent()) {
+    insert(above, std::move(item), static_cast<uint64_t>(above->indexOfChild(parent.get())) + 1);
+  }
   return true;
 }
 

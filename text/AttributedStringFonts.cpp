@@ -48,13 +48,19 @@ std::optional<ns::String> replacementFor(const ns::Font& font, const ns::String&
   }
   const ns::FontFace* installed = source.faceNamed(font.fontName());
   const ns::CharacterSet& wanted = installed ? installed->coverage : characters;
+  const ns::FontStyle style =
+      installed ? installed->style : ns::FontStyle::ofFontName(font.fontName());
+  const ns::FontFace* nearest = nullptr;
   for (const ns::FontFace& face : source.faces()) {
-    if (isFamilyNameSuitableForUserDocuments(face.familyName) &&
+    const bool isNearer =
+        !nearest || style.distanceTo(face.style) < style.distanceTo(nearest->style);
+    // what characters a face has takes longest to tell
+    if (isNearer && isFamilyNameSuitableForUserDocuments(face.familyName) &&
         face.coverage.isSupersetOf(wanted)) {
-      return face.postScriptName;
+      nearest = &face;
     }
   }
-  return std::nullopt;
+  return nearest ? std::optional(nearest->postScriptName) : std::nullopt;
 }
 
 /// Fonts in place of others, one object for the same font and name.

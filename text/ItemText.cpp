@@ -62,7 +62,7 @@ void cleanAttributesAsItemText(ns::MutableAttributedString& text) {
 ns::AttributedString cleanedAttributedStringAsItemText(const ns::AttributedString& text) {
   ns::MutableAttributedString cleaned(text);
   cleanAttributesAsItemText(cleaned);
-  return cleaned.copy();
+  return cleaned.copy().immutableCopy();
 }
 
 void removeInterferingAttributes(ns::MutableAttributedString& text) {
@@ -73,7 +73,7 @@ ns::AttributedString attributedStringByRemovingInterferingAttributes(
     const ns::AttributedString& text) {
   ns::MutableAttributedString without(text);
   removeInterferingAttributes(without);
-  return without.copy();
+  return without.copy().immutableCopy();
 }
 
 void appendColorFontForMe(ns::MutableAttributedString& text, const ns::Value& color,
@@ -98,7 +98,7 @@ ns::AttributedString coloredAttributedString(const ns::AttributedString& text,
   colored.removeAttributeRange(ns::kForegroundColorAttributeName, whole);
   colored.addAttributeValueRange(ns::kForegroundColorAttributeName, color, whole);
   colored.fixAttributesInRange(whole);
-  return colored.copy();
+  return colored.copy().immutableCopy();
 }
 
 }  // namespace tavlin

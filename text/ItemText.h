@@ -5,8 +5,9 @@
 #include "platform/text/MutableAttributedString.h"
 
 /// Brings rich text into the form that suits an item.  Operations on a mutable text change it;
-/// those on an immutable one answer a new text.  All cost time in proportion to the runs, and none
-/// divides a text into characters.  Text in which nothing changes keeps its place in its archive.
+/// those on an immutable one answer a new, immutable text, also where theirs was read as a mutable
+/// one.  All cost time in proportion to the runs, and none divides a text into characters.
+/// Immutable text in which nothing changes keeps its place in its archive.
 
 namespace tavlin {
 
@@ -38,20 +39,31 @@ ns::AttributedString coloredAttributedString(const ns::AttributedString& text,
 
 /// Options of comparing strings; may be combined with |.
 enum StringCompareOptions : uint64_t {
-  kCaseInsensitiveSearch = 1,  ///< by the simple case mapping of each character
-  kLiteralSearch = 2,          ///< unit by unit: also inside a character and before its marks
+  /// By Unicode's case folding: "STRASSE" is "straße".
+  kCaseInsensitiveSearch = 1,
+  /// Code point by code point: nothing is equal but what other options say, "ß" is not "ss", and
+  /// an occurrence may lie inside a character and end before its marks.
+  kLiteralSearch = 2,
   kBackwardsSearch = 4,
   kAnchoredSearch = 8,  ///< only at the end of what is left to search
+  kNumericSearch = 64,  ///< no effect: numbers have an order, which a search does not ask for
+  /// What Unicode calls diacritics and puts on another character does not matter: "é" is "e".
+  /// Letters of their own ("ł"), vowel signs and viramas matter.
+  kDiacriticInsensitiveSearch = 128,
+  kWidthInsensitiveSearch = 256,  ///< "Ａ" is "A", "ｶﾞ" is "ガ"
+  kForcedOrderingSearch = 512,    ///< no effect, like kNumericSearch
 };
 
 /// -attributedStringByReplacingOccurrencesOfString:withString:options:range:  Searches for the
 /// target backwards, whatever the options say, in the unchanged text of the range; what replaces
-/// an occurrence takes the attributes of its first character.  Without kLiteralSearch an
-/// occurrence does not end before a combining mark or a joiner, which belong to its last character,
-/// and does not divide a pair of surrogates.  An empty target occurs nowhere.
+/// an occurrence takes the attributes of its first character.  Without kLiteralSearch canonical
+/// equivalents are the same (\u00E9 is e with \u0301), and an occurrence is made of whole
+/// characters as the user sees them, with their marks, joiners and modifiers: Unicode's extended
+/// grapheme clusters; CR LF is two.  A target that is empty, or has only what does not matter,
+/// occurs nowhere.
 ///
-/// Raises RangeException when the range reaches past the end, InvalidArgumentException for other
-/// options.  Linear in the text.
+/// Raises RangeException when a range that is not empty reaches past the end,
+/// InvalidArgumentException for other options; neither for empty text.  Linear in the text.
 ns::AttributedString attributedStringByReplacingOccurrencesOfStringWithStringOptionsRange(
     const ns::AttributedString& text, const ns::String& target, const ns::String& replacement,
     uint64_t options, ns::Range range);

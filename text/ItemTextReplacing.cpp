@@ -1,56 +1,22 @@
-#include <clocale>
-#include <cwctype>
-
 #include <algorithm>
 #include <string>
 #include <vector>
 
 #include "platform/foundation/Exception.h"
-#include "platform/text/LinkTables.h"
+#include "text/FoldedText.h"
 #include "text/ItemText.h"
 
 namespace tavlin {
 
 namespace {
 
-constexpr uint64_t kKnownOptions =
-    kCaseInsensitiveSearch | kLiteralSearch | kBackwardsSearch | kAnchoredSearch;
-
-/// Whether a stretch of a text begins or ends inside a character: between its two units, or before
-/// a mark or a joiner that belongs to it.
-bool dividesACharacter(const std::u16string& text, ns::Range stretch) {
-  const auto dividesPair = [&](size_t at) {
-    return at > 0 && at < text.size() && ns::codePointAt(text, at - 1).length == 2;
-  };
-  if (dividesPair(stretch.location) || dividesPair(stretch.end())) return true;
-  if (stretch.end() == text.size()) return false;
-  const char32_t next = ns::codePointAt(text, stretch.end()).value;
-  constexpr char32_t kJoiner = 0x200D;
-  return next == kJoiner || ns::linkCharacter(next).isMark();
-}
-
-/// The text in lower case, unit for unit: a character keeps its case where the other one would
-/// take another number of units.
-void foldCase(std::u16string& text) {
-  // the mapping of Unicode, whatever locale the program runs in
-  static const locale_t unicode = newlocale(LC_CTYPE_MASK, "C.UTF-8", nullptr);
-  for (size_t at = 0; at < text.size();) {
-    const ns::CodePoint character = ns::codePointAt(text, at);
-    const auto wide = static_cast<wint_t>(character.value);
-    std::u16string lower;
-    ns::appendCodePoint(
-        lower, static_cast<char32_t>(unicode ? towlower_l(wide, unicode) : std::towlower(wide)));
-    const bool isLoneSurrogate = character.value >= 0xD800 && character.value <= 0xDFFF;
-    if (lower.size() == character.length && !isLoneSurrogate) {
-      text.replace(at, character.length, lower);
-    }
-    at += character.length;
-  }
-}
+constexpr uint64_t kKnownOptions = kCaseInsensitiveSearch | kLiteralSearch | kBackwardsSearch |
+                                   kAnchoredSearch | kNumericSearch | kDiacriticInsensitiveSearch |
+                                   kWidthInsensitiveSearch | kForcedOrderingSearch;
 
 /// For each number of units of a target that agree, counted from its end, how many agree still
 /// when the next unit does not: what lets a search go over a text only once.
-std::vector<size_t> agreementsLeft(const std::u16string& reversed) {
+std::vector<size_t> agreementsLeft(const std::u32string& reversed) {
   std::vector<size_t> left(reversed.size(), 0);
   for (size_t at = 1, agree = 0; at < reversed.size(); ++at) {
     while (agree > 0 && reversed[at] != reversed[agree]) agree = left[agree - 1];
@@ -60,32 +26,47 @@ std::vector<size_t> agreementsLeft(const std::u16string& reversed) {
   return left;
 }
 
-/// Occurrences, in ascending order: found from the end, without overlap.
-std::vector<ns::Range> occurrences(const std::u16string& text, std::u16string target,
-                                   uint64_t options, ns::Range range) {
+/// Whether units of a text, from one place on, are whole characters of it.
+bool areWhole(const FoldedText& text, size_t at, size_t length) {
+  return text.begin(at) != FoldedText::kInside && text.end(at + length - 1) != FoldedText::kInside;
+}
+
+ns::Range placeOf(const FoldedText& text, size_t at, size_t length) {
+  return {text.begin(at), text.end(at + length - 1) - text.begin(at)};
+}
+
+/// Occurrences, the last one first: found from the end, without overlap.
+std::vector<ns::Range> occurrences(const FoldedText& text, std::u32string target) {
   std::vector<ns::Range> found;
-  const size_t length = target.size();
-  if (length == 0) return found;
+  const std::u32string& units = text.units();
   std::reverse(target.begin(), target.end());
   const std::vector<size_t> left = agreementsLeft(target);
-  size_t end = range.end();  // of what is left to search
   size_t agree = 0;
-  for (size_t at = range.end(); at > range.location;) {
+  for (size_t at = units.size(); at > 0;) {
     --at;
-    while (agree > 0 && text[at] != target[agree]) agree = left[agree - 1];
-    if (text[at] == target[agree]) ++agree;
-    if ((options & kAnchoredSearch) != 0 && end - at >= length && agree < length) break;
-    if (agree < length) continue;
-    if ((options & kLiteralSearch) == 0 && dividesACharacter(text, {at, length})) {
-      if ((options & kAnchoredSearch) != 0) break;
+    while (agree > 0 && units[at] != target[agree]) agree = left[agree - 1];
+    if (units[at] == target[agree]) ++agree;
+    if (agree < target.size()) continue;
+    if (areWhole(text, at, target.size())) {
+      found.push_back(placeOf(text, at, target.size()));
+      agree = 0;
+    } else {
       agree = left[agree - 1];
-      continue;
     }
-    found.push_back({at, length});
-    end = at;
-    agree = 0;
   }
-  std::reverse(found.begin(), found.end());
+  return found;
+}
+
+/// The same where each has to end where what is left to search ends.
+std::vector<ns::Range> anchoredOccurrences(const FoldedText& text, const std::u32string& target) {
+  std::vector<ns::Range> found;
+  if (!text.endsWithTheRange()) return found;
+  const size_t length = target.size();
+  for (size_t end = text.units().size(); end >= length; end -= length) {
+    const size_t at = end - length;
+    if (text.units().compare(at, length, target) != 0 || !areWhole(text, at, length)) break;
+    found.push_back(placeOf(text, at, length));
+  }
   return found;
 }
 
@@ -94,25 +75,29 @@ std::vector<ns::Range> occurrences(const std::u16string& text, std::u16string ta
 ns::AttributedString attributedStringByReplacingOccurrencesOfStringWithStringOptionsRange(
     const ns::AttributedString& text, const ns::String& target, const ns::String& replacement,
     uint64_t options, ns::Range range) {
+  if (text.length() == 0) return text.immutableCopy();
   if ((options & ~kKnownOptions) != 0) {
     throw ns::InvalidArgumentException("string-compare options that are not supported: " +
                                        std::to_string(options));
   }
+  if (range.length == 0) return text.immutableCopy();
   if (range.location > text.length() || range.length > text.length() - range.location) {
     throw ns::RangeException("range {" + std::to_string(range.location) + ", " +
                              std::to_string(range.length) + "} in an attributed string of " +
                              std::to_string(text.length()) + " units");
   }
-  std::u16string units = text.string().units();
-  std::u16string wanted = target.units();
-  if ((options & kCaseInsensitiveSearch) != 0) {
-    foldCase(units);
-    foldCase(wanted);
-  }
+  const std::u16string wanted = target.units();
+  const std::u32string folded = FoldedText(wanted, {0, wanted.size()}, options).units();
+  if (folded.empty()) return text.immutableCopy();
+  const std::u16string units = text.string().units();
+  const FoldedText searched(units, range, options);
+  std::vector<ns::Range> found = (options & kAnchoredSearch) != 0
+                                     ? anchoredOccurrences(searched, folded)
+                                     : occurrences(searched, folded);
+  std::reverse(found.begin(), found.end());
   ns::MutableAttributedString replaced(text);
-  replaced.replaceCharactersInRangesWithString(occurrences(units, wanted, options, range),
-                                               replacement);
-  return replaced.copy();
+  replaced.replaceCharactersInRangesWithString(found, replacement);
+  return replaced.copy().immutableCopy();
 }
 
 }  // namespace tavlin

@@ -12,20 +12,22 @@ std::optional<std::string> fileForPath(const std::string& path) {
   return ns::expandTildeInPath(path);
 }
 
-std::shared_ptr<OLDataManager> openDocument(const std::string& file) {
+void logFailure(const std::string& file, const std::exception& reason) {
+  const bool isNamed = dynamic_cast<const ns::FileException*>(&reason) != nullptr;
+  ns::log(isNamed ? reason.what() : file + ": " + reason.what());
+}
+
+std::shared_ptr<OLDataManager> openDocument(const std::string& file, ns::FileState* state) {
   std::shared_ptr<OLDataManager> document = OLDataManager::create();
   try {
-    if (document->loadDataRepresentationOfType(ns::readFile(file))) {
-      // The process ends with the document: taking apart a hundred thousand items first would
-      // only cost time.
-      static auto* const kept = new std::vector<std::shared_ptr<OLDataManager>>();
-      kept->push_back(document);
-      return document;
-    }
+    const ns::Data data =
+        state != nullptr ? ns::readFile(file, *state) : ns::readFileOrStream(file);
+    if (document->loadDataRepresentationOfType(data)) return document;
+    ns::log(file + ": there is no document in it");
   } catch (const ns::FileException& exception) {
-    ns::log(exception.what());
+    logFailure(file, exception);
   } catch (const ns::ArchiveException& exception) {
-    ns::log(exception.what());
+    logFailure(file, exception);
   }
   ns::log("fail: open document");
   return nullptr;

@@ -1,6 +1,7 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <system_error>
 
 #include "platform/foundation/Array.h"
 #include "platform/foundation/Dictionary.h"
@@ -21,27 +22,32 @@ std::optional<ns::String> textOf(const ns::Value& keyword) {
   return std::nullopt;
 }
 
-bool print(const std::string& text) {
-  for (size_t at = 0; at < text.size();) {
-    const ssize_t written = ::write(STDOUT_FILENO, text.data() + at, text.size() - at);
+}  // namespace
+
+bool printKeywords(std::string_view text) {
+  while (!text.empty()) {
+    const ssize_t written = ::write(STDOUT_FILENO, text.data(), text.size());
     if (written < 0 && errno == EINTR) continue;
-    if (written < 0) return false;
-    at += static_cast<size_t>(written);
+    if (written < 0) {
+      ns::log("the keywords cannot be printed: " + std::generic_category().message(errno));
+      return false;
+    }
+    text.remove_prefix(static_cast<size_t>(written));
   }
   return true;
 }
 
-}  // namespace
-
-int readKeywords(const std::string& path, std::vector<ns::String>* collector) {
+int readKeywords(const std::string& path, std::vector<ns::String>* collector,
+                 std::shared_ptr<OLDataManager>* opened) {
   const std::optional<std::string> file = fileForPath(path);
   if (!file) return kFailure;
   const std::shared_ptr<OLDataManager> document = openDocument(*file);
   if (!document) return kFailure;
+  if (opened != nullptr) *opened = document;
   const ns::Value properties = document->objectValueForKey("documentProperties");
   if (properties.isNone()) return kSuccess;
   if (!properties.isDictionary()) {
-    ns::log(std::string("the document properties are ") + ns::describe(properties.kind()) +
+    ns::log(*file + ": the document properties are " + ns::describe(properties.kind()) +
             " and not a dictionary");
     return kFailure;
   }
@@ -55,8 +61,8 @@ int readKeywords(const std::string& path, std::vector<ns::String>* collector) {
   for (size_t i = 0; i < keywords.count(); ++i) {
     const std::optional<ns::String> keyword = textOf(keywords[i]);
     if (!keyword) {
-      ns::log("keyword " + std::to_string(i + 1) + " is " + ns::describe(keywords[i].kind()) +
-              " and not a string");
+      ns::log(*file + ": keyword " + std::to_string(i + 1) + " is " +
+              ns::describe(keywords[i].kind()) + " and not a string");
       return kFailure;
     }
     const ns::String escaped = keyword->replacing(comma, escapedComma);
@@ -64,11 +70,7 @@ int readKeywords(const std::string& path, std::vector<ns::String>* collector) {
     if (i > 0) line += ',';
     escaped.appendUtf8To(line);
   }
-  if (!print(line)) {
-    ns::log("the keywords cannot be printed");
-    return kFailure;
-  }
-  return kSuccess;
+  return printKeywords(line) ? kSuccess : kFailure;
 }
 
 }  // namespace tavlin

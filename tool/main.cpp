@@ -3,7 +3,9 @@
 #include <fcntl.h>
 #include <unistd.h>
 
+#include <csignal>
 #include <exception>
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -23,11 +25,11 @@ constexpr std::string_view kUsage =
     "    It writes keywords into file where fullpath.\n\n";
 
 void print(std::string_view text) {
-  // a newline that cannot be printed changes nothing of what was done
+  // what cannot be printed here changes nothing of what was done
   [[maybe_unused]] const ssize_t written = ::write(STDOUT_FILENO, text.data(), text.size());
 }
 
-int write(int argc, char** argv) {
+int write(int argc, char** argv, std::shared_ptr<tavlin::OLDataManager>* opened) {
   std::vector<ns::String> keywords;
   for (int i = 3; i < argc; ++i) {
     const std::optional<ns::String> keyword = ns::String::fromUtf8(argv[i]);
@@ -37,29 +39,34 @@ int write(int argc, char** argv) {
     }
     keywords.push_back(*keyword);
   }
-  return tavlin::writeKeywords(argv[2], keywords);
+  return tavlin::writeKeywords(argv[2], keywords, opened);
 }
 
 /// A standard stream that was closed must not become the document's descriptor: messages would
-/// go into it.
+/// go into it.  Its place is taken by one that refuses what the stream is for.
 void openStandardStreams() {
   for (int stream = STDIN_FILENO; stream <= STDERR_FILENO; ++stream) {
-    if (::fcntl(stream, F_GETFD) == -1 && ::open("/dev/null", O_RDWR) == -1) return;
+    const int flags = stream == STDIN_FILENO ? O_WRONLY : O_RDONLY;
+    if (::fcntl(stream, F_GETFD) == -1 && ::open("/dev/null", flags) == -1) return;
   }
 }
 
-int run(int argc, char** argv) {
-  if (argc < 3) {
-    print(kUsage);
-    return tavlin::kSuccess;
-  }
-  const std::string_view mode = argv[1];
-  if (mode != "-r" && mode != "-w") return tavlin::kSuccess;  // an unknown mode says nothing
-  const bool isReading = mode == "-r";
+/// A pipe that was closed and a limit on the size of files are errors of the write that meets
+/// them: a document that was saved is no failure because its newline was not printed.
+void ignoreSignalsOfWrites() {
+  std::signal(SIGPIPE, SIG_IGN);
+  std::signal(SIGXFSZ, SIG_IGN);
+}
+
+int run(bool isReading, int argc, char** argv) {
+  // The process ends with the document: taking apart a hundred thousand items first would only
+  // cost time.
+  static auto* const opened = new std::shared_ptr<tavlin::OLDataManager>();
+  const std::string path = argv[2];
   try {
-    return isReading ? tavlin::readKeywords(argv[2], nullptr) : write(argc, argv);
+    return isReading ? tavlin::readKeywords(path, nullptr, opened) : write(argc, argv, opened);
   } catch (const std::exception& exception) {
-    ns::log(exception.what());
+    tavlin::logFailure(path, exception);
   }
   ns::log(isReading ? "fail: open document" : "fail: write document");
   return tavlin::kFailure;
@@ -69,7 +76,16 @@ int run(int argc, char** argv) {
 
 int main(int argc, char** argv) {
   openStandardStreams();
-  const int status = run(argc, argv);
-  print("\n");
+  ignoreSignalsOfWrites();
+  if (argc < 3) print(kUsage);
+  const std::string_view mode = argc < 3 ? "" : argv[1];
+  const bool isReading = mode == "-r";
+  int status = tavlin::kSuccess;  // an unknown mode says nothing
+  if (isReading || mode == "-w") status = run(isReading, argc, argv);
+  if (isReading && status == tavlin::kSuccess) {
+    if (!tavlin::printKeywords("\n")) status = tavlin::kFailure;
+  } else {
+    print("\n");
+  }
   return status;
 }

@@ -6,6 +6,18 @@
 
 namespace tavlin {
 
+template <class IsMeant>
+void ChildPlaces::find(const OLNode& parent, size_t count, IsMeant isMeant) {
+  const OLNodeList& children = parent.children();
+  for (size_t i = 0; i < children.size() && count > 0; ++i) {
+    const auto found = indexes_.find(children[i].get());
+    const bool isFirstPlace = found != indexes_.end() && found->second < 0;
+    if (!isFirstPlace || !isMeant(*children[i])) continue;
+    found->second = static_cast<int64_t>(i);
+    --count;
+  }
+}
+
 ChildPlaces::ChildPlaces(OLItems items) {
   struct Wanted {
     size_t count = 0;
@@ -22,17 +34,22 @@ ChildPlaces::ChildPlaces(OLItems items) {
   for (const auto& [parent, wanted] : itemsOfParents) {
     if (wanted.count == 1) {
       indexes_[wanted.last] = parent->indexOfChild(wanted.last);
-      continue;
+    } else {
+      find(*parent, wanted.count,
+           [&, owner = parent](const OLNode& child) { return child.parent().get() == owner; });
     }
-    size_t itemsLeft = wanted.count;
-    const OLNodeList& children = parent->children();
-    for (size_t i = 0; i < children.size() && itemsLeft > 0; ++i) {
-      const auto found = indexes_.find(children[i].get());
-      const bool isFirstPlace = found != indexes_.end() && found->second < 0;
-      if (!isFirstPlace || children[i]->parent().get() != parent) continue;
-      found->second = static_cast<int64_t>(i);
-      --itemsLeft;
-    }
+  }
+}
+
+ChildPlaces::ChildPlaces(OLItems items, const OLNode& parent) {
+  for (const auto& item : items) {
+    if (item) indexes_.try_emplace(item.get(), -1);
+  }
+  if (indexes_.size() == 1) {
+    auto& [item, index] = *indexes_.begin();
+    index = parent.indexOfChild(item);
+  } else {
+    find(parent, indexes_.size(), [](const OLNode&) { return true; });
   }
 }
 

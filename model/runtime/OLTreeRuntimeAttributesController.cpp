@@ -1,5 +1,10 @@
 #include "model/runtime/OLTreeRuntimeAttributesController.h"
 
+#include <exception>
+#include <string>
+
+#include "platform/foundation/Log.h"
+
 namespace tavlin {
 namespace {
 
@@ -42,119 +47,172 @@ void OLTreeRuntimeAttributesController::refreshPlacedItem(const std::shared_ptr<
   buildRuntimeNumberLabelFromItem(item);
 }
 
+void OLTreeRuntimeAttributesController::refreshTakenBack(OLNodeList changed) {
+  try {
+    OLTree::removeDescendantsFromItems(changed);
+    for (const auto& node : changed) {
+      buildRuntimeCheckStateByItem(node);
+      buildRuntimeCheckStateCausedByItem(node);
+    }
+    OLNodeList starts;
+    for (const auto& node : changed) {
+      if (node->countChildren() > 0) starts.push_back(node->childAtIndex(0));
+    }
+    relabelFromItems(starts);
+  } catch (const std::exception& exception) {
+    ns::log(std::string("a refresh failed after an edit was taken back: ") + exception.what());
+  } catch (...) {
+    ns::log("a refresh failed after an edit was taken back");
+  }
+}
+
 bool OLTreeRuntimeAttributesController::setObjectValueForKeyByItem(const ns::Value& value,
                                                                    const ns::Value& key,
                                                                    std::shared_ptr<OLNode> item) {
-  if (!OLTreeController::setObjectValueForKeyByItem(value, key, item)) return false;
-  const ns::String name = key.string();
-  if (name == "checkStatus" || name == "showCheckState") buildRuntimeCheckStateCausedByItem(item);
-  return true;
+  bool isStored = false;
+  allOrNothing([&] {
+    isStored = OLTreeController::setObjectValueForKeyByItem(value, key, item);
+    if (!isStored) return;
+    const ns::String name = key.string();
+    if (name == "checkStatus" || name == "showCheckState") buildRuntimeCheckStateCausedByItem(item);
+  });
+  return isStored;
 }
 
 std::shared_ptr<OLNode> OLTreeRuntimeAttributesController::addItemWithSelected(
     std::shared_ptr<OLNode> selected) {
-  const auto item = OLTreeController::addItemWithSelected(std::move(selected));
-  refreshNewItem(item);
+  std::shared_ptr<OLNode> item;
+  allOrNothing([&] {
+    item = OLTreeController::addItemWithSelected(std::move(selected));
+    refreshNewItem(item);
+  });
   return item;
 }
 
 std::shared_ptr<OLNode> OLTreeRuntimeAttributesController::insertSiblingWithSelected(
     std::shared_ptr<OLNode> selected) {
-  const auto item = OLTreeController::insertSiblingWithSelected(std::move(selected));
-  refreshNewItem(item);
+  std::shared_ptr<OLNode> item;
+  allOrNothing([&] {
+    item = OLTreeController::insertSiblingWithSelected(std::move(selected));
+    refreshNewItem(item);
+  });
   return item;
 }
 
 std::shared_ptr<OLNode> OLTreeRuntimeAttributesController::insertChildToItemAtIndex(
     std::shared_ptr<OLNode> item, uint64_t index) {
-  const auto child = OLTreeController::insertChildToItemAtIndex(std::move(item), index);
-  refreshNewItem(child);
+  std::shared_ptr<OLNode> child;
+  allOrNothing([&] {
+    child = OLTreeController::insertChildToItemAtIndex(std::move(item), index);
+    refreshNewItem(child);
+  });
   return child;
 }
 
 void OLTreeRuntimeAttributesController::insertItemSelected(std::shared_ptr<OLNode> item,
                                                            std::shared_ptr<OLNode> selected) {
-  OLTreeController::insertItemSelected(item, std::move(selected));
-  refreshPlacedItem(item);
+  allOrNothing([&] {
+    OLTreeController::insertItemSelected(item, std::move(selected));
+    refreshPlacedItem(item);
+  });
 }
 
 void OLTreeRuntimeAttributesController::addChildToItem(std::shared_ptr<OLNode> child,
                                                        std::shared_ptr<OLNode> item) {
-  OLTreeController::addChildToItem(child, std::move(item));
-  refreshPlacedItem(child);
+  allOrNothing([&] {
+    OLTreeController::addChildToItem(child, std::move(item));
+    refreshPlacedItem(child);
+  });
 }
 
 void OLTreeRuntimeAttributesController::insertItemToParentAtIndex(std::shared_ptr<OLNode> item,
                                                                   std::shared_ptr<OLNode> parent,
                                                                   int64_t index) {
-  OLTreeController::insertItemToParentAtIndex(item, std::move(parent), index);
-  refreshPlacedItem(item);
+  allOrNothing([&] {
+    OLTreeController::insertItemToParentAtIndex(item, std::move(parent), index);
+    refreshPlacedItem(item);
+  });
 }
 
 bool OLTreeRuntimeAttributesController::insertItemsSelected(OLItems items,
                                                             std::shared_ptr<OLNode> selected) {
   if (items.empty()) return false;
-  const auto first = *items.begin();  // `items` may be a view of a list that changes
-  const bool isDone = OLTreeController::insertItemsSelected(items, std::move(selected));
-  refreshPlacedItem(first);
+  bool isDone = false;
+  allOrNothing([&] {
+    const auto first = *items.begin();  // `items` may be a view of a list that changes
+    isDone = OLTreeController::insertItemsSelected(items, std::move(selected));
+    refreshPlacedItem(first);
+  });
   return isDone;
 }
 
 void OLTreeRuntimeAttributesController::insertItemsToParentAtIndexes(OLItems items,
                                                                      std::shared_ptr<OLNode> parent,
                                                                      const ns::IndexSet& indexes) {
-  OLNodeList starts = items.list();
-  OLTreeController::insertItemsToParentAtIndexes(items, parent, indexes);
-  const auto& refreshed = parent ? parent : treeOrNone().rootItem();
-  buildRuntimeCheckStateByItem(refreshed);
-  buildRuntimeCheckStateCausedByItem(refreshed);
-  filterItemsArrayToBuildRuntimeNumberLabel(starts);
-  relabelFromItems(starts);
+  allOrNothing([&] {
+    OLNodeList starts = items.list();
+    OLTreeController::insertItemsToParentAtIndexes(items, parent, indexes);
+    const auto& refreshed = parent ? parent : treeOrNone().rootItem();
+    buildRuntimeCheckStateByItem(refreshed);
+    buildRuntimeCheckStateCausedByItem(refreshed);
+    filterItemsArrayToBuildRuntimeNumberLabel(starts);
+    relabelFromItems(starts);
+  });
 }
 
 void OLTreeRuntimeAttributesController::deleteItem(std::shared_ptr<OLNode> item) {
-  const auto parent = parentOf(item);
-  const auto next = treeOrNone().nextSiblingByItem(item);
-  OLTreeController::deleteItem(std::move(item));
-  buildCheckStateDescendantsAndAllChildrenFromItem(parent);
-  buildRuntimeNumberLabelFromItem(next);
+  allOrNothing([&] {
+    const auto parent = parentOf(item);
+    const auto next = treeOrNone().nextSiblingByItem(item);
+    OLTreeController::deleteItem(std::move(item));
+    buildCheckStateDescendantsAndAllChildrenFromItem(parent);
+    buildRuntimeNumberLabelFromItem(next);
+  });
 }
 
 void OLTreeRuntimeAttributesController::deleteItems(OLItems items) {
-  OLNodeList parents, nextSiblings;
-  parentsArrayNextSiblingsArrayWithItems(parents, nextSiblings, items);
-  OLTreeController::deleteItems(items);
-  refreshUpwardFromItems(parents);
-  relabelFromItems(nextSiblings);
+  allOrNothing([&] {
+    OLNodeList parents, nextSiblings;
+    parentsArrayNextSiblingsArrayWithItems(parents, nextSiblings, items);
+    OLTreeController::deleteItems(items);
+    refreshUpwardFromItems(parents);
+    relabelFromItems(nextSiblings);
+  });
 }
 
 void OLTreeRuntimeAttributesController::makeItemChild(std::shared_ptr<OLNode> item) {
-  OLTreeController::makeItemChild(item);
-  const auto parent = parentOf(item);
-  buildCheckStateDescendantsAndAllChildrenFromItem(parent);
-  buildRuntimeNumberLabelFromItem(parent);
+  allOrNothing([&] {
+    OLTreeController::makeItemChild(item);
+    const auto parent = parentOf(item);
+    buildCheckStateDescendantsAndAllChildrenFromItem(parent);
+    buildRuntimeNumberLabelFromItem(parent);
+  });
 }
 
 void OLTreeRuntimeAttributesController::makeItemParent(std::shared_ptr<OLNode> item) {
-  const auto parent = parentOf(item);
-  const auto next = treeOrNone().nextSiblingByItem(item);
-  OLTreeController::makeItemParent(item);
-  buildRuntimeCheckStateCausedByItem(parent);
-  buildRuntimeCheckStateCausedByItem(item);
-  buildRuntimeNumberLabelFromItem(item);
-  buildRuntimeNumberLabelFromItem(next);
+  allOrNothing([&] {
+    const auto parent = parentOf(item);
+    const auto next = treeOrNone().nextSiblingByItem(item);
+    OLTreeController::makeItemParent(item);
+    buildRuntimeCheckStateCausedByItem(parent);
+    buildRuntimeCheckStateCausedByItem(item);
+    buildRuntimeNumberLabelFromItem(item);
+    buildRuntimeNumberLabelFromItem(next);
+  });
 }
 
 void OLTreeRuntimeAttributesController::moveItemToParentAtIndex(std::shared_ptr<OLNode> item,
                                                                 std::shared_ptr<OLNode> parent,
                                                                 int64_t index) {
-  const auto formerParent = parentOf(item);
-  const auto next = treeOrNone().nextSiblingByItem(item);
-  OLTreeController::moveItemToParentAtIndex(item, std::move(parent), index);
-  buildCheckStateDescendantsAndAllChildrenFromItem(formerParent);
-  buildRuntimeCheckStateCausedByItem(item);
-  buildRuntimeNumberLabelFromItem(next);
-  buildRuntimeNumberLabelFromItem(item);
+  allOrNothing([&] {
+    const auto formerParent = parentOf(item);
+    const auto next = treeOrNone().nextSiblingByItem(item);
+    OLTreeController::moveItemToParentAtIndex(item, std::move(parent), index);
+    buildCheckStateDescendantsAndAllChildrenFromItem(formerParent);
+    buildRuntimeCheckStateCausedByItem(item);
+    buildRuntimeNumberLabelFromItem(next);
+    buildRuntimeNumberLabelFromItem(item);
+  });
 }
 
 }  // namespace tavlin

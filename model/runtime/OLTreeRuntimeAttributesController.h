@@ -184,6 +184,11 @@ class OLTreeRuntimeAttributesController : public OLTreeController {
   // Editing.  Each operation edits as OLTreeController does and answers its result, then
   // refreshes; when the edit raises, nothing is refreshed.  What is noted is noted before the
   // edit: an item's parent, and its next sibling.
+  //
+  // When a refresh raises the edit is taken back.  Then buildRuntimeCheckStateByItem() and
+  // buildRuntimeCheckStateCausedByItem() run for the nodes whose children or values it had changed,
+  // and labels are made from their first children on; what these raise is logged, and leaves
+  // attributes that have to be built for the whole tree again.
 
   /// -setObjectValue:forKey:byItem:  Where "checkStatus" or "showCheckState" was stored, be it the
   /// same value: buildRuntimeCheckStateCausedByItem().
@@ -245,6 +250,7 @@ class OLTreeRuntimeAttributesController : public OLTreeController {
   /// in which order the flags of many items are refreshed, and one walk refreshes all three.  True
   /// for objects of derived classes; a class that replaces none of them may answer for its own.
   [[nodiscard]] virtual bool mayReplaceCheckStates() const;
+  void refreshTakenBack(OLNodeList changed) override;
 
  private:
   struct LabelRun;

@@ -12,9 +12,8 @@ namespace tavlin {
 /// Walks the subtree of one item in document order and calls its hooks at each node.
 ///
 ///     class Counter : public OLTreeScanner {
-///      protected:
-///       void processInLoop() override { ++descendants; }
 ///      public:
+///       void processInLoop() override { ++descendants; }
 ///       int descendants = 0;
 ///     };
 ///     Counter counter;
@@ -31,6 +30,9 @@ class OLTreeScanner : public ns::Object {
   [[nodiscard]] std::shared_ptr<OLNode> target() const { return target_.lock(); }
   /// How many levels the target is below the item the walk began with.
   [[nodiscard]] int64_t level() const { return level_; }
+  // For whoever calls hooks and steps without a walk, or replaces a step.
+  void setTarget(const std::shared_ptr<OLNode>& target) { target_ = target; }
+  void setLevel(int64_t level) { level_ = level; }
 
   /// -processWithTarget:  Walks the subtree of `item`, the item first, and answers true.  False,
   /// with no hook called, for none and for anything but an OLNode.  Raises OLException:
@@ -47,8 +49,7 @@ class OLTreeScanner : public ns::Object {
   /// -valueOfResult  What the walk brought; none here.
   [[nodiscard]] virtual ns::Value valueOfResult() const { return {}; }
 
- protected:
-  // Hooks, which do nothing here.
+  // Hooks, which do nothing here.  The walk calls them; so may anybody, with any target.
 
   /// -processBeforeLoop  Called once, for the item the walk begins with.
   virtual void processBeforeLoop() {}
@@ -66,9 +67,6 @@ class OLTreeScanner : public ns::Object {
   /// goes up to the parent and answers 1; up from a node without parent there is none.  Raises
   /// OLException "index should be >= 0, but -1." when the parent does not list the target.
   virtual int32_t checkStatusAtNoChildren();
-
-  void setTarget(const std::shared_ptr<OLNode>& target) { target_ = target; }
-  void setLevel(int64_t level) { level_ = level; }
 
  private:
   std::weak_ptr<OLNode> target_;

@@ -4,7 +4,17 @@
 
 namespace tavlin {
 
-ns::Value OLTreeScannerForMetadata::valueOfResult() const { return ns::String(string_); }
+ns::String OLTreeScannerForMetadata::string() const {
+  return ns::String(std::u16string_view(string_));
+}
+
+void OLTreeScannerForMetadata::setString(const ns::String& string) { string_ = string.units(); }
+
+void OLTreeScannerForMetadata::appendString(const ns::String& string) {
+  string.appendUnitsTo(string_);
+}
+
+ns::Value OLTreeScannerForMetadata::valueOfResult() const { return string(); }
 
 void OLTreeScannerForMetadata::processBeforeLoop() { appendNodeString(); }
 

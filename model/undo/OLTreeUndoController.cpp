@@ -3,6 +3,8 @@
 #include <typeinfo>
 #include <unordered_map>
 
+#include "model/runtime/ChildPlaces.h"
+#include "model/undo/PlacedItems.h"
 #include "platform/foundation/NotificationCenter.h"
 
 namespace tavlin {
@@ -59,26 +61,41 @@ bool OLTreeUndoController::isUndoingOrRedoing() const {
   return manager && (manager->isUndoing() || manager->isRedoing());
 }
 
+void OLTreeUndoController::doneAndRecorded(const std::function<void()>& edit) {
+  const auto self = weak_from_this().lock();  // whoever is asked may release the last owner
+  const auto manager = undoManager();
+  const uint64_t registered = manager ? manager->countRegistered() : 0;
+  try {
+    allOrNothing(edit);
+  } catch (...) {
+    if (manager) manager->removeActionsWithTargetSince(this, registered);
+    throw;
+  }
+}
+
 void OLTreeUndoController::groupArraysWithItemsParentsChildrenIndexes(
     OLItems items, OLNodeList& parents, std::vector<OLNodeList>& children,
     std::vector<ns::IndexSet>& indexes) const {
+  const ChildPlaces places(items);
   std::unordered_map<const OLNode*, size_t> positions;
   for (size_t i = 0; i < parents.size(); ++i) positions.emplace(parents[i].get(), i);
+  std::unordered_map<size_t, PlacedItems> groups;
   for (const auto& item : items) {
-    const Place place = placeOf(item);
-    if (!place.parent || place.index < 0) continue;
-    const auto index = static_cast<size_t>(place.index);
-    const auto [entry, isNew] = positions.emplace(place.parent.get(), parents.size());
+    const int64_t place = places.indexOf(item.get());
+    if (place < 0) continue;
+    const auto parent = item->parent();
+    const auto [entry, isNew] = positions.emplace(parent.get(), parents.size());
+    const size_t position = entry->second;
     if (isNew) {
-      parents.push_back(place.parent);
+      parents.push_back(parent);
       children.emplace_back();
       indexes.emplace_back();
     }
-    ns::IndexSet& taken = indexes[entry->second];
-    if (taken.containsIndex(index)) continue;  // the same item again
-    taken.addIndex(index);
-    children[entry->second].push_back(item);
+    const auto [group, isFirst] = groups.try_emplace(position);
+    if (isFirst) group->second.add(children[position], indexes[position]);
+    group->second.add(item, static_cast<size_t>(place));
   }
+  for (auto& [position, group] : groups) group.store(children[position], indexes[position]);
 }
 
 void OLTreeUndoController::requestSelection(const std::shared_ptr<OLNode>& item) const {

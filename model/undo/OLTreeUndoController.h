@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <utility>
 #include <vector>
@@ -20,12 +21,15 @@ namespace tavlin {
 ///     document->undoManager()->undo();          // the item is back, and gets selected
 ///
 /// The edits are those of OLTreeRuntimeAttributesController ("the edit" below), with its results;
-/// what that raises passes through, and an inverse that was recorded before stays.  The inverse of
-/// an edit is recorded with the data source's undo manager as a call of this controller, under the
-/// keyword name as label: with "records deleteItem: item" below, `actionsToUndo().front()->label()`
-/// is "deleteItem:" and its argument is the item.  Where the text says so, the edit then asks the
-/// data source's delegate to select.
-/// Groups and action names are the caller's: nothing here opens or closes a group.
+/// what that raises passes through.  The inverse of an edit is recorded with the data source's undo
+/// manager as a call of this controller, under the keyword name as label: with "records deleteItem:
+/// item" below, `actionsToUndo().front()->label()` is "deleteItem:" and its argument is the item.
+/// Where the text says so, the edit then asks the data source's delegate to select. When something
+/// raises in the middle of an edit, be it the edit, an observer, the undo manager or the delegate,
+/// the tree is as it was before, as OLTreeController says, and what this controller recorded since
+/// then is forgotten: the undo manager offers neither an edit that was not done nor an edit that an
+/// observer made meanwhile.  What could be redone before it recorded is gone. Groups and action
+/// names are the caller's: nothing here opens or closes a group.
 ///
 /// Nothing is recorded without data source, undo manager or tree; the edits work all the same.
 /// An inverse keeps the items that it is about, not the controller: once that is gone, its
@@ -34,8 +38,10 @@ namespace tavlin {
 /// An item's place is its parent and its index there; -1 for an item that its parent does not
 /// list, which comes back as the last child.  Where an inverse would put an item back to its
 /// place and it has no parent, so is the root, already deleted or none, there is nothing to put
-/// back: nothing is recorded and no selection asked for, unless said otherwise.  Recording costs
-/// constant time for each item, apart from finding its index.
+/// back: nothing is recorded and no selection asked for, unless said otherwise.  Several items may
+/// be given in any order; undoing and redoing restore the order that they had in the tree.
+/// Recording costs constant time for each item, apart from sorting several and from passing over
+/// the children of each of their parents once.
 class OLTreeUndoController : public OLTreeRuntimeAttributesController {
  public:
   /// -initWithDataSource:  A controller of a new tree.
@@ -103,12 +109,13 @@ class OLTreeUndoController : public OLTreeRuntimeAttributesController {
 
   /// -groupArraysWithItems:parents:children:indexes:  Groups the items by their parents: adds to
   /// the three lists, for each parent in the order in which the parents first come, the parent, its
-  /// items in array order, and the set of their indexes.
+  /// items in the order of their indexes, and the set of these.  The lists are empty or as an
+  /// earlier call left them; a group that is in them already is added to.
   ///
-  /// insertItems:toParent:atIndexes: with a group restores its items to their old places when they
-  /// were in the order of their indexes; in another order they come back in that one.  Left out:
-  /// none, items without parent, items that their parent does not list, and an item's second time.
-  /// Linear, apart from finding the indexes.
+  /// insertItems:toParent:atIndexes: with a group restores its items to their old places, whatever
+  /// the order in which they were given.  Left out: none, items without parent, items that their
+  /// parent does not list, and an item's second time.  Linear in the items and their siblings,
+  /// apart from sorting.
   void groupArraysWithItemsParentsChildrenIndexes(OLItems items, OLNodeList& parents,
                                                   std::vector<OLNodeList>& children,
                                                   std::vector<ns::IndexSet>& indexes) const;
@@ -141,14 +148,13 @@ class OLTreeUndoController : public OLTreeRuntimeAttributesController {
                                                     bool needSelection);
   /// -moveItems:ofParent:atIndexes:  Moves children of the parent (of the root for none) to the
   /// places of the index set, which count in the list as it is afterwards: deleteItems:, then
-  /// insertItems:toParent:atIndexes:.  Before them records this operation with the items and the
-  /// set of their present indexes.  While undoing or redoing selects each item, first to last.
+  /// insertItems:toParent:atIndexes:.  Before them records this operation with the items, in the
+  /// order of their present indexes, and the set of these.  While undoing or redoing selects each
+  /// item, first to last.
   ///
-  /// Undoing restores the order when the items were in the order of their indexes; in another
-  /// order they come back to those places in that one.  Raises, and then has neither recorded nor
-  /// changed anything, ns::InvalidArgumentException when there are not as many indexes as items or
-  /// an item comes twice, ns::RangeException when the parent does not list an item or an index is
-  /// past the end.
+  /// Raises ns::InvalidArgumentException when there are not as many indexes as items or an item
+  /// comes twice, ns::RangeException when the parent does not list an item or an index is past the
+  /// end.
   virtual void moveItemsOfParentAtIndexes(OLItems items, std::shared_ptr<OLNode> parent,
                                           const ns::IndexSet& newIndexes);
 
@@ -234,9 +240,14 @@ class OLTreeUndoController : public OLTreeRuntimeAttributesController {
           .call(std::forward<Function>(function), std::forward<Arguments>(arguments)...);
     }
   }
+  /// Runs an edit with what it records and asks for, as documented for the class.
+  void doneAndRecorded(const std::function<void()>& edit);
   void recordDeleteItem(const std::shared_ptr<OLNode>& item);
   void recordDeleteItems(OLItems items);
+  void recordInsertItems(OLNodeList items, std::shared_ptr<OLNode> parent, ns::IndexSet indexes);
   void recordDeleteItemWithNoSelection(const std::shared_ptr<OLNode>& item);
+  void recordInsertItemsWithNoSelection(OLNodeList items, std::shared_ptr<OLNode> parent,
+                                        ns::IndexSet indexes);
 
   void requestSelection(const std::shared_ptr<OLNode>& item) const;
   void requestSelectionAfterDeletion(const std::shared_ptr<OLNode>& removed,

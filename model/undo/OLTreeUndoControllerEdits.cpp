@@ -2,8 +2,11 @@
 // operation: before, where it needs what the edit changes; after, where it needs the result.
 
 #include <string>
+#include <unordered_set>
 
+#include "model/runtime/ChildPlaces.h"
 #include "model/undo/OLTreeUndoController.h"
+#include "model/undo/PlacedItems.h"
 #include "platform/foundation/Exception.h"
 
 namespace tavlin {
@@ -31,91 +34,120 @@ void OLTreeUndoController::recordDeleteItems(OLItems items) {
 
 std::shared_ptr<OLNode> OLTreeUndoController::addItemWithSelected(
     std::shared_ptr<OLNode> selected) {
-  const auto item = Super::addItemWithSelected(std::move(selected));
-  recordDeleteItem(item);
+  std::shared_ptr<OLNode> item;
+  doneAndRecorded([&] {
+    item = Super::addItemWithSelected(std::move(selected));
+    recordDeleteItem(item);
+  });
   return item;
 }
 
 std::shared_ptr<OLNode> OLTreeUndoController::insertSiblingWithSelected(
     std::shared_ptr<OLNode> selected) {
-  const auto item = Super::insertSiblingWithSelected(std::move(selected));
-  recordDeleteItem(item);
+  std::shared_ptr<OLNode> item;
+  doneAndRecorded([&] {
+    item = Super::insertSiblingWithSelected(std::move(selected));
+    recordDeleteItem(item);
+  });
   return item;
 }
 
 std::shared_ptr<OLNode> OLTreeUndoController::insertChildToItemAtIndex(std::shared_ptr<OLNode> item,
                                                                        uint64_t index) {
-  const auto child = Super::insertChildToItemAtIndex(std::move(item), index);
-  if (child) recordDeleteItem(child);
+  std::shared_ptr<OLNode> child;
+  doneAndRecorded([&] {
+    child = Super::insertChildToItemAtIndex(std::move(item), index);
+    if (child) recordDeleteItem(child);
+  });
   return child;
 }
 
 void OLTreeUndoController::insertItemSelected(std::shared_ptr<OLNode> item,
                                               std::shared_ptr<OLNode> selected) {
-  Super::insertItemSelected(item, std::move(selected));
-  recordDeleteItem(item);
+  doneAndRecorded([&] {
+    Super::insertItemSelected(item, std::move(selected));
+    recordDeleteItem(item);
+  });
 }
 
 void OLTreeUndoController::addChildToItem(std::shared_ptr<OLNode> child,
                                           std::shared_ptr<OLNode> item) {
-  Super::addChildToItem(child, std::move(item));
-  recordDeleteItem(child);
+  doneAndRecorded([&] {
+    Super::addChildToItem(child, std::move(item));
+    recordDeleteItem(child);
+  });
 }
 
 bool OLTreeUndoController::insertItemsSelected(OLItems items, std::shared_ptr<OLNode> selected) {
   const OLNodeList list = items.list();  // `items` may be a view of a list that changes
-  const bool isDone = Super::insertItemsSelected(list, std::move(selected));
-  recordDeleteItems(list);
+  bool isDone = false;
+  doneAndRecorded([&] {
+    isDone = Super::insertItemsSelected(list, std::move(selected));
+    recordDeleteItems(list);
+  });
   return isDone;
 }
 
 void OLTreeUndoController::insertItemToParentAtIndex(std::shared_ptr<OLNode> item,
                                                      std::shared_ptr<OLNode> parent,
                                                      int64_t index) {
-  recordDeleteItem(item);
-  Super::insertItemToParentAtIndex(item, std::move(parent), index);
-  requestSelection(item);
+  doneAndRecorded([&] {
+    recordDeleteItem(item);
+    Super::insertItemToParentAtIndex(item, std::move(parent), index);
+    requestSelection(item);
+  });
 }
 
 void OLTreeUndoController::insertItemsToParentAtIndexes(OLItems items,
                                                         std::shared_ptr<OLNode> parent,
                                                         const ns::IndexSet& indexes) {
   const OLNodeList list = items.list();
-  recordDeleteItems(list);
-  Super::insertItemsToParentAtIndexes(items.isNone() ? items : OLItems(list), std::move(parent),
-                                      indexes);
-  for (auto item = list.rbegin(); item != list.rend(); ++item) requestSelection(*item);
+  doneAndRecorded([&] {
+    recordDeleteItems(list);
+    Super::insertItemsToParentAtIndexes(items.isNone() ? items : OLItems(list), std::move(parent),
+                                        indexes);
+    for (auto item = list.rbegin(); item != list.rend(); ++item) requestSelection(*item);
+  });
 }
 
 void OLTreeUndoController::deleteItem(std::shared_ptr<OLNode> item) {
-  const Place place = placeOf(item);
-  if (place.parent) {
-    record("insertItem:toParent:atIndex:", &OLTreeUndoController::insertItemToParentAtIndex, item,
-           place.parent, place.index);
-  }
-  Super::deleteItem(item);
-  if (isUndoingOrRedoing()) requestSelectionAfterDeletion(item, place);
+  doneAndRecorded([&] {
+    const Place place = placeOf(item);
+    if (place.parent) {
+      record("insertItem:toParent:atIndex:", &OLTreeUndoController::insertItemToParentAtIndex, item,
+             place.parent, place.index);
+    }
+    Super::deleteItem(item);
+    if (isUndoingOrRedoing()) requestSelectionAfterDeletion(item, place);
+  });
+}
+
+void OLTreeUndoController::recordInsertItems(OLNodeList items, std::shared_ptr<OLNode> parent,
+                                             ns::IndexSet indexes) {
+  record(
+      "insertItems:toParent:atIndexes:",
+      [](OLTreeUndoController& controller, const OLNodeList& kept,
+         const std::shared_ptr<OLNode>& toParent, const ns::IndexSet& places) {
+        controller.insertItemsToParentAtIndexes(kept, toParent, places);
+      },
+      std::move(items), std::move(parent), std::move(indexes));
 }
 
 void OLTreeUndoController::deleteItems(OLItems items) {
   if (items.empty()) return;
   const OLNodeList list = items.list();
-  const Place placeOfFirst = placeOf(list.front());
-  OLNodeList parents;
-  std::vector<OLNodeList> children;
-  std::vector<ns::IndexSet> indexes;
-  groupArraysWithItemsParentsChildrenIndexes(list, parents, children, indexes);
-  for (size_t i = 0; i < parents.size(); ++i) {
-    record(
-        "insertItems:toParent:atIndexes:",
-        [](OLTreeUndoController& controller, const OLNodeList& kept,
-           const std::shared_ptr<OLNode>& parent, const ns::IndexSet& places) {
-          controller.insertItemsToParentAtIndexes(kept, parent, places);
-        },
-        std::move(children[i]), parents[i], std::move(indexes[i]));
-  }
-  Super::deleteItems(list);
-  if (isUndoingOrRedoing()) requestSelectionAfterDeletion(list.front(), placeOfFirst);
+  doneAndRecorded([&] {
+    const Place placeOfFirst = placeOf(list.front());
+    OLNodeList parents;
+    std::vector<OLNodeList> children;
+    std::vector<ns::IndexSet> indexes;
+    groupArraysWithItemsParentsChildrenIndexes(list, parents, children, indexes);
+    for (size_t i = 0; i < parents.size(); ++i) {
+      recordInsertItems(std::move(children[i]), parents[i], std::move(indexes[i]));
+    }
+    Super::deleteItems(list);
+    if (isUndoingOrRedoing()) requestSelectionAfterDeletion(list.front(), placeOfFirst);
+  });
 }
 
 void OLTreeUndoController::makeItemChild(std::shared_ptr<OLNode> item) {
@@ -128,13 +160,15 @@ void OLTreeUndoController::makeItemChildWithNoSelectionAtUndoRedo(std::shared_pt
 
 void OLTreeUndoController::makeItemChildNeedSelectionAtUndoRedo(std::shared_ptr<OLNode> item,
                                                                 bool needSelection) {
-  const Place place = placeOf(item);
-  if (place.parent) {
-    record("moveItem:toParent:atIndex:needSelection:",
-           &OLTreeUndoController::moveItemToParentAtIndexNeedSelection, item, place.parent,
-           place.index, needSelection);
-  }
-  Super::makeItemChild(std::move(item));
+  doneAndRecorded([&] {
+    const Place place = placeOf(item);
+    if (place.parent) {
+      record("moveItem:toParent:atIndex:needSelection:",
+             &OLTreeUndoController::moveItemToParentAtIndexNeedSelection, item, place.parent,
+             place.index, needSelection);
+    }
+    Super::makeItemChild(std::move(item));
+  });
 }
 
 void OLTreeUndoController::makeItemParent(std::shared_ptr<OLNode> item) {
@@ -143,12 +177,14 @@ void OLTreeUndoController::makeItemParent(std::shared_ptr<OLNode> item) {
 
 void OLTreeUndoController::makeItemParentWithUndoRegister(std::shared_ptr<OLNode> item,
                                                           bool undoRegister) {
-  const Place place = placeOf(item);
-  if (undoRegister && place.parent) {
-    record("moveItem:toParent:atIndex:", &OLTreeUndoController::moveItemToParentAtIndex, item,
-           place.parent, place.index);
-  }
-  makeItemParent(std::move(item));
+  doneAndRecorded([&] {
+    const Place place = placeOf(item);
+    if (undoRegister && place.parent) {
+      record("moveItem:toParent:atIndex:", &OLTreeUndoController::moveItemToParentAtIndex, item,
+             place.parent, place.index);
+    }
+    makeItemParent(std::move(item));
+  });
 }
 
 void OLTreeUndoController::moveItemToParentAtIndex(std::shared_ptr<OLNode> item,
@@ -159,35 +195,39 @@ void OLTreeUndoController::moveItemToParentAtIndex(std::shared_ptr<OLNode> item,
 void OLTreeUndoController::moveItemToParentAtIndexNeedSelection(std::shared_ptr<OLNode> item,
                                                                 std::shared_ptr<OLNode> parent,
                                                                 int64_t index, bool needSelection) {
-  const Place place = placeOf(item);
-  record("moveItem:toParent:atIndex:needSelection:",
-         &OLTreeUndoController::moveItemToParentAtIndexNeedSelection, item, place.parent,
-         place.index, needSelection);
-  Super::moveItemToParentAtIndex(item, std::move(parent), index);
-  if (needSelection) requestSelection(item);
+  doneAndRecorded([&] {
+    const Place place = placeOf(item);
+    record("moveItem:toParent:atIndex:needSelection:",
+           &OLTreeUndoController::moveItemToParentAtIndexNeedSelection, item, place.parent,
+           place.index, needSelection);
+    Super::moveItemToParentAtIndex(item, std::move(parent), index);
+    if (needSelection) requestSelection(item);
+  });
 }
 
 namespace {
 
-/// The indexes of different children; raises as documented for moveItems:ofParent:atIndexes:.
-ns::IndexSet checkedIndexes(const OLNodeList& items, const OLNode& parent,
-                            const ns::IndexSet& newIndexes) {
+/// Different children with their places; raises as documented for moveItems:ofParent:atIndexes:.
+PlacedItems checkedPlaces(const OLNodeList& items, const OLNode& parent,
+                          const ns::IndexSet& newIndexes) {
   const std::string operation = "OLTreeUndoController moveItems:ofParent:atIndexes: ";
   if (newIndexes.count() != items.size()) {
     throw ns::InvalidArgumentException(operation + std::to_string(items.size()) + " items for " +
                                        std::to_string(newIndexes.count()) + " indexes");
   }
-  ns::IndexSet indexes;
+  const ChildPlaces places(items, parent);
+  std::unordered_set<const OLNode*> known;
+  PlacedItems placed;
   for (size_t i = 0; i < items.size(); ++i) {
-    const int64_t index = parent.indexOfChild(items[i].get());
-    if (index < 0) {
+    const int64_t place = places.indexOf(items[i].get());
+    if (place < 0) {
       throw ns::RangeException(operation + "item " + std::to_string(i) +
                                " is no child of the parent");
     }
-    if (indexes.containsIndex(static_cast<size_t>(index))) {
+    if (!known.insert(items[i].get()).second) {
       throw ns::InvalidArgumentException(operation + "item " + std::to_string(i) + " comes twice");
     }
-    indexes.addIndex(static_cast<size_t>(index));
+    placed.add(items[i], static_cast<size_t>(place));
   }
   // As many go in as come out, so the list is as long afterwards.
   if (!newIndexes.empty() && newIndexes.lastIndex() >= parent.countChildren()) {
@@ -195,7 +235,7 @@ ns::IndexSet checkedIndexes(const OLNodeList& items, const OLNode& parent,
                              " is past the end of " + std::to_string(parent.countChildren()) +
                              " children");
   }
-  return indexes;
+  return placed;
 }
 
 }  // namespace
@@ -205,17 +245,22 @@ void OLTreeUndoController::moveItemsOfParentAtIndexes(OLItems items, std::shared
   const OLNodeList list = items.list();
   const auto owner = parent ? parent : tree() ? tree()->rootItem() : nullptr;
   if (!owner) return;
-  record(
-      "moveItems:ofParent:atIndexes:",
-      [](OLTreeUndoController& controller, const OLNodeList& kept,
-         const std::shared_ptr<OLNode>& ofParent, const ns::IndexSet& places) {
-        controller.moveItemsOfParentAtIndexes(kept, ofParent, places);
-      },
-      list, parent, checkedIndexes(list, *owner, newIndexes));
-  Super::deleteItems(list);
-  Super::insertItemsToParentAtIndexes(list, std::move(parent), newIndexes);
-  if (!isUndoingOrRedoing()) return;
-  for (const auto& item : list) requestSelection(item);
+  doneAndRecorded([&] {
+    OLNodeList kept;
+    ns::IndexSet places;
+    checkedPlaces(list, *owner, newIndexes).store(kept, places);
+    record(
+        "moveItems:ofParent:atIndexes:",
+        [](OLTreeUndoController& controller, const OLNodeList& moved,
+           const std::shared_ptr<OLNode>& ofParent, const ns::IndexSet& back) {
+          controller.moveItemsOfParentAtIndexes(moved, ofParent, back);
+        },
+        std::move(kept), parent, std::move(places));
+    Super::deleteItems(list);
+    Super::insertItemsToParentAtIndexes(list, std::move(parent), newIndexes);
+    if (!isUndoingOrRedoing()) return;
+    for (const auto& item : list) requestSelection(item);
+  });
 }
 
 // NOLINTEND(performance-unnecessary-value-param)

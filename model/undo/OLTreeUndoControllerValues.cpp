@@ -57,33 +57,41 @@ void OLTreeUndoController::requestSelectionAfterExpansion(
 
 void OLTreeUndoController::setExpandedByItem(bool expanded, std::shared_ptr<OLNode> item) {
   const bool was = tree() && tree()->isItemExpanded(item);
-  Super::setExpandedByItem(expanded, item);
-  if (!item || !tree() || tree()->isRoot(item) || was == expanded) return;
-  requestSelectionAfterExpansion(item);
-  record("setExpanded:byItem:", &OLTreeUndoController::setExpandedByItem, was, item);
+  doneAndRecorded([&] {
+    Super::setExpandedByItem(expanded, item);
+    if (!item || !tree() || tree()->isRoot(item) || was == expanded) return;
+    requestSelectionAfterExpansion(item);
+    record("setExpanded:byItem:", &OLTreeUndoController::setExpandedByItem, was, item);
+  });
 }
 
 void OLTreeUndoController::setExpandWithOutlineStyleByItem(bool flag,
                                                            std::shared_ptr<OLNode> item) {
   const bool was = tree() && tree()->isItemExpandWithOutlineStyle(item);
-  Super::setExpandWithOutlineStyleByItem(flag, item);
-  if (!item || !tree() || was == flag || tree()->isRoot(item)) return;
-  requestSelectionAfterExpansion(item);
-  record("setExpandWithOutlineStyle:byItem:",
-         &OLTreeUndoController::setExpandWithOutlineStyleByItem, !flag, item);
+  doneAndRecorded([&] {
+    Super::setExpandWithOutlineStyleByItem(flag, item);
+    if (!item || !tree() || was == flag || tree()->isRoot(item)) return;
+    requestSelectionAfterExpansion(item);
+    record("setExpandWithOutlineStyle:byItem:",
+           &OLTreeUndoController::setExpandWithOutlineStyleByItem, !flag, item);
+  });
 }
 
 bool OLTreeUndoController::setObjectValueForKeyByItem(const ns::Value& value, const ns::Value& key,
                                                       std::shared_ptr<OLNode> item) {
-  const ItemValue former(objectValueForKeyByItem(key, item));
-  const ItemValue given(value);
-  const bool isStored = Super::setObjectValueForKeyByItem(given.value, key, item);
-  if (!isStored || !differs(given, former)) return false;
-  const bool isEmptyNote = key == ns::Value("note") && former.isEmptyText();
-  record("setObjectValue:forKey:byItem:", &OLTreeUndoController::setObjectValueForKeyByItem,
-         isEmptyNote ? ns::Value() : former.value, key, item);
-  if (isUndoingOrRedoing()) requestSelection(item);
-  return true;
+  bool isDifferent = false;
+  doneAndRecorded([&] {
+    const ItemValue former(objectValueForKeyByItem(key, item));
+    const ItemValue given(value);
+    const bool isStored = Super::setObjectValueForKeyByItem(given.value, key, item);
+    if (!isStored || !differs(given, former)) return;
+    const bool isEmptyNote = key == ns::Value("note") && former.isEmptyText();
+    record("setObjectValue:forKey:byItem:", &OLTreeUndoController::setObjectValueForKeyByItem,
+           isEmptyNote ? ns::Value() : former.value, key, item);
+    if (isUndoingOrRedoing()) requestSelection(item);
+    isDifferent = true;
+  });
+  return isDifferent;
 }
 
 }  // namespace tavlin

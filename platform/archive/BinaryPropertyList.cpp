@@ -16,6 +16,31 @@ constexpr uint64_t kMostObjects = 0xFFFFFF00U;
   throw ArchiveException("binary property list: " + what);
 }
 
+/// What other versions of the format have under a marker that this one does not define.
+const char* otherVersionsName(uint8_t marker) {
+  switch (marker) {
+    case 0x00:
+      return " (null)";
+    case 0x0C:
+    case 0x0D:
+      return " (a URL)";
+    case 0x0E:
+      return " (a UUID)";
+    default:
+      break;
+  }
+  switch (marker >> 4) {
+    case 0x7:
+      return " (a UTF-8 string)";
+    case 0xB:
+      return " (an ordered set)";
+    case 0xC:
+      return " (a set)";
+    default:
+      return "";
+  }
+}
+
 bool fits(uint64_t number, unsigned width) { return width >= 8 || number >> (8 * width) == 0; }
 
 }  // namespace
@@ -82,7 +107,7 @@ void BinaryPropertyList::failObject(uint32_t index, uint64_t offset) const {
        std::string(known ? "the object has an undefined size or does not fit before the offset "
                            "table, marker "
                          : "undefined object, marker ") +
-           marker);
+           marker + (known ? "" : otherVersionsName(base_[offset])));
 }
 
 void BinaryPropertyList::failReference(const uint8_t* at, uint64_t found) const {

@@ -334,6 +334,8 @@ Kind KeyedArchive::kind(uint32_t number) const {
       return Kind::real;
     case Type::data:
       return Kind::data;
+    case Type::date:
+      return Kind::date;
     default:
       return Kind::string;
   }

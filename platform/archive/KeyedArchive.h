@@ -146,8 +146,8 @@ class KeyedArchive : public std::enable_shared_from_this<KeyedArchive> {
   }
   /// The numbers of all fonts, and of some that nothing leads to.
   [[nodiscard]] const std::vector<uint32_t>& fonts() const { return findings_.fonts; }
-  /// The numbers of all objects of classes with an identity that the root leads to, in the order
-  /// they were reached; none while they are a tree.
+  /// The numbers of all objects of classes with an identity that the root leads to otherwise than
+  /// by links to parents, in the order they were reached; none while they are a tree.
   [[nodiscard]] const std::vector<uint32_t>& objectNumbers() const { return findings_.objects; }
   /// A kind of records of which there are many: those of the objects of a tree, and of their lists
   /// of children, with the same keys and the same class.
@@ -175,7 +175,6 @@ class KeyedArchive : public std::enable_shared_from_this<KeyedArchive> {
       case Type::dictionary:
         kind = EntryKind::instance;
         break;
-      case Type::date:
       case Type::uid:
       case Type::array:
         if (number != 0) failEntry(number, object.type);
@@ -325,10 +324,12 @@ class KeyedArchive : public std::enable_shared_from_this<KeyedArchive> {
   /// The object of an identity class that a number stands for: the one that was decoded with
   /// the document while it lives, else one made anew.
   ///
-  /// Making one means making all objects of the archive.  They are added to `company`: while a
-  /// caller keeps them, asking for another of them costs a look-up, and all are of one piece.
+  /// Making one means making those that it owns, as far as they are not there.  They are added to
+  /// `company`: while a caller keeps them, asking for another of them costs a look-up.
   [[nodiscard]] std::shared_ptr<ns::Object> object(
       uint32_t number, std::vector<std::shared_ptr<ns::Object>>& company) const;
+  /// The object that was made for a number, if it lives.
+  [[nodiscard]] std::shared_ptr<ns::Object> liveObject(uint32_t number) const;
   /// Remembers an object for as long as it lives; one that is known and lives stays the one.
   void registerObject(uint32_t number, const std::shared_ptr<ns::Object>& object) const;
 

@@ -42,6 +42,21 @@ class ArchiveChecker {
         checkText(0, entry);
       }
     }
+    checkPending();
+    // what only links lead to was not archived for its own sake; it has to be sound, and is nothing
+    isOwned_ = false;
+    for (const uint32_t number : links_) reach(number);
+    checkPending();
+  }
+
+  KeyedArchive::Findings takeFindings() { return std::move(findings_); }
+  std::vector<bool> takeReached() { return std::move(reached_); }
+
+ private:
+  using Object = KeyedArchive::Object;
+  using Type = KeyedArchive::Type;
+
+  void checkPending() {
     while (!pending_.empty()) {
       const uint32_t number = pending_.back();
       pending_.pop_back();
@@ -51,13 +66,6 @@ class ArchiveChecker {
       checkEntry(number);
     }
   }
-
-  KeyedArchive::Findings takeFindings() { return std::move(findings_); }
-  std::vector<bool> takeReached() { return std::move(reached_); }
-
- private:
-  using Object = KeyedArchive::Object;
-  using Type = KeyedArchive::Type;
 
   void reach(uint32_t number) {
     if (reached_[number]) return;
@@ -82,8 +90,10 @@ class ArchiveChecker {
     }
     const KeyedArchive::Record record = archive_.record(number, entry.object);
     const Kind kind = record.archivedClass->kind();
+    uint32_t link = record.shape->count();
     if (kind == Kind::object) {
-      findings_.objects.push_back(number);
+      if (isOwned_) findings_.objects.push_back(number);
+      link = linkPosition(record);
     } else if (kind == Kind::font) {
       findings_.fonts.push_back(number);
     } else if (kind == Kind::attributedString) {
@@ -95,7 +105,11 @@ class ArchiveChecker {
     for (uint32_t i = 0; i < count; ++i) {
       const Object field = archive_.field(record, i);
       if (field.type == Type::uid) {
-        if (i != record.shape->classPosition()) reach(archive_.target(field));
+        if (i == link) {
+          links_.push_back(archive_.target(field));
+        } else if (i != record.shape->classPosition()) {
+          reach(archive_.target(field));
+        }
       } else if (field.type == Type::array || field.type == Type::dictionary) {
         checkInline(number, field, archive_.fieldIndex(record, i));
       } else if (isMarked(number, field) && kind == Kind::string) {
@@ -103,6 +117,14 @@ class ArchiveChecker {
       }
     }
     checkForm(number, record, kind);
+  }
+
+  /// The position of the field with the link to an object's parent, or how many fields there are.
+  static uint32_t linkPosition(const KeyedArchive::Record& record) {
+    for (const FieldForm& field : record.archivedClass->coding->fields) {
+      if (field.form == FieldForm::Form::parent) return record.shape->find(field.key);
+    }
+    return record.shape->count();
   }
 
   void checkText(uint32_t number, const Object& object) { (void)isMarked(number, object); }
@@ -294,6 +316,8 @@ class ArchiveChecker {
 
   std::vector<bool> reached_;
   std::vector<uint32_t> pending_;
+  std::vector<uint32_t> links_;  // to parents
+  bool isOwned_ = true;          // what is looked at: not only links lead there
 };
 
 KeyedArchive::KeyedArchive(const Data& data, const ClassRegistry& registry, Root root)

@@ -150,6 +150,9 @@ bool ArchiveScan::scanScalar(uint32_t number, const Object& object) {
     case Type::data:
       kind = Kind::data;
       break;
+    case Type::date:
+      kind = Kind::date;
+      break;
     default:
       return false;
   }

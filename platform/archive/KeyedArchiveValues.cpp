@@ -100,6 +100,12 @@ class ArchiveDecoder {
     }
     if (entry.kind == KeyedArchive::EntryKind::null) return true;
     if (entry.kind == KeyedArchive::EntryKind::scalar) {
+      if (entry.object.type == Type::date) {
+        // remembers its form, which is not the one that dates are written in
+        value =
+            ClassedAccess::date(KeyedArchive::scalar(entry.object).date(), origin(number, nullptr));
+        return true;
+      }
       value = archive_.sharedScalar(entry.object);
       if (entry.object.isString()) rewrite(entry.object, transform, value);
       return true;
@@ -363,7 +369,7 @@ bool KeyedArchive::mayChangeAttributedStrings(const ValueTransform& transform) c
 
 Value KeyedArchive::value(uint32_t number, const Entry& found,
                           const ValueTransform* transform) const {
-  if (found.kind == EntryKind::scalar) {
+  if (found.kind == EntryKind::scalar && found.object.type != Type::date) {
     if (!isTextChangedBy(transform, found.object)) return sharedScalar(found.object);
   }
   return ArchiveDecoder(*this, transform).decode(number, found);

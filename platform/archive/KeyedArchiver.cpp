@@ -164,6 +164,12 @@ uint32_t KeyedArchiver::numberOfArchived(uint16_t index, uint32_t original) {
       number = newNumber();  // stays null, and stays an entry of its own
       return number;
     case KeyedArchive::EntryKind::scalar: {
+      if (entry.object.type == KeyedArchive::Type::date) {
+        // an object of its own, like one in a record
+        number = newNumber();
+        entries_[number] = copyScalar(entry.object);
+        return number;
+      }
       const uint32_t place = source.archive->entryIndex(original);
       if (entry.object.text().size() >= kLongText) {
         uint32_t& known = source.textNumbers[place];

@@ -1,5 +1,7 @@
 #include "platform/archive/KeyedUnarchiver.h"
 
+#include "platform/archive/NamedObjects.h"
+
 namespace ns {
 
 KeyedUnarchiver::KeyedUnarchiver(std::shared_ptr<const KeyedArchive> archive)
@@ -13,7 +15,7 @@ Value KeyedUnarchiver::unarchiveObject(const Data& data, const ClassRegistry& re
 Value KeyedUnarchiver::unarchiveObject(const std::shared_ptr<KeyedArchive>& archive,
                                        uint32_t number) {
   KeyedUnarchiver unarchiver(archive);
-  if (!archive->isTree()) unarchiver.makeObjects(archive->objectNumbers());
+  if (!archive->isTree()) unarchiver.makeObjects(number);
   if (std::shared_ptr<ns::Object> object = unarchiver.made(number)) {
     unarchiver.readFields();
     return Value(object);
@@ -22,14 +24,26 @@ Value KeyedUnarchiver::unarchiveObject(const std::shared_ptr<KeyedArchive>& arch
   return archive->value(number);
 }
 
-void KeyedUnarchiver::makeObjects(const std::vector<uint32_t>& numbers) {
+void KeyedUnarchiver::makeObjects(uint32_t root) {
+  const std::vector<uint32_t>& numbers = archive_->objectNumbers();
   places_.resize(archive_->objectCount());
   made_.reserve(numbers.size());
   for (const uint32_t number : numbers) {
-    archive_->registerObject(number, makeObject(number, archive_->record(number)));
+    (void)makeNumbered(number);
     places_[number] = static_cast<uint32_t>(made_.size());
   }
+  if (const uint32_t place = places_[root]) root_ = made_[place - 1].object.get();
   readFields();
+}
+
+KeyedUnarchiver::Objects KeyedUnarchiver::company() const {
+  Objects objects;
+  if (!root_ || reading_ != root_) return objects;
+  for (const uint32_t number : objectsNamedByValues(*archive_)) {
+    const std::shared_ptr<ns::Object>& object = made_[places_[number] - 1].object;
+    if (object.get() != root_) objects.push_back(object);
+  }
+  return objects;
 }
 
 std::shared_ptr<ns::Object> KeyedUnarchiver::makeObject(uint32_t number,
@@ -39,7 +53,7 @@ std::shared_ptr<ns::Object> KeyedUnarchiver::makeObject(uint32_t number,
     fields_ = FieldReader(*archive_, number, record);
     object->initWithCoder(*this);
   } else {
-    made_.push_back({object, {*archive_, number, record}});
+    made_.push_back({object, {*archive_, number, record}, true});
   }
   return object;
 }
@@ -48,21 +62,33 @@ void KeyedUnarchiver::readFields() {
   while (readCount_ < made_.size()) {
     fields_ = made_[readCount_].fields;
     // others may be made meanwhile
-    const std::shared_ptr<ns::Object> object = made_[readCount_++].object;
+    const std::shared_ptr<ns::Object> object = made_[readCount_].object;
+    if (!made_[readCount_++].isNew) continue;
+    reading_ = object.get();
     object->initWithCoder(*this);
   }
 }
 
 std::shared_ptr<ns::Object> KeyedUnarchiver::made(uint32_t number) {
-  if (!archive_->isTree()) {
-    const uint32_t place = places_[number];
-    return place == 0 ? nullptr : made_[place - 1].object;
-  }
+  if (places_.empty()) return makeNumbered(number);
+  const uint32_t place = places_[number];
+  return place == 0 ? nullptr : made_[place - 1].object;
+}
+
+std::shared_ptr<ns::Object> KeyedUnarchiver::makeNumbered(uint32_t number) {
   const KeyedArchive::Entry entry = archive_->entry(number);
   if (entry.kind != KeyedArchive::EntryKind::instance) return nullptr;
   const KeyedArchive::Record record = archive_->record(number, entry.object);
   if (record.archivedClass->kind() != Kind::object) return nullptr;
-  return makeObject(number, record);
+  if (archive_->isTree()) return makeObject(number, record);
+  std::shared_ptr<ns::Object> object = archive_->liveObject(number);
+  if (object) {
+    if (!places_.empty()) made_.push_back({object, {}, false});
+  } else {
+    object = makeObject(number, record);
+    archive_->registerObject(number, object);
+  }
+  return object;
 }
 
 std::shared_ptr<ns::Object> KeyedUnarchiver::referenced(uint32_t number) {
@@ -92,16 +118,22 @@ std::shared_ptr<ns::Object> KeyedUnarchiver::decodeReference(uint32_t number, co
   fields_.failKind(key, archive_->kind(number), "an object of the document");
 }
 
+std::shared_ptr<ns::Object> KeyedUnarchiver::decodeParentForKey(const char* key) {
+  if (isLazy()) return decodeReferenceForKey(key);
+  const uint32_t number = fields_.target(key);
+  if (archive_->kind(number) != Kind::object) return decodeReference(number, key);
+  return places_.empty() ? archive_->liveObject(number) : made(number);
+}
+
 bool KeyedUnarchiver::decodeBoolForKey(const char* key) { return fields_.boolean(key); }
 
 int64_t KeyedUnarchiver::decodeIntegerForKey(const char* key) { return fields_.integer(key); }
 
 std::shared_ptr<void> KeyedUnarchiver::decodeListForKey(const char* key, MakeList make) {
-  // Lists this short are made anew for each owner: cheaper than remembering them all.
-  constexpr uint64_t kShortList = 8;
   const std::vector<uint32_t> elements = fields_.list(key);
-  if (elements.empty()) return nullptr;
   const FieldReader owner = fields_;
+  const uint32_t number = owner.reference(key);
+  if (number == 0 || (isLazy() && elements.empty())) return nullptr;
   const auto at = [&](size_t i) -> std::shared_ptr<ns::Object> {
     std::shared_ptr<ns::Object> object = made(elements[i]);
     if (!object) {
@@ -111,11 +143,9 @@ std::shared_ptr<void> KeyedUnarchiver::decodeListForKey(const char* key, MakeLis
     return object;
   };
   const ElementAt elementAt = std::ref(at);
-  if (isLazy() || elements.size() < kShortList) return make(elements.size(), elementAt);
-  const KeyedArchive::Record record = archive_->record(owner.reference(key));
-  const uint32_t position = record.shape->find("NS.objects");
-  if (position == record.shape->count()) return make(elements.size(), elementAt);
-  std::shared_ptr<void>& shared = lists_[archive_->fieldIndex(record, position)];
+  if (isLazy()) return make(elements.size(), elementAt);
+  // an empty list has an identity, too
+  std::shared_ptr<void>& shared = lists_[number];
   if (!shared) shared = make(elements.size(), elementAt);
   return shared;
 }
@@ -149,16 +179,16 @@ void KeyedArchive::registerObject(uint32_t number,
   if (known.expired()) known = object;
 }
 
+std::shared_ptr<ns::Object> KeyedArchive::liveObject(uint32_t number) const {
+  const auto found = live_.find(number);
+  return found == live_.end() ? nullptr : found->second.lock();
+}
+
 std::shared_ptr<ns::Object> KeyedArchive::object(
     uint32_t number, std::vector<std::shared_ptr<ns::Object>>& company) const {
-  const auto found = live_.find(number);
-  if (found != live_.end()) {
-    if (std::shared_ptr<ns::Object> object = found->second.lock()) return object;
-  }
-  // The object is gone, or nobody but values ever held it: read it again, with those that
-  // belong to it.
+  if (std::shared_ptr<ns::Object> object = liveObject(number)) return object;
+  // The object is gone, or nobody but values ever held it: read it again, with those that it owns.
   KeyedUnarchiver unarchiver(shared_from_this());
-  if (!isTree()) unarchiver.makeObjects(objectNumbers());
   std::shared_ptr<ns::Object> object = unarchiver.made(number);
   unarchiver.readFields();
   for (KeyedUnarchiver::Made& each : unarchiver.made_) company.push_back(std::move(each.object));

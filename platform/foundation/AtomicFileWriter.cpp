@@ -76,7 +76,8 @@ class AtomicFileWriter::NewFile {
   std::string name_;   ///< empty while nobody can see it
 };
 
-AtomicFileWriter::AtomicFileWriter(const std::string& path) : path_(path) {
+AtomicFileWriter::AtomicFileWriter(const std::string& path, const FileState* expected)
+    : path_(path), expected_(expected) {
   locate();
   findOldFile();
 }
@@ -136,14 +137,19 @@ void AtomicFileWriter::findOldFile() {
   oldFile_ = FileHandle(openat(folder_.get(), name_.c_str(), kFlags));
 }
 
-void AtomicFileWriter::write(const DataPieces& content) {
+FileState AtomicFileWriter::write(const DataPieces& content) {
   // A signal that ends the process must not leave a file half on its way, and a limit on the
   // size of files is to be an error.
   const SignalGuard noSignals;
   NewFile file = make(content);
   settle(file);
-  moveIntoPlace(file);
-  if (syncFolder(file)) return;
+  if (expected_ != nullptr) refuseWhatOthersChanged();
+  if (!moveWhereNothingIs(file)) moveIntoPlace(file);
+  struct stat status {};
+  if (fstat(file.descriptor(), &status) != 0) status = {};  // as no file is
+  // After the sync the clock has mostly moved on from the time of the move, so that the state need
+  // not hold the content.
+  if (syncFolder(file)) return {status, FileState::clock(), content};
   const int error = errno;
   takeBack();
   fail("sync the folder of", error);
@@ -231,6 +237,39 @@ void AtomicFileWriter::settle(const NewFile& file) const {
   const int copy = fcntl(file.descriptor(), F_DUPFD_CLOEXEC, 0);
   if (copy < 0) fail("close", errno);
   if ((::close(copy) != 0 && errno != EINTR) || isRefused(FileStep::close)) fail("close", errno);
+}
+
+/// Raises unless the file is the expected one still.
+void AtomicFileWriter::refuseWhatOthersChanged() const {
+  const auto refuse = [this](int error) { throw FileChangedException(path_, error); };
+  struct stat status {};
+  if (fstatat(folder_.get(), name_.c_str(), &status, AT_SYMLINK_NOFOLLOW) != 0) {
+    if (errno != ENOENT) fail("replace", errno);
+    if (expected_->isThere()) refuse(ENOENT);
+    return;
+  }
+  if (!expected_->isThere()) refuse(EEXIST);
+  if (!expected_->matches(status)) refuse(ESTALE);
+  if (!expected_->content()) return;
+  constexpr int kFlags = O_RDONLY | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY;
+  const FileHandle file(openat(folder_.get(), name_.c_str(), kFlags));
+  if (!file.isOpen()) fail("replace", errno);
+  if (!expected_->content()->holds(readOpenFile(file.get(), path_))) refuse(ESTALE);
+}
+
+/// Whether the file is in its place without having replaced another one.  False where it may
+/// replace one, or the file system has no such move.
+bool AtomicFileWriter::moveWhereNothingIs(NewFile& file) const {
+  if (expected_ == nullptr || expected_->isThere()) return false;
+  const int folder = folder_.get();
+  if (isRefused(FileStep::keepOthers) || isRefused(FileStep::rename) ||
+      renameat2(folder, file.name(), folder, name_.c_str(), RENAME_NOREPLACE) != 0) {
+    if (errno == EEXIST) throw FileChangedException(path_, EEXIST);
+    if (errno == EINVAL || errno == ENOSYS) return false;
+    fail("replace", errno);
+  }
+  file.setName("");
+  return true;
 }
 
 void AtomicFileWriter::moveIntoPlace(NewFile& file) const {

@@ -6,6 +6,7 @@
 
 #include "platform/foundation/DataPieces.h"
 #include "platform/foundation/FileHandle.h"
+#include "platform/foundation/FileState.h"
 
 namespace ns {
 
@@ -15,9 +16,11 @@ namespace ns {
 /// allows and a name as long as its file system does.
 class AtomicFileWriter {
  public:
-  /// Follows symbolic links to the file that is to be replaced or made.
-  explicit AtomicFileWriter(const std::string& path);
-  void write(const DataPieces& content);
+  /// Follows symbolic links to the file that is to be replaced or made.  `expected`, if given,
+  /// is what that file has to be like still, and is used until the writing is over.
+  AtomicFileWriter(const std::string& path, const FileState* expected);
+  /// Answers the new file's state.
+  FileState write(const DataPieces& content);
 
  private:
   /// A file on its way to the old one's place.
@@ -33,13 +36,16 @@ class AtomicFileWriter {
   void fill(NewFile& file, const DataPieces& content) const;
   [[nodiscard]] bool giveName(NewFile& file) const;
   void settle(const NewFile& file) const;
+  void refuseWhatOthersChanged() const;
+  [[nodiscard]] bool moveWhereNothingIs(NewFile& file) const;
   void moveIntoPlace(NewFile& file) const;
   [[nodiscard]] bool syncFolder(const NewFile& file) const;
   void takeBack() const;
   [[noreturn]] void fail(const char* operation, int error) const;
 
-  const std::string path_;  ///< as it was given
-  FileHandle folder_;       ///< where the file is, links followed
+  const std::string path_;           ///< as it was given
+  const FileState* const expected_;  ///< may be null
+  FileHandle folder_;                ///< where the file is, links followed
   bool canSyncFolder_ = true;
   std::string name_;  ///< in that folder
   bool isThere_ = false;

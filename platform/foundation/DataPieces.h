@@ -28,6 +28,8 @@ class DataPieces {
   [[nodiscard]] auto begin() const { return pieces_.begin(); }
   [[nodiscard]] auto end() const { return pieces_.end(); }
 
+  /// Whether these are the bytes, in however many pieces.
+  [[nodiscard]] bool holds(const Data& bytes) const;
   /// The bytes in one piece: the only one itself, else a copy of all.
   [[nodiscard]] Data joined() const;
 

@@ -6,6 +6,7 @@
 #include "platform/foundation/Data.h"
 #include "platform/foundation/DataPieces.h"
 #include "platform/foundation/Exception.h"
+#include "platform/foundation/FileState.h"
 
 namespace ns {
 
@@ -16,8 +17,19 @@ class FileException : public Exception {
   FileException(const std::string& operation, const std::string& path, int error);
   [[nodiscard]] int error() const { return error_; }
 
+ protected:
+  FileException(const std::string& reason, int error) : Exception(reason), error_(error) {}
+
  private:
   int error_;
+};
+
+/// A file that is not replaced, because another program has saved, made or removed it since its
+/// state was taken: "replace PATH: another program has changed it meanwhile" (error() is ESTALE),
+/// "… has made it …" (EEXIST), "… has removed it …" (ENOENT).
+class FileChangedException : public FileException {
+ public:
+  FileChangedException(const std::string& path, int error);
 };
 
 /// A path in the file system: bytes, taken as they are (a name need not be UTF-8).
@@ -33,6 +45,13 @@ std::string expandTildeInPath(const std::string& path);
 /// Raises FileException: EISDIR for a folder, EOPNOTSUPP for a FIFO, a device and the like, at
 /// once and without waiting for anybody at its other end.
 Data readFile(const std::string& path);
+/// The same; `state` is then the state of the file that was read, as it was before the first byte
+/// was: what changed while it was read counts as a later change.
+Data readFile(const std::string& path, FileState& state);
+/// The same for what may be read only once, too: what comes out of a pipe (as /dev/stdin may be,
+/// or what a shell puts in place of an argument), a FIFO or a terminal until its end.  Waits for
+/// those who write to it; a FIFO that nobody has opened for writing within a second is empty.
+Data readFileOrStream(const std::string& path);
 
 /// Replaces a file's content so that at every moment the path names either the old content or
 /// the new, whole: a new file is written beside the old one, given its mode, owner and extended
@@ -51,6 +70,15 @@ Data readFile(const std::string& path);
 /// the new group gets no more rights than everybody has.  The extended attributes of a file that
 /// may not be read stay behind too.  Where even the sync of the folder fails, the old content is
 /// put back as a new file, unless it may not be read.
-void writeFileAtomically(const std::string& path, const DataPieces& content);
+///
+/// Answers the state of the new file.
+FileState writeFileAtomically(const std::string& path, const DataPieces& content);
+/// The same, for a file that is to be as it was when `expected` was taken, of this path: raises
+/// FileChangedException where it is not, and leaves what is there.  It looks right before the new
+/// file is moved into place; only what another program does between these two calls to the system
+/// goes unnoticed.  Where nothing is expected, and the file system can move a file without
+/// replacing another, not even that.
+FileState writeFileAtomically(const std::string& path, const DataPieces& content,
+                              const FileState& expected);
 
 }  // namespace ns

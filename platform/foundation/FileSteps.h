@@ -14,6 +14,7 @@ enum class FileStep {
   link,  ///< giving the invisible new file a name
   sync,
   close,
+  keepOthers,  ///< EINVAL: as on a file system that moves no file without replacing others
   rename,
   syncFolder,
 };

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <functional>
 #include <memory>
 #include <tuple>
@@ -29,6 +30,9 @@ class UndoAction {
   /// Whether `object` is the target.  Only the address counts, so that an object that is just
   /// being destroyed can still be asked about.
   [[nodiscard]] bool hasTarget(const Object* object) const { return identity_ == object; }
+  /// Which one it was of all that its manager registered, from 1; 0 before it is registered.
+  [[nodiscard]] uint64_t number() const { return number_; }
+  void setNumber(uint64_t number) { number_ = number; }
 
   [[nodiscard]] virtual size_t argumentCount() const = 0;
   /// The argument at an index (0-based), when there is one and it was kept as exactly a T; none
@@ -52,6 +56,7 @@ class UndoAction {
   std::weak_ptr<Object> target_;
   const Object* identity_;  // never followed
   const char* label_;
+  uint64_t number_ = 0;
 };
 
 /// The action that calls `function` on a T with arguments kept as `Kept`.

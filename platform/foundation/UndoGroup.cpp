@@ -15,9 +15,9 @@ void moveActions(UndoActions& to, UndoActions& from) {
   }
 }
 
-void takeActionsOn(const Object* target, UndoActions& list, UndoActions& taken) {
+void takeActions(const UndoActionsOnTarget& meant, UndoActions& list, UndoActions& taken) {
   for (auto& action : list)
-    if (action->hasTarget(target)) taken.push_back(std::move(action));
+    if (meant.include(*action)) taken.push_back(std::move(action));
   std::erase(list, nullptr);
 }
 
@@ -89,10 +89,10 @@ void OpenUndoGroup::takeAll(UndoActions& taken) {
   name_ = String();
 }
 
-void OpenUndoGroup::takeOn(const Object* target, UndoActions& taken) {
+void OpenUndoGroup::take(const UndoActionsOnTarget& meant, UndoActions& taken) {
   std::vector<Step> kept;
   for (Step& step : steps_) {
-    if (step.action && step.action->hasTarget(target)) {
+    if (step.action && meant.include(*step.action)) {
       taken.push_back(std::move(step.action));
     } else if (step.kind == Step::Kind::end && kept.back().kind == Step::Kind::begin) {
       kept.pop_back();  // the group has become empty

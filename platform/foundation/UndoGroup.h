@@ -17,8 +17,16 @@ using UndoActions = std::vector<std::unique_ptr<UndoAction>>;
 
 /// Moves all actions of one list to the end of another.
 void moveActions(UndoActions& to, UndoActions& from);
-/// Takes the actions on a target out of a list.  Destroys none.
-void takeActionsOn(const Object* target, UndoActions& list, UndoActions& taken);
+/// Which actions are meant: those on a target that were registered after the one of a number.
+struct UndoActionsOnTarget {
+  const Object* target;
+  uint64_t after = 0;
+  [[nodiscard]] bool include(const UndoAction& action) const {
+    return action.hasTarget(target) && action.number() > after;
+  }
+};
+/// Takes these out of a list.  Destroys none.
+void takeActions(const UndoActionsOnTarget& meant, UndoActions& list, UndoActions& taken);
 
 /// A closed group.
 struct UndoGroup {
@@ -57,7 +65,7 @@ class OpenUndoGroup {
   UndoActions takeInner();
   /// Takes out everything that was recorded, names included; groups stay open.
   void takeAll(UndoActions& taken);
-  void takeOn(const Object* target, UndoActions& taken);
+  void take(const UndoActionsOnTarget& meant, UndoActions& taken);
   [[nodiscard]] std::vector<const UndoAction*> lastFirst() const;
 
  private:

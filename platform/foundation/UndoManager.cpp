@@ -47,6 +47,7 @@ std::weak_ptr<Object> UndoManager::weakTarget(Object* target, const char* operat
 
 void UndoManager::record(std::unique_ptr<UndoAction> action) {
   const auto self = keepAlive();
+  action->setNumber(++registered_);
   if (isPerforming()) {
     fresh_.push_back(std::move(action));
     return;
@@ -80,15 +81,21 @@ void UndoManager::removeAllActions() {
   disposal_.dispose(std::move(removed));
 }
 
-void UndoManager::removeAllActionsWithTarget(const Object* target) {
+void UndoManager::removeAllActionsWithTarget(const Object* target) { remove({target}); }
+
+void UndoManager::removeActionsWithTargetSince(const Object* target, uint64_t count) {
+  if (registered_ > count) remove({target, count});
+}
+
+void UndoManager::remove(const UndoActionsOnTarget& meant) {
   const auto self = keepAlive();
-  if (current_ && current_->hasTarget(target)) currentIsRemoved_ = true;
+  if (current_ && meant.include(*current_)) currentIsRemoved_ = true;
   UndoActions removed;
-  open_.takeOn(target, removed);
+  open_.take(meant, removed);
   for (UndoActions* actions : {&running_.actions, &inverse_.actions, &fresh_})
-    takeActionsOn(target, *actions, removed);
+    takeActions(meant, *actions, removed);
   for (auto* stack : {&undo_, &redo_}) {
-    for (UndoGroup& group : *stack) takeActionsOn(target, group.actions, removed);
+    for (UndoGroup& group : *stack) takeActions(meant, group.actions, removed);
     std::erase_if(*stack, [](const UndoGroup& group) { return group.actions.empty(); });
   }
   disposal_.dispose(std::move(removed));

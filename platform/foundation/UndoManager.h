@@ -110,6 +110,12 @@ class UndoManager : public Object {
   /// Forgets every action on one target.  The target may be in destruction.  Linear in the
   /// number of recorded actions.
   void removeAllActionsWithTarget(const Object* target);
+  /// How many actions were registered since the manager was made.
+  [[nodiscard]] uint64_t countRegistered() const { return registered_; }
+  /// Forgets the actions on one target that were registered since countRegistered() answered
+  /// `count`: for an edit that failed after it had recorded how to take it back.  What their
+  /// registration discarded does not come back.  Linear as above.
+  void removeActionsWithTargetSince(const Object* target, uint64_t count);
 
   // Groups
 
@@ -195,6 +201,7 @@ class UndoManager : public Object {
   /// The weak pointer to an object that may be a target; raises as documented above.
   static std::weak_ptr<Object> weakTarget(Object* target, const char* operation);
   void record(std::unique_ptr<UndoAction> action);
+  void remove(const UndoActionsOnTarget& meant);
 
   void refuseWhilePerforming(const char* operation) const;
   void requireBegunGroup() const;
@@ -228,6 +235,7 @@ class UndoManager : public Object {
   size_t innerLevel_ = 0;  // groups that actions have opened
 
   UndoActionDisposal disposal_;
+  uint64_t registered_ = 0;
   size_t levels_ = 0;
   size_t disabled_ = 0;
   bool groupsByEvent_ = true;

@@ -2,7 +2,9 @@
 
 #include <algorithm>
 #include <compare>
+#include <memory>
 #include <set>
+#include <unordered_map>
 
 #include "platform/foundation/Exception.h"
 #include "platform/text/AttributedStringBody.h"
@@ -134,6 +136,22 @@ Value AttributedStringBody::withOrigin(const Ref<const ArchiveOrigin>& origin) c
   return value;
 }
 
+AttributedStringBody* AttributedStringBody::copyForChanges() const {
+  auto copy = std::make_unique<AttributedStringBody>();
+  copy->text = text;
+  copy->archivedClass = archivedClass;
+  copy->otherFields = otherFields;
+  copy->runs.reserve(runs.size());
+  std::unordered_map<uint32_t, uint32_t> places;
+  for (size_t run = 0; run < runs.size(); ++run) {
+    const auto [place, isNew] =
+        places.try_emplace(runs[run].attributes, static_cast<uint32_t>(copy->attributes.size()));
+    if (isNew) copy->attributes.push_back(attributesOf(run));
+    copy->runs.push_back({runs[run].start, place->second});
+  }
+  return copy.release();
+}
+
 bool AttributedStringBody::isEqual(const ValueBody& other) const {
   const auto& that = static_cast<const AttributedStringBody&>(other);
   if (this == &that) return true;
@@ -177,6 +195,18 @@ Value AttributedString::asValue() const { return Value(body_); }
 String AttributedString::string() const { return body().text.withArchivedClass(nullptr); }
 size_t AttributedString::length() const { return body().text.length(); }
 ClassRef AttributedString::archivedClass() const { return body().archivedClass; }
+
+AttributedString AttributedString::immutableCopy() const {
+  constexpr const char* kMutable = "NSMutableAttributedString";
+  const ClassRef& read = body().archivedClass;
+  if (!read || (read->name != kMutable && !read->inheritsFrom(kMutable))) return *this;
+  AttributedStringBody* const copy = body().copyForChanges();
+  AttributedString result{Ref<const ValueBody>(copy)};
+  copy->text = copy->text.withArchivedClass(nullptr);
+  copy->archivedClass = nullptr;
+  return result;
+}
+
 size_t AttributedString::runCount() const { return body().runs.size(); }
 
 Range AttributedString::runRange(size_t run) const {

@@ -73,6 +73,10 @@ class AttributedString {
 
   /// "NSAttributedString" or what the archive said; none for text made here.
   [[nodiscard]] ClassRef archivedClass() const;
+  /// -copy  The same text as an immutable one: text that was read as NSMutableAttributedString, or
+  /// as a class derived from it, is archived as NSAttributedString; any other is this very text.
+  /// Costs time in proportion to the runs.
+  [[nodiscard]] AttributedString immutableCopy() const;
 
  private:
   friend class MutableAttributedString;

@@ -36,6 +36,10 @@ class AttributedStringBody final : public ArchivableBody {
   [[nodiscard]] ClassRef classForArchiver() const override;
   void encode(KeyedArchiver& archiver) const override;
 
+  /// The same content for changes, owned by the caller: without a place in an archive, and with
+  /// its attributes decoded; runs that share theirs go on sharing them.
+  [[nodiscard]] AttributedStringBody* copyForChanges() const;
+
   /// Raises ArchiveException when a record is no attributed string.
   static void check(const KeyedArchive& archive, uint32_t number);
   static Value decode(const std::shared_ptr<const KeyedArchive>& archive, uint32_t number);

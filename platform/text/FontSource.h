@@ -7,6 +7,7 @@
 
 #include "platform/foundation/CharacterSet.h"
 #include "platform/foundation/String.h"
+#include "platform/text/FontStyle.h"
 
 namespace ns {
 
@@ -16,6 +17,7 @@ struct FontFace {
   String familyName;
   String faceName;        ///< "Bold Italic"
   CharacterSet coverage;  ///< the characters it has
+  FontStyle style = FontStyle::ofFaceName(faceName);
 };
 
 /// The fonts of the machine.  Asked only when a font really has to be looked up: what is behind
@@ -62,8 +64,9 @@ class FontList : public FontSource {
   std::unordered_map<String, size_t> places_;
 };
 
-/// The fonts that Fontconfig knows now; none without Fontconfig.  Faces come in the order of its
-/// preference.  Characters that draw nothing (controls, joiners, marks of direction, ends of
+/// The fonts that Fontconfig knows now.  Where it is not installed, or has no fonts, there are
+/// none, and the first who asks for a face is told so in the log, once.  Faces come in the order of
+/// its preference.  Characters that draw nothing (controls, joiners, marks of direction, ends of
 /// lines, the place of an attachment) and unpaired surrogates count as covered by every face.
 std::unique_ptr<FontSource> installedFonts();
 

@@ -1,42 +1,39 @@
-// The machine's fonts through Fontconfig.  The library is loaded here and not linked: a program
-// that never meets a font to replace should not pay for starting it.
+// The machine's fonts through Fontconfig.
 
-#include <dlfcn.h>
 #include <fontconfig/fontconfig.h>
 
 #include <array>
 #include <memory>
 
+#include "platform/foundation/Log.h"
 #include "platform/text/FontSource.h"
+#include "platform/text/LoadedLibrary.h"
 
 namespace ns {
 
 namespace {
 
-/// The functions used, found by name.
+/// The functions used.
 struct Fontconfig {
-  explicit Fontconfig(void* library) {
-    const auto find = [library, this](const char* name, auto& function) {
-      function =
-          reinterpret_cast<std::remove_reference_t<decltype(function)>>(dlsym(library, name));
-      isComplete = isComplete && function != nullptr;
-    };
-    find("FcInitLoadConfigAndFonts", init);
-    find("FcConfigDestroy", destroyConfig);
-    find("FcPatternCreate", createPattern);
-    find("FcPatternDestroy", destroyPattern);
-    find("FcConfigSubstitute", substitute);
-    find("FcDefaultSubstitute", substituteDefaults);
-    find("FcFontSort", sort);
-    find("FcFontSetDestroy", destroySet);
-    find("FcPatternGetString", getString);
-    find("FcPatternGetCharSet", getCharSet);
-    find("FcPatternGetBool", getBool);
-    find("FcCharSetFirstPage", firstPage);
-    find("FcCharSetNextPage", nextPage);
+  Fontconfig() {
+    library.find("FcInitLoadConfigAndFonts", init);
+    library.find("FcConfigDestroy", destroyConfig);
+    library.find("FcPatternCreate", createPattern);
+    library.find("FcPatternDestroy", destroyPattern);
+    library.find("FcConfigSubstitute", substitute);
+    library.find("FcDefaultSubstitute", substituteDefaults);
+    library.find("FcFontSort", sort);
+    library.find("FcFontSetDestroy", destroySet);
+    library.find("FcPatternGetString", getString);
+    library.find("FcPatternGetCharSet", getCharSet);
+    library.find("FcPatternGetBool", getBool);
+    library.find("FcPatternGetInteger", getInteger);
+    library.find("FcWeightToOpenType", openTypeWeight);
+    library.find("FcCharSetFirstPage", firstPage);
+    library.find("FcCharSetNextPage", nextPage);
   }
 
-  bool isComplete = true;
+  LoadedLibrary library{"libfontconfig.so.1"};
   decltype(&FcInitLoadConfigAndFonts) init;
   decltype(&FcConfigDestroy) destroyConfig;
   decltype(&FcPatternCreate) createPattern;
@@ -48,6 +45,8 @@ struct Fontconfig {
   decltype(&FcPatternGetString) getString;
   decltype(&FcPatternGetCharSet) getCharSet;
   decltype(&FcPatternGetBool) getBool;
+  decltype(&FcPatternGetInteger) getInteger;
+  decltype(&FcWeightToOpenType) openTypeWeight;
   decltype(&FcCharSetFirstPage) firstPage;
   decltype(&FcCharSetNextPage) nextPage;
 };
@@ -56,6 +55,21 @@ String text(const Fontconfig& fc, FcPattern* pattern, const char* property) {
   FcChar8* found = nullptr;
   if (fc.getString(pattern, property, 0, &found) != FcResultMatch || !found) return {};
   return String(std::string_view(reinterpret_cast<const char*>(found)));
+}
+
+FontStyle style(const Fontconfig& fc, FcPattern* pattern) {
+  FontStyle found;
+  int weight = FC_WEIGHT_REGULAR;
+  int slant = FC_SLANT_ROMAN;
+  // a weight that is a range, of a font with many, is left at regular
+  if (fc.getInteger(pattern, FC_WEIGHT, 0, &weight) == FcResultMatch) {
+    // Fontconfig tells "Book" from "Regular", which are names for the same
+    found.weight = (fc.openTypeWeight(weight) + 50) / 100 * 100;
+  }
+  if (fc.getInteger(pattern, FC_SLANT, 0, &slant) == FcResultMatch) {
+    found.isSlanted = slant != FC_SLANT_ROMAN;
+  }
+  return found;
 }
 
 /// Characters that draw nothing, and halves of characters.  Few fonts list them, and no text needs
@@ -89,8 +103,6 @@ CharacterSet coverage(const Fontconfig& fc, FcPattern* pattern) {
 /// asks for a face; in between nothing of Fontconfig's is kept, which is large.
 class InstalledFonts : public FontSource {
  public:
-  explicit InstalledFonts(void* library) : fc_(library) {}
-
   [[nodiscard]] std::optional<String> familyNameOfFont(
       const String& postScriptName) const override {
     if (list_) return list_->familyNameOfFont(postScriptName);
@@ -113,9 +125,10 @@ class InstalledFonts : public FontSource {
     if (!list_) {
       std::vector<FontFace> faces;
       visit([&](const String& name, FcPattern* font) {
-        faces.push_back(
-            {name, text(fc_, font, FC_FAMILY), text(fc_, font, FC_STYLE), coverage(fc_, font)});
+        faces.push_back({name, text(fc_, font, FC_FAMILY), text(fc_, font, FC_STYLE),
+                         coverage(fc_, font), style(fc_, font)});
       });
+      if (faces.empty()) log("no fonts found: interface fonts in rich text are left");
       list_.emplace(std::move(faces));
     }
     return *list_;
@@ -124,7 +137,7 @@ class InstalledFonts : public FontSource {
   /// Calls `font` with the PostScript name and the pattern of every scalable font that has one.
   template <class Visit>
   void visit(Visit font) const {
-    FcConfig* config = fc_.isComplete ? fc_.init() : nullptr;
+    FcConfig* config = fc_.library.isComplete() ? fc_.init() : nullptr;
     if (!config) return;
     FcPattern* wanted = fc_.createPattern();
     fc_.substitute(config, wanted, FcMatchPattern);
@@ -150,10 +163,6 @@ class InstalledFonts : public FontSource {
 
 }  // namespace
 
-std::unique_ptr<FontSource> installedFonts() {
-  void* library = dlopen("libfontconfig.so.1", RTLD_NOW | RTLD_LOCAL);
-  if (!library) return std::make_unique<FontList>(std::vector<FontFace>());
-  return std::make_unique<InstalledFonts>(library);
-}
+std::unique_ptr<FontSource> installedFonts() { return std::make_unique<InstalledFonts>(); }
 
 }  // namespace ns

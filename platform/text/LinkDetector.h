@@ -28,15 +28,29 @@ struct Link {
 ///
 ///   web links           "https://example.com/a?b#c"; the host must be well formed, and a user name
 ///                       before it makes the whole no link
-///   bare hosts          "www.example.com/a"; the last label must be a known top-level domain.  Two
-///                       labels of which the last is a common file extension too ("plan.md") count
-///                       as a file name, unless a path, a port or "www." says otherwise
+///   bare hosts          "www.example.com/a"; names must be registered right under its end ("com",
+///                       "co.za"), by the public suffix list.  Two labels of which the last is a
+///                       common file extension too ("plan.md") count as a file name, unless a path,
+///                       a port or "www." says otherwise
 ///   e-mail addresses    "me@example.com", with or without "mailto:" before it
 ///   any other scheme    followed by "//": "file:///tmp/a", "custom://item?id=1"
 ///   numbers             after "tel:" and "sms:"
 ///
 /// and never anything of the schemes "javascript", "vbscript" and "data".  Punctuation that ends
 /// a sentence around a link stays outside, and so does a closing bracket that was opened before it.
+///
+/// A host is made of letters, marks, digits, hyphens and dots.  One in which stand, too, characters
+/// that the rules for international names allow in some places ("l·l.cat", joiners in Persian
+/// names), or characters that nobody sees, is a host as a whole if the rules allow it (IDNA 2008,
+/// the contextual ones included), and else no link, nor is a part of it.  The same goes behind a
+/// scheme for all other characters beyond ASCII that do not end a link ("http://a♥b.com"), unless a
+/// complete name ends before them and none goes on behind them ("http://example.com→"); a host
+/// without a scheme begins and ends at those.
+///
+/// What is allowed is known to libidn2, where names are registered to libpsl; each is loaded when a
+/// text first needs it, which takes about half a millisecond once.  Without libidn2 hosts with such
+/// characters are no links, without libpsl bare hosts and e-mail addresses are none; either is
+/// logged once.
 ///
 /// The URL is the text of the link, with "http://" before a bare host and "mailto:" before a bare
 /// address.  What a URL cannot hold is percent-encoded as UTF-8, in the host too, where every

@@ -8,6 +8,7 @@
 #include <string_view>
 
 #include "platform/text/LinkAscii.h"
+#include "platform/text/LinkNames.h"
 #include "platform/text/LinkTables.h"
 
 namespace ns {
@@ -42,61 +43,146 @@ bool isZone(std::string_view zone) {
          });
 }
 
+/// Reads a host character by character.
+class HostReader {
+ public:
+  HostReader(const LinkText& text, size_t begin, HostCharacters characters)
+      : text_(text),
+        characters_(characters),
+        host_{.begin = begin,
+              .end = begin,
+              .runEnd = begin,
+              .lastLabel = begin,
+              .labelBeforeLast = begin} {}
+
+  LinkHost read() {
+    // what there was before characters that may turn out not to be of the name
+    LinkHost certain;
+    bool isCertain = true;
+    for (size_t index = host_.begin;;) {
+      const Utf16Character character = text_.at(index);
+      const LinkCharacter properties = linkCharacter(character.value);
+      const bool isHyphen = character.value == U'-';
+      if (isHostDot(character.value)) {
+        ++dots_;
+      } else if (isHyphen || properties.isWord()) {
+        if (!isHyphen && !properties.isMark()) isCertain = true;
+        addToLabel(index, character, isHyphen || properties.isMark());
+        endsWithHyphen_ = isHyphen;
+      } else if (isOther(character.value, properties)) {
+        if (isCertain) certain = result();
+        isCertain = false;
+        addToLabel(index, character, false);
+        host_.hasOthers = true;
+        host_.isNumeric = false;
+        endsWithHyphen_ = false;
+      } else {
+        break;
+      }
+      index += character.length;
+      host_.runEnd = index;
+    }
+    LinkHost host = isCertain || nameEndsAt(host_.runEnd) ? result() : certain;
+    host.readTo = host_.runEnd;
+    return host;
+  }
+
+ private:
+  static constexpr size_t kLongestLabel = 63;
+  static constexpr size_t kLongestHost = 253;
+
+  [[nodiscard]] bool isOther(char32_t character, LinkCharacter properties) const {
+    if (character < 0x80 || characters_ == HostCharacters::words) return false;
+    return joinsNames(character) ||
+           (characters_ == HostCharacters::any && properties.term() == LinkTerm::include);
+  }
+
+  void addToLabel(size_t index, Utf16Character character, bool mayNotBegin) {
+    if (host_.labels == 0 || dots_ > 0) {
+      isFaulty_ =
+          isFaulty_ || dots_ > (host_.labels == 0 ? 0U : 1U) || endsWithHyphen_ || mayNotBegin;
+      length_ += dots_;
+      dots_ = 0;
+      labelLength_ = 0;
+      ++host_.labels;
+      host_.labelBeforeLast = host_.lastLabel;
+      host_.lastLabel = index;
+      host_.isNumeric = true;
+    }
+    ++length_;
+    ++labelLength_;
+    host_.isNumeric = host_.isNumeric && isAsciiDigit(character.value);
+    isFaulty_ = isFaulty_ || labelLength_ > kLongestLabel;
+    host_.end = index + character.length;
+  }
+
+  /// Whether what follows a name shows that it ends there.
+  [[nodiscard]] bool nameEndsAt(size_t index) const {
+    const char16_t next = text_.unit(index);
+    return startsLinkPart(next) || next == u'@' ||
+           (next == u':' && isAsciiDigit(text_.unit(index + 1)));
+  }
+
+  [[nodiscard]] LinkHost result() const {
+    LinkHost host = host_;
+    host.isWellFormed =
+        host.labels > 0 && !isFaulty_ && !endsWithHyphen_ && length_ <= kLongestHost;
+    return host;
+  }
+
+  const LinkText& text_;
+  HostCharacters characters_;
+  LinkHost host_;
+  bool isFaulty_ = false;
+  bool endsWithHyphen_ = false;
+  size_t length_ = 0;
+  size_t labelLength_ = 0;
+  size_t dots_ = 0;
+};
+
+bool isAscii(std::u16string_view text) {
+  return std::all_of(text.begin(), text.end(), [](char16_t unit) { return unit < 0x80; });
+}
+
 }  // namespace
 
-LinkHost scanLinkHost(const LinkText& text, size_t begin) {
-  constexpr size_t kLongestLabel = 63;
-  constexpr size_t kLongestHost = 253;
-  LinkHost host{.begin = begin, .end = begin, .runEnd = begin, .lastLabel = begin};
-  bool isFaulty = false;
-  bool endsWithHyphen = false;
-  size_t characters = 0;
-  size_t labelLength = 0;
-  size_t dots = 0;
-  for (size_t index = begin;;) {
-    const Utf16Character character = text.at(index);
-    const LinkCharacter properties = linkCharacter(character.value);
-    const bool isHyphen = character.value == U'-';
-    if (isHostDot(character.value)) {
-      ++dots;
-    } else if (isHyphen || properties.isWord()) {
-      if (host.labels == 0 || dots > 0) {
-        isFaulty = isFaulty || dots > (host.labels == 0 ? 0U : 1U) || endsWithHyphen || isHyphen ||
-                   properties.isMark();
-        characters += dots;
-        dots = 0;
-        labelLength = 0;
-        ++host.labels;
-        host.lastLabel = index;
-        host.isNumeric = true;
-      }
-      ++characters;
-      ++labelLength;
-      endsWithHyphen = isHyphen;
-      host.isNumeric = host.isNumeric && character.value >= U'0' && character.value <= U'9';
-      isFaulty = isFaulty || labelLength > kLongestLabel;
-      host.end = index + character.length;
-    } else {
-      break;
-    }
-    index += character.length;
-    host.runEnd = index;
+LinkHost scanLinkHost(const LinkText& text, size_t begin, HostCharacters characters) {
+  return HostReader(text, begin, characters).read();
+}
+
+bool isAllowedHost(const LinkText& text, const LinkHost& host) {
+  if (!host.isWellFormed || !host.hasOthers) return host.isWellFormed;
+  std::u16string_view rest = text.slice(host.begin, host.end);
+  for (;;) {
+    const size_t dot = std::min(rest.find_first_of(u".。"), rest.size());
+    const std::u16string_view label = rest.substr(0, dot);
+    if (!isAscii(label) && !isInternationalLabel(label)) return false;
+    if (dot == rest.size()) return true;
+    rest.remove_prefix(dot + 1);
   }
-  host.isWellFormed = host.labels > 0 && !isFaulty && !endsWithHyphen && characters <= kLongestHost;
-  return host;
 }
 
 bool isNetworkHost(const LinkText& text, const LinkHost& host) {
   constexpr size_t kLongestIPv4 = 15;
-  return host.isWellFormed &&
+  return isAllowedHost(text, host) &&
          (!host.isNumeric || isIPv4(shortAscii(text, host.begin, host.end, kLongestIPv4)));
 }
 
 bool hasTopLevelDomain(const LinkText& text, const LinkHost& host) {
   // A longer label is no domain, and is not read again.
   constexpr size_t kLongestInUnits = 126;
-  return host.labels >= 2 && host.end - host.lastLabel <= kLongestInUnits &&
-         isTopLevelDomain(text.slice(host.lastLabel, host.end));
+  if (host.labels < 2 || host.isNumeric || host.end - host.lastLabel > kLongestInUnits) {
+    return false;
+  }
+  if (isPublicSuffix(text.slice(host.lastLabel, host.end))) {
+    return true;
+  }
+  if (host.end - host.labelBeforeLast > kLongestInUnits) {
+    return false;
+  }
+  std::u16string lastTwo(text.slice(host.labelBeforeLast, host.end));
+  std::replace(lastTwo.begin(), lastTwo.end(), u'。', u'.');
+  return isPublicSuffix(lastTwo);
 }
 
 bool looksLikeFileName(const LinkText& text, const LinkHost& host) {

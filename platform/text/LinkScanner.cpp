@@ -56,7 +56,7 @@ std::vector<Link> LinkScanner::scan() {
 }
 
 size_t LinkScanner::word(size_t begin) {
-  const LinkHost host = scanLinkHost(text_, begin);
+  const LinkHost host = scanLinkHost(text_, begin, HostCharacters::names);
   const char16_t next = text_.unit(host.runEnd);
   if (next == u'@') {
     return address(host.runEnd);
@@ -66,7 +66,8 @@ size_t LinkScanner::word(size_t begin) {
       return *end;
     }
   }
-  return bareHost(host);
+  const size_t end = bareHost(host);
+  return end == host.runEnd ? host.readTo : end;
 }
 
 size_t LinkScanner::bareHost(const LinkHost& host) {
@@ -75,7 +76,7 @@ size_t LinkScanner::bareHost(const LinkHost& host) {
       nameGoesOn(end)) {
     return end;
   }
-  if (!host.isWellFormed) {
+  if (!isAllowedHost(text_, host)) {
     return startsLinkPart(text_.unit(end)) ? skip(end) : end;
   }
   const Tail rest = tail(host, false);
@@ -116,11 +117,13 @@ size_t LinkScanner::address(size_t at) {
   const bool hasMailto = begin - floor_ >= kMailto.size() &&
                          smallAscii(text_.slice(begin - kMailto.size(), begin)) == kMailto &&
                          schemeMayStart(begin - kMailto.size());
-  const LinkHost host = scanLinkHost(text_, at + 1);
+  const LinkHost host =
+      hasMailto ? hostBehindScheme(at + 1) : scanLinkHost(text_, at + 1, HostCharacters::names);
   // The scheme says that it is an address, so any host will do.
-  const bool isHost = hasMailto ? host.isWellFormed && !host.isNumeric : isAddressHost(host);
+  const bool isHost =
+      hasMailto ? isAllowedHost(text_, host) && !host.isNumeric : isAddressHost(host);
   if (!isHost || nameGoesOn(host.runEnd)) {
-    return at + 1;
+    return hasMailto && host.hasOthers ? skip(host.runEnd) : at + 1;
   }
   add(hasMailto ? begin - kMailto.size() : begin, host.end,
       hasMailto ? LinkForm::mailto : LinkForm::address);
@@ -175,6 +178,21 @@ std::optional<size_t> LinkScanner::startOfScheme(size_t begin, size_t colon) con
   return start;
 }
 
+LinkHost LinkScanner::hostBehindScheme(size_t begin) const {
+  const LinkHost whole = scanLinkHost(text_, begin, HostCharacters::any);
+  if (isAllowedHost(text_, whole) || !whole.hasOthers) {
+    return whole;
+  }
+  // Symbols and dashes may be of the sentence, where a complete name ends before them and none
+  // goes on behind them.
+  const LinkHost name = scanLinkHost(text_, begin, HostCharacters::names);
+  const bool isComplete = name.runEnd < whole.runEnd && hasTopLevelDomain(text_, name) &&
+                          !hasTopLevelDomain(text_, whole) &&
+                          !startsLinkPart(text_.unit(whole.runEnd)) &&
+                          !isOneOf(text_.unit(whole.runEnd), U":@");
+  return isComplete ? name : whole;
+}
+
 size_t LinkScanner::webLink(size_t begin, size_t hostBegin) {
   LinkHost host;
   if (text_.unit(hostBegin) == u'[') {
@@ -184,7 +202,7 @@ size_t LinkScanner::webLink(size_t begin, size_t hostBegin) {
     }
     host = {.begin = hostBegin, .end = end, .runEnd = end};
   } else {
-    host = scanLinkHost(text_, hostBegin);
+    host = hostBehindScheme(hostBegin);
     if (!isNetworkHost(text_, host)) {
       return skip(hostBegin);
     }
@@ -208,7 +226,7 @@ size_t LinkScanner::customLink(size_t begin, size_t authority) {
   const bool isStart =
       linkCharacter(first.value).term() == LinkTerm::include || isOneOf(first.value, U"?[");
   // What stands here is the scheme's own affair, but what looks like a host must be one.
-  const LinkHost host = scanLinkHost(text_, authority);
+  const LinkHost host = scanLinkHost(text_, authority, HostCharacters::words);
   const Utf16Character next = text_.at(host.runEnd);
   const bool endsHost = startsLinkPart(text_.unit(host.runEnd)) ||
                         linkCharacter(next.value).term() != LinkTerm::include;

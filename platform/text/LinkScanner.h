@@ -12,11 +12,6 @@
 
 namespace ns {
 
-/// Whether a character behind a host begins its path, query or fragment.
-constexpr bool startsLinkPart(char16_t unit) {
-  return unit == u'/' || unit == u'?' || unit == u'#';
-}
-
 /// One pass over a text that finds its links: the work behind the shared LinkDetector, whose
 /// comment says what counts as a link.
 ///
@@ -74,6 +69,7 @@ class LinkScanner {
   [[nodiscard]] bool startsParameter(size_t index) const;
   bool addressFollows(size_t index);
   [[nodiscard]] bool isAddressHost(const LinkHost& host) const;
+  [[nodiscard]] LinkHost hostBehindScheme(size_t begin) const;
   [[nodiscard]] Port port(size_t colon) const;
   Tail tail(const LinkHost& host, bool isBehindScheme);
   Walk walk(size_t from, Part part);

@@ -66,7 +66,8 @@ bool LinkScanner::addressFollows(size_t index) {
   for (;;) {
     const Utf16Character character = text_.at(index);
     if (startsLinkPart(text_.unit(index)) || !linkCharacter(character.value).isEmail()) {
-      foundAddress_ = character.value == U'@' && isAddressHost(scanLinkHost(text_, index + 1));
+      foundAddress_ = character.value == U'@' &&
+                      isAddressHost(scanLinkHost(text_, index + 1, HostCharacters::names));
       lookedTo_ = index;
       return foundAddress_;
     }
@@ -75,7 +76,7 @@ bool LinkScanner::addressFollows(size_t index) {
 }
 
 bool LinkScanner::isAddressHost(const LinkHost& host) const {
-  return host.isWellFormed && hasTopLevelDomain(text_, host);
+  return hasTopLevelDomain(text_, host) && isAllowedHost(text_, host);
 }
 
 LinkScanner::Port LinkScanner::port(size_t colon) const {

@@ -1,7 +1,6 @@
 #pragma once
 
 #include <cstdint>
-#include <string_view>
 
 namespace ns {
 
@@ -28,8 +27,5 @@ LinkCharacter linkCharacter(char32_t codePoint);
 
 /// The opening bracket of a closing one; 0 when it is none.
 char32_t openingBracket(char32_t closingBracket);
-
-/// Whether a label is a top-level domain, in ASCII form or in its own script; case does not matter.
-bool isTopLevelDomain(std::u16string_view label);
 
 }  // namespace ns

@@ -49,20 +49,7 @@ void MutableAttributedString::checkOrder(Range range, size_t before) const {
 /// The body for changes: one that nobody shares, with its attributes decoded.
 AttributedStringBody& MutableAttributedString::body() {
   if (current_.body_->isShared() || current_.body().from) {
-    const AttributedStringBody& old = current_.body();
-    auto* fresh = new AttributedStringBody();
-    const Ref<const ValueBody> holder(fresh);
-    fresh->text = old.text;
-    fresh->archivedClass = old.archivedClass;
-    fresh->otherFields = old.otherFields;
-    fresh->runs.reserve(old.runs.size());
-    std::unordered_map<uint32_t, uint32_t> places;
-    for (size_t run = 0; run < old.runs.size(); ++run) {
-      const auto [place, isNew] = places.try_emplace(
-          old.runs[run].attributes, static_cast<uint32_t>(fresh->attributes.size()));
-      if (isNew) fresh->attributes.push_back(old.attributesOf(run));
-      fresh->runs.push_back({old.runs[run].start, place->second});
-    }
+    const Ref<const ValueBody> holder(current_.body().copyForChanges());
     current_ = AttributedString(holder);
   }
   // bodies are made as mutable objects; handles only see them as constants

@@ -1,5 +1,6 @@
 #include "platform/archive/BinaryPropertyList.h"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include "ArchiveTesting.h"
@@ -205,9 +206,10 @@ TEST(BinaryPropertyList, RefusesUndefinedObjects) {
                            0xC1, 0xE0, 0xF0, 0xFF}) {
     char text[8];
     std::snprintf(text, sizeof text, "0x%02X", static_cast<unsigned>(marker));
-    EXPECT_EQ(faultOfObject(bigEndian(static_cast<uint64_t>(marker), 1) + std::string(40, '\0')),
-              "binary property list: undefined object, marker " + std::string(text) +
-                  ", object 0 at byte 8");
+    // a few are known by name
+    EXPECT_THAT(faultOfObject(bigEndian(static_cast<uint64_t>(marker), 1) + std::string(40, '\0')),
+                testing::MatchesRegex("binary property list: undefined object, marker " +
+                                      std::string(text) + "[^,]*, object 0 at byte 8"));
   }
 }
 

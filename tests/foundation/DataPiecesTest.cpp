@@ -32,5 +32,18 @@ TEST(DataPieces, JoinInTheirOrder) {
   EXPECT_EQ(pieces.joined().view(), std::string_view("78901x\0y", 8));
 }
 
+TEST(DataPieces, HoldTheirBytesInWhateverPieces) {
+  const Data data(std::string("0123456789"));
+  DataPieces pieces = data.part(0, 4);
+  pieces.append(data.part(4, 6));
+  EXPECT_TRUE(pieces.holds(data));
+  EXPECT_FALSE(pieces.holds(data.part(0, 9)));
+  EXPECT_FALSE(pieces.holds(Data(std::string("01234567890"))));
+  EXPECT_FALSE(pieces.holds(Data(std::string("x123456789"))));
+  EXPECT_FALSE(pieces.holds(Data(std::string("012345678x"))));
+  EXPECT_TRUE(DataPieces().holds(Data()));
+  EXPECT_FALSE(DataPieces().holds(data));
+}
+
 }  // namespace
 }  // namespace ns

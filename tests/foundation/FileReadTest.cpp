@@ -1,5 +1,10 @@
+#include <fcntl.h>
 #include <sys/stat.h>
 
+#include <chrono>
+#include <thread>
+
+#include "platform/foundation/FileHandle.h"
 #include "tests/foundation/FileTesting.h"
 #include "tests/foundation/FoundationTesting.h"
 
@@ -164,6 +169,81 @@ TEST_F(FileReadTest, RaisesWhenThereIsNotEnoughMemory) {
   });
   // EIO where the system promises memory that it does not have
   EXPECT_TRUE(error == ENOMEM || error == EIO) << error;
+}
+
+/// Writes to a FIFO from another thread: once somebody reads it, the pieces with a pause before
+/// each.
+class FifoWriter {
+ public:
+  FifoWriter(const std::string& path, const std::vector<std::string>& pieces,
+             std::chrono::milliseconds pause)
+      : thread_([=] {
+          const FileHandle file(::open(path.c_str(), O_WRONLY | O_CLOEXEC));
+          for (const std::string& piece : pieces) {
+            std::this_thread::sleep_for(pause);
+            for (size_t at = 0; at < piece.size();) {
+              const ssize_t count = ::write(file.get(), piece.data() + at, piece.size() - at);
+              if (count < 0) return;
+              at += static_cast<size_t>(count);
+            }
+          }
+        }) {}
+  ~FifoWriter() { thread_.join(); }
+
+ private:
+  std::thread thread_;
+};
+
+class StreamReadTest : public testing::FileTest {
+ protected:
+  StreamReadTest() { EXPECT_EQ(mkfifo(fifo_.c_str(), 0600), 0); }
+  const std::string fifo_ = folder + "fifo";
+};
+
+TEST_F(StreamReadTest, ReadsAFifoToItsEnd) {
+  const std::string much = pattern(500'000);
+  for (const std::vector<std::string>& pieces :
+       {std::vector<std::string>{"text"}, {much}, {"a", much, "b", "c"}}) {
+    std::string all;
+    for (const std::string& piece : pieces) all += piece;
+    const FifoWriter writer(fifo_, pieces, std::chrono::milliseconds(20));
+    const Data data = readFileOrStream(fifo_);
+    ASSERT_TRUE(data.view() == all);
+    for (size_t i = 0; i < 16; ++i) ASSERT_EQ(data.bytes()[data.length() + i], 0);
+  }
+}
+
+// The writer is there, but takes longer than anybody waits for one to come.
+TEST_F(StreamReadTest, WaitsForAWriterThatIsSlow) {
+  const FifoWriter writer(fifo_, {"late"}, std::chrono::milliseconds(1300));
+  EXPECT_EQ(bytesOf(readFileOrStream(fifo_)), "late");
+}
+
+TEST_F(StreamReadTest, AFifoThatNobodyWritesToIsEmpty) {
+  const size_t open = openDescriptors();
+  EXPECT_TRUE(readFileOrStream(fifo_).empty());
+  EXPECT_EQ(openDescriptors(), open);
+}
+
+TEST_F(StreamReadTest, ReadsAPipeOfThisProcessAndItsEndAtOnce) {
+  int ends[2];
+  ASSERT_EQ(pipe2(ends, O_CLOEXEC), 0);
+  const FileHandle readEnd(ends[0]);
+  ASSERT_EQ(::write(ends[1], "text", 4), 4);
+  ASSERT_EQ(::close(ends[1]), 0);
+  const std::string path = "/dev/fd/" + std::to_string(readEnd.get());
+  EXPECT_EQ(bytesOf(readFileOrStream(path)), "text");
+  const auto start = std::chrono::steady_clock::now();
+  EXPECT_TRUE(readFileOrStream(path).empty());
+  EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(900));
+}
+
+TEST_F(StreamReadTest, ReadsFilesAndRefusesTheRest) {
+  EXPECT_EQ(bytesOf(readFileOrStream(make("file", "text"))), "text");
+  EXPECT_EQ(errorOf([&] { (void)readFileOrStream(folder); }), EISDIR);
+  EXPECT_EQ(errorOf([&] { (void)readFileOrStream(folder + "missing"); }), ENOENT);
+  EXPECT_EQ(errorOf([] { (void)readFileOrStream("/dev/zero"); }), EOPNOTSUPP);
+  EXPECT_EQ(errorOf([&] { (void)readFileOrStream(fifo_ + '\0'); }), EINVAL);
 }
 
 }  // namespace

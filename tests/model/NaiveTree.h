@@ -71,12 +71,27 @@ class NaiveTree {
     remove(parent, item);
   }
 
-  /// False, with the items deleted and nothing inserted, when an index is out of range.
+  /// False, with everything as it was, when an index is out of range in the end.  What was deleted
+  /// until then is posted, and posted again once for each parent when it has come back, the one
+  /// that was posted last first.
   bool moveAll(const std::vector<int>& items, int parent, const std::vector<uint64_t>& indexes) {
-    for (const int item : items) deleteItem(item);
+    const std::vector<Node> before = nodes;
+    std::vector<int> changed;  // a deletion of what is not listed posts and changes nothing
+    for (const int item : items) {
+      const int owner = parentOf(item);
+      if (owner >= 0 && std::ranges::count(at(owner).children, item) > 0) changed.push_back(owner);
+      deleteItem(item);
+    }
     auto list = at(parent).children;
     for (size_t i = 0; i < items.size(); ++i) {
-      if (indexes[i] > list.size()) return false;
+      if (indexes[i] > list.size()) {
+        nodes = before;
+        std::set<int> posted;
+        for (auto node = changed.rbegin(); node != changed.rend(); ++node) {
+          if (posted.insert(*node).second) posts.push_back(*node);
+        }
+        return false;
+      }
       list.insert(list.begin() + static_cast<ptrdiff_t>(indexes[i]), items[i]);
     }
     at(parent).children = list;

@@ -179,7 +179,8 @@ TEST_F(OLTreeControllerEdits, InsertItemsSelectedRaisesWhenTooManyCameFromBefore
               controller->insertItemsSelected({a, b}, d);
             }),
             "OLNode insertChildren:atIndex: index 3 is past the end of 2 children");
-  EXPECT_EQ(outline(), "C D");
+  EXPECT_EQ(outline(), "A B(B1 B2) C D") << "and puts them back";
+  EXPECT_EQ(a->parent(), root);
 }
 
 TEST_F(OLTreeControllerEdits, InsertItemsSelectedMayHoldTheSelectedOne) {
@@ -227,7 +228,7 @@ TEST_F(OLTreeControllerEdits, InsertItemsToParentAtIndexes) {
   EXPECT_EQ(outline(), "B1 B(A X B2) C D Y");
   EXPECT_THROW(controller->insertItemsToParentAtIndexes({x}, b, {3}), ns::RangeException);
   controller->insertItemsToParentAtIndexes(nullptr, b, {});
-  EXPECT_EQ(outline(), "B1 B(A B2) C D Y");
+  EXPECT_EQ(outline(), "B1 B(A X B2) C D Y");
 }
 
 TEST_F(OLTreeControllerEdits, ValuesOfItems) {

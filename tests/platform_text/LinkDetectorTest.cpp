@@ -2,12 +2,16 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <cstdlib>
 #include <fstream>
 #include <random>
 #include <string>
 #include <utility>
 #include <vector>
 
+#include "platform/foundation/Log.h"
+#include "platform/text/LinkNames.h"
 #include "platform/text/LinkScanner.h"
 #include "platform/text/LinkTables.h"
 #include "platform/text/LinkUtf16.h"
@@ -338,6 +342,19 @@ constexpr std::u16string_view kRepeatedPieces[] = {
     u"mailto:a@b.com,",
     u"\xD800",
     u"a.com\xDC00",
+    u"a·",
+    u"·",
+    u"·.",
+    u"l·l.cat ",
+    u"a·b.com ",
+    u"a\u00AD",
+    u"❤",
+    u"❤.",
+    u"http://a❤",
+    u"http://a.com❤ ",
+    u"http://l·l.cat",
+    u"mailto:a@b❤",
+    u"@·",
 };
 
 // A text of twice the length takes twice the reads, and never many a character.
@@ -459,17 +476,93 @@ TEST(LinkTablesTest, ClosingBracketsHaveTheirOpeners) {
   }
 }
 
-TEST(LinkTablesTest, TopLevelDomainsAreKnownInBothForms) {
-  for (const char16_t* label :
-       {u"com", u"COM", u"aaa", u"zw", u"xn--p1ai", u"рф", u"РФ", u"中国", u"vermögensberater",
-        u"VERMÖGENSBERATER", u"xn--vermgensberatung-pwb", u"გე", u"ᲒᲔ", u"ευ", u"ΕΥ"}) {
-    EXPECT_TRUE(ns::isTopLevelDomain(label)) << utf8Of(label);
+// -- Names of hosts -----------------------------------------------------------------------------
+
+TEST(LinkNamesTest, DomainsOfRegistriesAreKnownInBothForms) {
+  for (const char16_t* domain : {u"com",
+                                 u"COM",
+                                 u"aaa",
+                                 u"zw",
+                                 u"ck",
+                                 u"xn--p1ai",
+                                 u"рф",
+                                 u"РФ",
+                                 u"中国",
+                                 u"vermögensberater",
+                                 u"VERMÖGENSBERATER",
+                                 u"VERMO\u0308GENSBERATER",
+                                 u"xn--vermgensberatung-pwb",
+                                 u"გე",
+                                 u"ᲒᲔ",
+                                 u"ευ",
+                                 u"ΕΥ",
+                                 u"co.uk",
+                                 u"co.za",
+                                 u"CO.ZA"}) {
+    EXPECT_TRUE(ns::isPublicSuffix(domain)) << utf8Of(domain);
   }
-  for (const char16_t* label :
-       {u"", u"a", u"co m", u"comx", u"aa", u"zzz", u"local", u"рфф", u"р", u"中", u"com."}) {
-    EXPECT_FALSE(ns::isTopLevelDomain(label)) << utf8Of(label);
+  for (const char16_t* domain :
+       {u"", u"a", u"co m", u"comx", u"aa", u"zzz", u"local", u"рфф", u"р", u"中", u"za",
+        u"github.io", u"blogspot.com", u"example.com", u"17", u"\xD800"}) {
+    EXPECT_FALSE(ns::isPublicSuffix(domain)) << utf8Of(domain);
   }
-  EXPECT_FALSE(ns::isTopLevelDomain(std::u16string(1000, u'a')));
+  EXPECT_FALSE(ns::isPublicSuffix(std::u16string(1000, u'a')));
+}
+
+TEST(LinkNamesTest, LabelsAreJudgedByTheRulesForInternationalNames) {
+  for (const char16_t* label : {u"l·l", u"L·L", u"bücher", u"BÜCHER", u"bu\u0308cher", u"faß",
+                                u"カ・ナ", u"・カ", u"漢・", u"α͵β", u"א׳ב", u"א״ב", u"བོད་སྐད",
+                                u"ا۽", u"۾ا", u"क्\u200Cष", u"क्\u200Dष", u"نامه\u200Cای"}) {
+    EXPECT_TRUE(ns::isInternationalLabel(label)) << utf8Of(label);
+  }
+  for (const char16_t* label : {u"a·l", u"l·", u"·l", u"foo・bar", u"α͵", u"α͵b", u"׳א",
+                                u"a\u200Cb", u"a\u200Db", u"exam\u00ADple", u"a\u2060b",
+                                u"a\u200Bb", u"i❤", u"a²b", u"½", u"a–b", u"©", u"\u0301a"}) {
+    EXPECT_FALSE(ns::isInternationalLabel(label)) << utf8Of(label);
+  }
+}
+
+TEST(LinkNamesTest, CharactersThatJoinNames) {
+  for (const char32_t character : {0xB7, 0x375, 0x5F3, 0x5F4, 0x6FD, 0x6FE, 0xF0B, 0x30FB, 0x200C,
+                                   0x200D, 0xAD, 0x200B, 0x2060, 0xFEFF, 0xE0041}) {
+    EXPECT_TRUE(ns::joinsNames(character)) << static_cast<uint32_t>(character);
+  }
+  for (const char32_t character :
+       {0, 0x1F, 0x20, 0x2D, 0x61, 0x7F, 0xB6, 0xB8, 0x2019, 0x2764, 0x3001, 0xD800, 0x110000}) {
+    EXPECT_FALSE(ns::joinsNames(character)) << static_cast<uint32_t>(character);
+  }
+}
+
+// Run on their own, with files in place of the libraries that are none.
+class LinkDetectorWithoutLibraries : public ::testing::Test {
+ protected:
+  LinkDetectorWithoutLibraries() {
+    previous_ = ns::setLogHandler([this](std::string_view each) { messages.emplace_back(each); });
+  }
+  ~LinkDetectorWithoutLibraries() override { ns::setLogHandler(previous_); }
+  void SetUp() override {
+    if (!getenv("TAVLIN_WITHOUT_LIBRARIES")) GTEST_SKIP() << "the libraries are there";
+  }
+
+  std::vector<std::string> messages;
+
+ private:
+  ns::LogHandler previous_;
+};
+
+TEST_F(LinkDetectorWithoutLibraries, WhatOnlyTheyKnowIsNoLink) {
+  EXPECT_EQ(linksIn(u"see http://example.com/a, http://localhost, http://bücher.de").size(), 3U);
+  EXPECT_EQ(linksIn(u"tel:112 mailto:me@example.com custom://a").size(), 3U);
+  EXPECT_TRUE(messages.empty());
+  for (int round = 0; round < 2; ++round) {
+    EXPECT_TRUE(linksIn(u"example.com www.example.com/a me@example.com").empty());
+    EXPECT_TRUE(linksIn(u"http://l·l.cat/ http://a\u00ADb.com").empty());
+  }
+  std::sort(messages.begin(), messages.end());
+  EXPECT_EQ(messages,
+            (std::vector<std::string>{
+                "libidn2 not found: hosts with characters that only its rules allow are no links",
+                "libpsl not found: hosts without a scheme and e-mail addresses are no links"}));
 }
 
 }  // namespace

@@ -23,6 +23,10 @@ TEST(URL, FileURLsArePercentEscaped) {
   EXPECT_EQ(fileURL("/a b%c?d#e;f"), "file:///a%20b%25c%3Fd%23e%3Bf");
   EXPECT_EQ(fileURL("/[\"<>\\^`{|}]"), "file:///%5B%22%3C%3E%5C%5E%60%7B%7C%7D%5D");
   EXPECT_EQ(fileURL("/-._~!$&'()*+,=:@"), "file:///-._~!$&'()*+,=:@");
+  EXPECT_EQ(fileURL("/0123456789azAZ"), "file:///0123456789azAZ");
+  // what stands in ASCII right before and behind letters and digits
+  EXPECT_EQ(fileURL("/@[`{:;"), "file:///@%5B%60%7B:%3B");
+  EXPECT_EQ(fileURL("/\x7F\x80"), "file:///%7F%80");
   EXPECT_EQ(fileURL("/grün"), "file:///gr%C3%BCn");
   EXPECT_EQ(fileURL("/\xFF\n"), "file:///%FF%0A");
 }
@@ -62,6 +66,16 @@ TEST(URL, Schemes) {
   EXPECT_EQ(scheme("http://a.b"), "http");
   EXPECT_EQ(scheme("x-my.app+1:path"), "x-my.app+1");
   EXPECT_EQ(scheme("MAILTO:me"), "MAILTO");
+  for (const char* const whole : {"a", "z", "A", "Z", "aA", "az", "zZ", "x0", "x9", "x0123456789",
+                                  "x+", "x-", "x.", "zAZa+9-.0"}) {
+    EXPECT_EQ(scheme((std::string(whole) + ":b").c_str()), whole);
+  }
+  for (const char* const other :
+       {"0:b",  "9:b",  "+:b",  ".:b",  "@:b",  "[:b",  "`:b",  "{:b",      "x/:b",      "x;:b",
+        "x@:b", "x[:b", "x`:b", "x{:b", "x,:b", "x*:b", "x :b", "\u00E9:b", "x\u00E9:b", "x"}) {
+    EXPECT_EQ(scheme(other), "none") << other;
+  }
+  EXPECT_EQ(scheme("a:b:c"), "a");
   EXPECT_EQ(scheme("a/b:c"), "none");
   EXPECT_EQ(scheme("1a:b"), "none");
   EXPECT_EQ(scheme(":b"), "none");

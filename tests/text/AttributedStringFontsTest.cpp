@@ -5,6 +5,7 @@
 #include <algorithm>
 
 #include "../platform_text/TextTesting.h"
+#include "platform/text/Font.h"
 #include "platform/text/FontSource.h"
 
 namespace tavlin {
@@ -101,6 +102,63 @@ TEST(AttributedStringFonts, OtherPrivateFontsTakeTheGeneralPath) {
                            ".PrivateUI", ".Unknown"}) {
     EXPECT_EQ(fixed("text", name), "General 12") << name;
   }
+}
+
+TEST(AttributedStringFonts, BoldStaysBoldAndItalicItalic) {
+  // the regular faces come first, as they do where text in general is what they are for
+  const FontList fonts({{"Plain", "Plain", "Book", latin()},
+                        {"Plain-Italic", "Plain", "Italic", latin()},
+                        {"Plain-Bold", "Plain", "Bold", latin()},
+                        {"Plain-BoldItalic", "Plain", "Bold Italic", latin()},
+                        {"Kana", "Kana", "Regular", kana()},
+                        {"Kana-Bold", "Kana", "Bold", kana()}});
+  const ns::FontSource::ScopedShared scope(fonts);
+  EXPECT_EQ(fixed("text", ".LucidaGrandeUI-Bold"), "Plain-Bold 12");
+  EXPECT_EQ(fixed("text", ".LucidaGrandeUI"), "Plain 12");
+  EXPECT_EQ(fixed("text", ".HelveticaNeueDeskUI-BoldItalic"), "Plain-BoldItalic 12");
+  EXPECT_EQ(fixed("text", ".HelveticaNeueDeskUI-Italic"), "Plain-Italic 12");
+  EXPECT_EQ(fixed("text", ".HelveticaNeueDeskUI-Light"), "Plain 12");
+  EXPECT_EQ(fixed("text", ".SFNSText-Semibold"), "Plain-Bold 12");
+  EXPECT_EQ(fixed("text", ".AppleSystemUIFontBold"), "Plain-Bold 12");
+  // of those that have the characters, the one of the same style
+  EXPECT_EQ(fixed("te\u304Bxt", ".LucidaGrandeUI-Bold"), "Kana-Bold 12");
+  EXPECT_EQ(fixed("te\u304Bxt", ".HelveticaNeueDeskUI-BoldItalic"), "Kana-Bold 12");
+  EXPECT_EQ(fixed("te\u304Bxt", ".HelveticaNeueDeskUI-Italic"), "Kana 12");
+}
+
+TEST(AttributedStringFonts, AnotherStyleIsBetterThanNone) {
+  const FontList fonts(
+      {{"Plain-Bold", "Plain", "Bold", latin()}, {"Kana", "Kana", "Regular", kana()}});
+  const ns::FontSource::ScopedShared scope(fonts);
+  EXPECT_EQ(fixed("te\u304Bxt", ".LucidaGrandeUI-Bold"), "Kana 12");
+  EXPECT_EQ(fixed("te\u304Bxt", ".LucidaGrandeUI"), "Kana 12");
+}
+
+TEST(AttributedStringFonts, TheStyleOfAnInstalledPrivateFontIsItsOwn) {
+  // whatever its name says
+  const FontList fonts({{".PrivateUI", ".Private UI", "Regular", latin(), {700, false}},
+                        {"Plain", "Plain", "Regular", latin()},
+                        {"Plain-Strong", "Plain", "Strong", latin(), {700, false}}});
+  const ns::FontSource::ScopedShared scope(fonts);
+  EXPECT_EQ(fixed("text", ".PrivateUI"), "Plain-Strong 12");
+  EXPECT_EQ(fixed("text", ".OtherUI"), "Plain 12");
+}
+
+TEST(AttributedStringFonts, TheMachinesBoldFacesReplaceBoldOnes) {
+  const CharacterSet wanted = CharacterSet::inString("text");
+  const auto& faces = ns::FontSource::shared().faces();
+  const auto isBold = [&](const FontFace& face) {
+    return isFamilyNameSuitableForUserDocuments(face.familyName) && face.style.weight == 700 &&
+           !face.style.isSlanted && face.coverage.isSupersetOf(wanted);
+  };
+  if (!std::any_of(faces.begin(), faces.end(), isBold)) GTEST_SKIP() << "no bold face here";
+  MutableAttributedString text = inFont("text", ".LucidaGrandeUI-Bold");
+  fixFontAttributes_suitableForDocumentInRange(text, {0, 4});
+  const auto font =
+      ns::Font::fromValue(text.attributedString().attributeAtIndex(ns::kFontAttributeName, 0));
+  const FontFace* const face = ns::FontSource::shared().faceNamed(font->fontName());
+  ASSERT_NE(face, nullptr);
+  EXPECT_TRUE(isBold(*face)) << face->postScriptName.utf8();
 }
 
 TEST(AttributedStringFonts, TheFamilyDecidesAndNotTheName) {

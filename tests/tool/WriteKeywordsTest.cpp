@@ -1,4 +1,9 @@
+#include <sys/stat.h>
+
+#include <functional>
+
 #include "platform/foundation/Array.h"
+#include "platform/foundation/FileSteps.h"
 #include "tests/tool/ToolTesting.h"
 #include "tool/Modes.h"
 
@@ -37,15 +42,52 @@ TEST_F(WriteKeywords, NoListFailsSilently) {
   EXPECT_EQ(ns::readFile(path), before);
 }
 
-TEST_F(WriteKeywords, WithoutPropertiesNothingIsWritten) {
-  for (const ns::Value& properties : {ns::Value(), ns::Value("text"), ns::Value(ns::Array{1})}) {
+TEST_F(WriteKeywords, WithoutPropertiesNothingIsWrittenAndTheReasonIsTold) {
+  const std::pair<ns::Value, const char*> kRefused[] = {
+      {ns::Value(), "the document has no properties that keywords could be put into"},
+      {ns::Value("text"), "the document properties are a string and not a dictionary"},
+      {ns::Value(ns::Array{1}), "the document properties are an array and not a dictionary"},
+  };
+  for (const auto& [properties, reason] : kRefused) {
     log_.clear();
     const std::string path = documentWith(properties);
     const ns::Data before = ns::readFile(path);
     EXPECT_EQ(writeKeywords(path, {{ns::String("x")}}), kFailure);
-    EXPECT_EQ(log_, std::vector<std::string>{"fail: write document"});
+    EXPECT_EQ(log_, (std::vector<std::string>{path + ": " + reason, "fail: write document"}));
     EXPECT_EQ(ns::readFile(path), before);
   }
+}
+
+std::function<void()> theirs;  ///< done once the new file is complete
+
+// Another program saves while the keywords are being written.
+TEST_F(WriteKeywords, ADocumentThatWasSavedInBetweenIsNotOverwritten) {
+  const std::string path = documentWith(ns::Dictionary{{"title", "T"}});
+  theirs = [&] {
+    theirs = nullptr;
+    documentWith(ns::Dictionary{{"title", "theirs"}});
+  };
+  ns::fileFault = [](ns::FileStep step) {
+    if (step == ns::FileStep::close && theirs) theirs();
+    return 0;
+  };
+  const int status = writeKeywords(path, {{ns::String("x")}});
+  ns::fileFault = nullptr;
+  EXPECT_EQ(status, kFailure);
+  EXPECT_EQ(log_, (std::vector<std::string>{
+                      "replace " + path + ": another program has changed it meanwhile",
+                      "fail: write document"}));
+  EXPECT_EQ(propertiesOf(path), ns::Value(ns::Dictionary{{"title", "theirs"}}));
+  EXPECT_EQ(writeKeywords(path, {{ns::String("x")}}), kSuccess);
+}
+
+// It could not be put back.
+TEST_F(WriteKeywords, RefusesWhatCanBeReadOnlyOnce) {
+  const std::string fifo = folder_ + "/fifo";
+  ASSERT_EQ(mkfifo(fifo.c_str(), 0600), 0);
+  EXPECT_EQ(writeKeywords(fifo, {{ns::String("x")}}), kFailure);
+  EXPECT_EQ(log_, (std::vector<std::string>{"read " + fifo + ": Operation not supported",
+                                            "fail: open document"}));
 }
 
 TEST_F(WriteKeywords, FailuresToOpen) {

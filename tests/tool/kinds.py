@@ -159,6 +159,12 @@ def dates():
         Instance('NSDate', {'NS.time': 4.0, 'more': 1})])
 
 
+def bare_dates():
+    """Dates of the property list itself, as other archivers write them."""
+    date = Value(Date(1.5))
+    return array([date, date, Value(Date(1.5)), Value(Date(-599616000.25)), {'in': Value(Date(0))}])
+
+
 def containers():
     return array([[], {}, array([], MUTABLE_ARRAY), dictionary({}, MUTABLE_DICTIONARY), [[], [[]]],
                   {'': 'empty key', 'größe': 1}, [None, 1, None], {'nothing': None},
@@ -325,7 +331,8 @@ KINDS = {
                             float('nan')]),
     'singles': lambda: array([Value(Single(x)) for x in (0.0, -0.0, 0.1, 1e30, float('nan'))]),
     'data': lambda: array([b'', b'x', b'long' * 200, mutable_data(b'x'), mutable_data(b'')]),
-    'dates': dates, 'containers': containers, 'dictionary keys': odd_keys, 'old forms': old_forms,
+    'dates': dates, 'bare date': lambda: Value(Date(-1.5)), 'bare dates': bare_dates,
+    'containers': containers, 'dictionary keys': odd_keys, 'old forms': old_forms,
     'strings and data in records': old_strings_and_data, 'sets': sets, 'structures': structures,
     'platform objects': objects, 'fonts': fonts, 'colours': colours,
     'paragraph styles': paragraph_styles, 'classes': classes, 'inline values': inline,

@@ -5,6 +5,7 @@ another reader of the format understands.  Needs nothing but Python.
 """
 import os
 import plistlib
+import resource
 import shutil
 import subprocess
 import sys
@@ -116,6 +117,85 @@ class Program(unittest.TestCase):
             done = self.run_tool('-w', self.document, 'x', status=255)
             self.assertEqual(done.stdout, b'\n')
             self.assertTrue(done.stderr.endswith(b'fail: open document\n'), done.stderr)
+
+    def run_with_output(self, output, *arguments):
+        """The status and the messages when standard output is a descriptor, or closed (None)."""
+        done = subprocess.run([TOOL, *arguments], stdout=output, stderr=subprocess.PIPE, timeout=120,
+                              preexec_fn=(lambda: os.close(1)) if output is None else None)
+        return done.returncode, done.stderr
+
+    def closed_pipe(self):
+        read_end, write_end = os.pipe()
+        os.close(read_end)
+        self.addCleanup(os.close, write_end)
+        return write_end
+
+    def test_messages_name_the_file(self):
+        contents = {'empty': b'', 'short': b'bplist00', 'xml': b'<?xml version="1.0"?><plist',
+                    'list': plistlib.dumps([1], fmt=plistlib.FMT_BINARY)}
+        for name, content in contents.items():
+            path = os.path.join(self.folder, name)
+            with open(path, 'wb') as stream:
+                stream.write(content)
+            for mode in ('-r', '-w'):
+                with self.subTest(name=name, mode=mode):
+                    messages = self.run_tool(mode, path, status=255).stderr.splitlines()
+                    self.assertIn(b'] ' + os.fsencode(path) + b': ', b'\n'.join(messages))
+                    self.assertTrue(messages[-1].endswith(b'] fail: open document'), messages)
+
+    def test_what_was_written_stays_written_when_nobody_reads_the_newline(self):
+        for number, output in enumerate((None, self.closed_pipe())):
+            self.assertEqual(self.run_with_output(output, '-w', self.document, str(number)),
+                             (0, b''))
+            self.assertEqual(keywords_of(self.document), [str(number)])
+
+    def test_a_limit_on_file_sizes_does_not_end_it_by_a_signal(self):
+        def limit():
+            resource.setrlimit(resource.RLIMIT_FSIZE, (0, 0))
+        with tempfile.TemporaryFile() as output:
+            done = subprocess.run([TOOL, '-r', self.document], stdout=output,
+                                  stderr=subprocess.PIPE, preexec_fn=limit, timeout=120)
+        self.assertEqual(done.returncode, 255)
+        self.assertIn(b'the keywords cannot be printed: File too large', done.stderr)
+
+    def test_keywords_that_nobody_gets_are_a_failure(self):
+        without = os.path.join(self.folder, 'without.tavlin')
+        shutil.copy(self.document, without)
+        self.run_tool('-w', without)
+        with open('/dev/full', 'wb') as full:
+            for path in (self.document, without):
+                for output, reason in ((None, b'Bad file descriptor'),
+                                       (self.closed_pipe(), b'Broken pipe'),
+                                       (full, b'No space left on device')):
+                    status, messages = self.run_with_output(output, '-r', path)
+                    self.assertEqual(status, 255)
+                    self.assertTrue(messages.endswith(
+                        b'] the keywords cannot be printed: ' + reason + b'\n'), messages)
+                    self.assertEqual(messages.count(b'\n'), 1)
+
+    def test_reads_what_can_be_read_once(self):
+        with open(self.document, 'rb') as stream:
+            content = stream.read()
+        for path in ('/dev/stdin', '/dev/fd/0', '/proc/self/fd/0'):
+            self.assertEqual(self.run_tool('-r', path, input=content).stdout,
+                             b'garden,beds\\, borders\n')
+        with open(self.document, 'rb') as stream:
+            self.assertEqual(self.run_tool('-r', '/dev/stdin', stdin=stream).stdout,
+                             b'garden,beds\\, borders\n')
+        substituted = subprocess.run(
+            ['bash', '-c', '"$0" -r <(sleep 1.2; cat "$1")', TOOL, self.document],
+            capture_output=True, timeout=120)
+        self.assertEqual((substituted.returncode, substituted.stdout, substituted.stderr),
+                         (0, b'garden,beds\\, borders\n', b''))
+        self.assertIn(b'Document contains no data',
+                      self.run_tool('-r', '/dev/stdin', input=b'', status=255).stderr)
+
+    def test_waits_for_nobody_for_long(self):
+        fifo = os.path.join(self.folder, 'fifo')
+        os.mkfifo(fifo)
+        self.assertIn(b'Document contains no data', self.run_tool('-r', fifo, status=255).stderr)
+        for device in ('/dev/zero', '/dev/null', '/dev/full'):
+            self.run_tool('-r', device, status=255)
 
     def test_nothing_is_left_behind(self):
         self.run_tool('-w', self.document, 'x')

@@ -116,6 +116,66 @@ TEST_F(OLTreeScannerForMetadataTest, ASecondWalkGoesOnInTheSameString) {
   EXPECT_EQ(first, ns::Value("A")) << "a result does not change any more";
 }
 
+TEST_F(OLTreeScannerForMetadataTest, TheTextCollectedSoFarCanBeReadAndSet) {
+  EXPECT_EQ(scanner.string(), "");
+  EXPECT_TRUE(scanner.processWithTarget(a));
+  const ns::String first = scanner.string();
+  EXPECT_EQ(first, "A");
+  scanner.appendString(" and ");
+  EXPECT_TRUE(scanner.processWithTarget(b));
+  EXPECT_EQ(scanner.string(), "A and B");
+  EXPECT_EQ(scanner.valueOfResult(), ns::Value("A and B"));
+  EXPECT_EQ(first, "A") << "what was read does not change any more";
+  scanner.setString("x");
+  EXPECT_TRUE(scanner.processWithTarget(c));
+  EXPECT_EQ(scanner.string(), "xC");
+}
+
+TEST_F(OLTreeScannerForMetadataTest, EachHookCanBeCalledByWhoeverHasTheScanner) {
+  a->setDataForKey("n", "note");
+  scanner.setTarget(a);
+  scanner.appendNodeString();
+  EXPECT_EQ(scanner.string(), "A n");
+  scanner.setTarget(b);
+  scanner.processInLoop();
+  EXPECT_EQ(scanner.string(), "A n B");
+  scanner.setTarget(c);
+  scanner.processBeforeLoop();
+  scanner.processAfterLoop();
+  EXPECT_EQ(scanner.string(), "A n BC");
+}
+
+TEST_F(OLTreeScannerForMetadataTest, WithoutATargetTheTextIsThatOfNoItem) {
+  scanner.appendNodeString();
+  EXPECT_EQ(scanner.string(), "");
+  scanner.processInLoop();
+  EXPECT_EQ(scanner.string(), " ");
+}
+
+TEST_F(OLTreeScannerForMetadataTest, AnotherTextCanBeCollectedFromTheSameWalk) {
+  class Titles : public OLTreeScannerForMetadata {
+   public:
+    void processInLoop() override {
+      appendString("\n");
+      appendNodeString();
+    }
+    void appendNodeString() override {
+      appendString(OLTree::stringForKeyByItem("title", target()));
+    }
+    void processAfterLoop() override { appendString("."); }
+    [[nodiscard]] ns::Value valueOfResult() const override {
+      return ns::Value(ns::String("titles: " + string().utf8()));
+    }
+  };
+  a->setDataForKey("n", "note");
+  a->addChild(b);
+  b->addChild(c);
+  Titles titles;
+  OLTreeScanner& base = titles;
+  EXPECT_TRUE(base.processWithTarget(a));
+  EXPECT_EQ(base.valueOfResult(), ns::Value("titles: A\nB\nC."));
+}
+
 TEST_F(OLTreeScannerForMetadataTest, WhatIsAppendedForANodeCanBeReplaced) {
   class Bracketing : public OLTreeScannerForMetadata {
    protected:

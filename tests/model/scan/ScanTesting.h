@@ -12,11 +12,6 @@ namespace tavlin::testing {
 /// Writes down each hook that is called, with the target and its level: "<A0 B1 C2 A0>".
 class TraceScanner : public OLTreeScanner {
  public:
-  using OLTreeScanner::checkStatusAfterAppending;
-  using OLTreeScanner::checkStatusAtNoChildren;
-  using OLTreeScanner::setLevel;
-  using OLTreeScanner::setTarget;
-
   std::string trace;
 
  protected:

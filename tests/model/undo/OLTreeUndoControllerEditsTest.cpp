@@ -194,12 +194,13 @@ TEST_F(UndoEdits, AViewOfAChildrenListMayBeDeleted) {
   EXPECT_EQ(tree(), "A B C(C1)");
 }
 
-// A group's items are those of the array in its order, its indexes a set.
-TEST_F(UndoEdits, ItemsDeletedOutOfOrderComeBackInTheOrderGiven) {
-  controller->deleteItems({outline["A3"], outline["A1"]});
-  EXPECT_EQ(toUndo(), "insertItems:toParent:atIndexes:([A3 A1], A, {0 2})");
-  undo();
-  EXPECT_EQ(tree(), "A(A3 A2 A1) B C(C1)");
+// A set of indexes knows no order but its own, so that is the order of the items recorded with it.
+TEST_F(UndoEdits, ItemsDeletedOutOfOrderComeBackToTheirPlaces) {
+  expectRow({[&](Controller& c) {
+               c.deleteItems({outline["A3"], outline["A1"]});
+             },
+             "A(A2) B C(C1)", "insertItems:toParent:atIndexes:([A1 A3], A, {0 2})", "",
+             "deleteItems:([A1 A3])", "select(A3) select(A1)", "first(A2, A)"});
 }
 
 TEST_F(UndoEdits, GroupingByParent) {
@@ -216,13 +217,13 @@ TEST_F(UndoEdits, GroupingByParent) {
     return out;
   };
   EXPECT_EQ(group({outline["C1"], outline["A3"], outline["B"], outline["A1"]}),
-            "C[C1]{0} A[A3 A1]{0 2} R[B]{1} ");
-  EXPECT_EQ(group({outline["A2"], outline["C"]}), "C[C1]{0} A[A3 A1 A2]{0 1 2} R[B C]{1 2} ")
+            "C[C1]{0} A[A1 A3]{0 2} R[B]{1} ");
+  EXPECT_EQ(group({outline["A2"], outline["C"]}), "C[C1]{0} A[A1 A2 A3]{0 1 2} R[B C]{1 2} ")
       << "adds to what is there";
   const Item stray = testing::named("stray");
   stray->setParent(outline["B"]);
   EXPECT_EQ(group({outline["A2"], outline.root, x, nullptr, stray}),
-            "C[C1]{0} A[A3 A1 A2]{0 1 2} R[B C]{1 2} ");
+            "C[C1]{0} A[A1 A2 A3]{0 1 2} R[B C]{1 2} ");
   EXPECT_EQ(tree(), kStart);
 }
 
@@ -333,11 +334,13 @@ TEST_F(UndoEdits, MoveItemsOfTheRootGivenAsNone) {
              "moveItems:ofParent:atIndexes:([C], -, {0})", "select(C)", "select(C)"});
 }
 
-TEST_F(UndoEdits, ItemsMovedOutOfOrderComeBackInTheOrderGiven) {
-  controller->moveItemsOfParentAtIndexes({outline["A3"], outline["A1"]}, outline["A"], {0, 1});
-  EXPECT_EQ(tree(), "A(A3 A1 A2) B C(C1)");
-  undo();
-  EXPECT_EQ(tree(), "A(A3 A2 A1) B C(C1)");
+TEST_F(UndoEdits, ItemsMovedOutOfOrderComeBackToTheirPlaces) {
+  expectRow({[&](Controller& c) {
+               c.moveItemsOfParentAtIndexes({outline["A3"], outline["A1"]}, outline["A"], {0, 1});
+             },
+             "A(A3 A1 A2) B C(C1)", "moveItems:ofParent:atIndexes:([A1 A3], A, {0 2})", "",
+             "moveItems:ofParent:atIndexes:([A3 A1], A, {0 1})", "select(A1) select(A3)",
+             "select(A3) select(A1)"});
 }
 
 TEST_F(UndoEdits, AMoveOfItemsThatCannotBeDoneChangesAndRecordsNothing) {

@@ -1,0 +1,197 @@
+#include "exchange/JsonText.h"
+
+#include <array>
+#include <charconv>
+
+namespace tavlin {
+
+namespace {
+
+constexpr std::string_view kHexDigits = "0123456789abcdef";
+
+/// Which ASCII characters do not stand for themselves in a JSON string.
+constexpr std::array<bool, 256> kIsEscaped = [] {
+  std::array<bool, 256> escaped{};
+  for (size_t i = 0; i < 0x20; ++i) escaped[i] = true;
+  escaped['"'] = escaped['\\'] = escaped[0x7F] = true;
+  return escaped;
+}();
+
+bool isEscapedUnit(char16_t unit) {
+  if (unit < 0x80) return kIsEscaped[unit];
+  if (unit < 0x2000) return unit < 0xA0 || unit == 0x061C;
+  return unit == 0x200E || unit == 0x200F || (unit >= 0x2028 && unit <= 0x202E) ||
+         (unit >= 0x2066 && unit <= 0x2069) || unit == 0xFEFF;
+}
+
+bool isSurrogate(char16_t unit) { return (unit & 0xF800) == 0xD800; }
+
+void appendEscaped(std::string& out, char16_t unit) {
+  switch (unit) {
+    case '"':
+      out += "\\\"";
+      return;
+    case '\\':
+      out += "\\\\";
+      return;
+    case '\n':
+      out += "\\n";
+      return;
+    case '\r':
+      out += "\\r";
+      return;
+    case '\t':
+      out += "\\t";
+      return;
+    default:
+      out += "\\u";
+      for (int shift = 12; shift >= 0; shift -= 4) {
+        out += kHexDigits[static_cast<size_t>(unit >> shift & 0xF)];
+      }
+  }
+}
+
+void appendAscii(std::string& out, std::string_view text) {
+  size_t from = 0;
+  for (size_t i = 0; i < text.size(); ++i) {
+    if (!kIsEscaped[static_cast<unsigned char>(text[i])]) continue;
+    out.append(text, from, i - from);
+    appendEscaped(out, static_cast<unsigned char>(text[i]));
+    from = i + 1;
+  }
+  out.append(text, from);
+}
+
+/// Appends the unit at an index, or the pair that begins there, and answers the index behind it.
+size_t appendUnit(std::string& out, std::u16string_view units, size_t at,
+                  JsonSurrogates surrogates) {
+  const char16_t unit = units[at];
+  if (!isSurrogate(unit)) {
+    if (isEscapedUnit(unit)) {
+      appendEscaped(out, unit);
+    } else if (unit < 0x80) {
+      out += static_cast<char>(unit);
+    } else if (unit < 0x800) {
+      const std::array<char, 2> bytes = {static_cast<char>(0xC0 | unit >> 6),
+                                         static_cast<char>(0x80 | (unit & 0x3F))};
+      out.append(bytes.data(), bytes.size());
+    } else {
+      const std::array<char, 3> bytes = {static_cast<char>(0xE0 | unit >> 12),
+                                         static_cast<char>(0x80 | (unit >> 6 & 0x3F)),
+                                         static_cast<char>(0x80 | (unit & 0x3F))};
+      out.append(bytes.data(), bytes.size());
+    }
+    return at + 1;
+  }
+  const ns::CodePoint point = ns::codePointAt(units, at);
+  if (point.length == 2) {
+    const std::array<char, 4> bytes = {static_cast<char>(0xF0 | point.value >> 18),
+                                       static_cast<char>(0x80 | (point.value >> 12 & 0x3F)),
+                                       static_cast<char>(0x80 | (point.value >> 6 & 0x3F)),
+                                       static_cast<char>(0x80 | (point.value & 0x3F))};
+    out.append(bytes.data(), bytes.size());
+  } else if (surrogates == JsonSurrogates::escaped) {
+    appendEscaped(out, unit);
+  } else {
+    out += "\xEF\xBF\xBD";
+  }
+  return at + point.length;
+}
+
+template <class Number>
+void appendReal(std::string& out, Number value) {
+  std::array<char, 40> digits{};
+  const auto result = std::to_chars(digits.data(), digits.data() + digits.size(), value);
+  const std::string_view text(digits.data(), static_cast<size_t>(result.ptr - digits.data()));
+  out += text;
+  if (text.find_first_of(".e") == std::string_view::npos) out += ".0";
+}
+
+template <class Number>
+void appendInteger(std::string& out, Number value) {
+  std::array<char, 24> digits{};
+  const auto result = std::to_chars(digits.data(), digits.data() + digits.size(), value);
+  out.append(digits.data(), result.ptr);
+}
+
+}  // namespace
+
+void appendJsonString(std::string& out, const ns::String& text, JsonSurrogates surrogates) {
+  out += '"';
+  if (text.isAscii()) {
+    appendAscii(out, text.ascii());
+  } else {
+    const std::u16string_view units = text.wide();
+    for (size_t at = 0; at < units.size();) at = appendUnit(out, units, at, surrogates);
+  }
+  out += '"';
+}
+
+void appendJsonString(std::string& out, std::string_view utf8) {
+  appendJsonString(out, ns::String(utf8));
+}
+
+void JsonWriter::separate() {
+  if (needsComma_) out_ += ',';
+  needsComma_ = true;
+}
+
+void JsonWriter::begin(char bracket) {
+  separate();
+  out_ += bracket;
+  needsComma_ = false;
+}
+
+void JsonWriter::end(char bracket) {
+  out_ += bracket;
+  needsComma_ = true;
+}
+
+void JsonWriter::key(std::string_view utf8) {
+  string(utf8);
+  out_ += ':';
+  needsComma_ = false;
+}
+
+void JsonWriter::key(const ns::String& text) {
+  string(text);
+  out_ += ':';
+  needsComma_ = false;
+}
+
+void JsonWriter::string(std::string_view utf8) {
+  separate();
+  appendJsonString(out_, utf8);
+}
+
+void JsonWriter::string(const ns::String& text) {
+  separate();
+  appendJsonString(out_, text, surrogates_);
+}
+
+void JsonWriter::number(int64_t value) {
+  separate();
+  appendInteger(out_, value);
+}
+
+void JsonWriter::number(uint64_t value) {
+  separate();
+  appendInteger(out_, value);
+}
+
+void JsonWriter::number(double value) {
+  separate();
+  appendReal(out_, value);
+}
+
+void JsonWriter::number(float value) {
+  separate();
+  appendReal(out_, value);
+}
+
+void JsonWriter::literal(std::string_view json) {
+  separate();
+  out_ += json;
+}
+
+}  // namespace tavlin

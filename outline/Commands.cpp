@@ -1,0 +1,80 @@
+#include "outline/Commands.h"
+
+#include <algorithm>
+
+#include "outline/common/Messages.h"
+
+namespace tavlin {
+
+void addCommands(CLI::App& table, Action& action) {
+  addShow(table, action);
+  addInfo(table, action);
+  addFind(table, action);
+  addCompletions(table, action);
+}
+
+CLI::Option* addFiles(CLI::App& command, std::vector<std::string>& files) {
+  return command.add_option("FILE", files, localized("Documents; - is standard input"))
+      ->required()
+      ->type_name("");
+}
+
+CLI::Option* addFilesAndFolders(CLI::App& command, std::vector<std::string>& arguments,
+                                JobOptions& jobs) {
+  command
+      .add_option(
+          "-j,--jobs", jobs.count,
+          localized("How many documents to work on at once; one for each processor by default"))
+      ->type_name("N")
+      ->check(CLI::Range(size_t{1}, size_t{1024}).description(""));
+  return command
+      .add_option("FILE|FOLDER", arguments,
+                  localized("Documents; of a folder all below it that end in .tavlin"))
+      ->required()
+      ->type_name("");
+}
+
+void addColoring(CLI::App& command, Coloring& coloring) {
+  const auto set = [&coloring](const std::string& word) {
+    coloring = word == "always"  ? Coloring::always
+               : word == "never" ? Coloring::never
+                                 : Coloring::automatic;
+  };
+  command.add_option_function<std::string>("--color", set, localized("When to colour"))
+      ->type_name("auto|always|never")
+      ->check(CLI::IsMember({"auto", "always", "never"}).description(""));
+}
+
+void addSaveOptions(CLI::App& command, SaveOptions& options) {
+  command.add_flag("-n,--dry-run", options.isDryRun,
+                   localized("Say what would be done, and touch nothing"));
+  command.add_flag("--backup", options.keepsBackup, localized("Keep the old file as FILE~"));
+}
+
+CLI::Option* addChoice(CLI::App& command, const std::string& names, size_t& chosen,
+                       const std::vector<std::string>& words, const std::string& help) {
+  std::string form;
+  for (const std::string& word : words) form += (form.empty() ? "" : "|") + word;
+  const auto set = [&chosen, words](const std::string& word) {
+    chosen = static_cast<size_t>(std::ranges::find(words, word) - words.begin());
+  };
+  return command.add_option_function<std::string>(names, set, help)
+      ->type_name(form)
+      ->check(CLI::IsMember(words).description(""));
+}
+
+void setAction(CLI::App& command, Action& chosen, Action action) {
+  command.callback([&chosen, action = std::move(action)] { chosen = action; });
+}
+
+DocumentArguments documentsOfArguments(const std::vector<std::string>& arguments) {
+  DocumentArguments documents;
+  documents.files =
+      documentFiles(arguments, [&](const std::string& folder, const std::string& why) {
+        report(folder, why);
+        documents.hasFailed = true;
+      });
+  return documents;
+}
+
+}  // namespace tavlin

@@ -1,0 +1,50 @@
+#pragma once
+
+#include <CLI/App.hpp>
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "outline/Program.h"
+#include "outline/common/Documents.h"
+#include "outline/common/Jobs.h"
+#include "outline/common/TerminalText.h"
+
+namespace tavlin {
+
+// Each command is declared by a function in a file of its own, and adds itself to the table.
+
+void addShow(CLI::App& table, Action& action);
+void addInfo(CLI::App& table, Action& action);
+void addFind(CLI::App& table, Action& action);
+void addCompletions(CLI::App& table, Action& action);
+
+/// All of them, in the order in which help shows them.
+void addCommands(CLI::App& table, Action& action);
+
+// Options and arguments that several commands have.
+
+/// FILE...
+CLI::Option* addFiles(CLI::App& command, std::vector<std::string>& files);
+/// FILE|FOLDER..., and -j.
+CLI::Option* addFilesAndFolders(CLI::App& command, std::vector<std::string>& arguments,
+                                JobOptions& jobs);
+/// --color
+void addColoring(CLI::App& command, Coloring& coloring);
+/// --dry-run and --backup
+void addSaveOptions(CLI::App& command, SaveOptions& options);
+/// An option whose value is one of some words, which become numbers from 0 on.
+CLI::Option* addChoice(CLI::App& command, const std::string& names, size_t& chosen,
+                       const std::vector<std::string>& words, const std::string& help);
+
+/// Runs the action when the command is what the arguments name.
+void setAction(CLI::App& command, Action& chosen, Action action);
+
+/// The documents that arguments name; folders that cannot be read are reported and counted.
+struct DocumentArguments {
+  std::vector<std::string> files;
+  bool hasFailed = false;
+};
+[[nodiscard]] DocumentArguments documentsOfArguments(const std::vector<std::string>& arguments);
+
+}  // namespace tavlin

@@ -1,0 +1,61 @@
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+#include "document/OLDataManager.h"
+#include "platform/foundation/FileState.h"
+
+namespace tavlin {
+
+/// Work on one file that failed: `what()` says why, in a line, without the file's name.
+class FileFailure : public std::runtime_error {
+ public:
+  using std::runtime_error::runtime_error;
+};
+
+/// A document and the file that it was read from.
+struct OpenDocument {
+  std::string file;  ///< As it was given; "-" is standard input.
+  std::shared_ptr<OLDataManager> document;
+  ns::Data content;     ///< of the file
+  ns::FileState state;  ///< Of the file when it was read; says nothing of standard input.
+};
+
+/// The content of a file, or of standard input for "-", and the file's state.  Raises FileFailure.
+[[nodiscard]] ns::Data readInput(const std::string& file, ns::FileState& state);
+[[nodiscard]] ns::Data readInput(const std::string& file);
+
+/// Loads a document.  Raises FileFailure with the reader's reason when it cannot be read or is
+/// none; a document that is opened has a tree with a root.
+[[nodiscard]] OpenDocument openDocument(const std::string& file);
+
+/// How a command writes documents.
+struct SaveOptions {
+  bool isDryRun = false;     ///< Touches nothing.
+  bool keepsBackup = false;  ///< The old file stays as FILE~.
+};
+
+/// Writes the document back over its file, atomically, or does nothing in a dry run.  To be called
+/// only when something was changed.  Raises FileFailure, also when another program changed the file
+/// meanwhile; it is then as that left it.
+void saveDocument(const OpenDocument& opened, const SaveOptions& options);
+
+/// The files that arguments name, in order: a file itself, a folder all documents below it (names
+/// that end in
+/// ".tavlin"), by name, those of a folder before those of its subfolders.  Folders that cannot be
+/// read are given to `onFailure` with the reason.  Symbolic links to folders below are not
+/// followed.
+[[nodiscard]] std::vector<std::string> documentFiles(
+    const std::vector<std::string>& arguments,
+    const std::function<void(const std::string& folder, const std::string& reason)>& onFailure);
+
+/// The item that a path names.  Raises FileFailure with a reason when it is no path or there is no
+/// such item.
+[[nodiscard]] std::shared_ptr<OLNode> itemAtPath(const OLDataManager& document,
+                                                 const std::string& path);
+
+}  // namespace tavlin
