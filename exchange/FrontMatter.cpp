@@ -7,6 +7,8 @@
 #include <optional>
 #include <unordered_map>
 
+#include "exchange/ItemContent.h"
+
 namespace tavlin {
 
 namespace {
@@ -99,11 +101,9 @@ class Reader {
     if (top == YAML_SCALAR_EVENT && text().empty()) return properties_;
     if (top != YAML_MAPPING_START_EVENT) return std::nullopt;
     while (next() != YAML_MAPPING_END_EVENT) readEntry();
-    for (const PropertyKey& key : propertyKeys()) {  // into the usual order
-      const auto found = std::ranges::find(properties_, key.key, &Property::key);
-      if (found != properties_.end()) inOrder_.push_back(std::move(*found));
-    }
-    return std::move(inOrder_);
+    // into the usual order
+    std::ranges::sort(properties_, {}, &Property::key);
+    return std::move(properties_);
   }
 
  private:
@@ -163,23 +163,20 @@ class Reader {
     std::string name = isScalar() ? scalarText().value_or("") : "";
     skip();
     if (name == "author") name = "authors";
-    const auto& keys = propertyKeys();
-    const auto key = std::ranges::find(keys, name, &PropertyKey::key);
-    const bool isTwice =
-        key != keys.end() &&
-        std::ranges::find(properties_, key->key, &Property::key) != properties_.end();
+    const PropertyKey* const key = propertyKeyNamed(name);
+    const bool isTwice = std::ranges::find(properties_, key, &Property::key) != properties_.end();
     const yaml_event_type_t type = next();
-    if (key == keys.end() || isTwice || type == YAML_MAPPING_START_EVENT) {
+    if (!key || isTwice || type == YAML_MAPPING_START_EVENT) {
       ++losses_.values;
       return skip();
     }
     const bool isList = type == YAML_SEQUENCE_START_EVENT;
     std::vector<std::string> texts = isList ? readList() : oneText();
     if (texts.empty() && !(isList && key->isList)) return;
-    if (!isList && key->key == "keywords") texts = parted(texts.front());
-    Property property{key->key, key->isList, {}};
+    if (!isList && name == "keywords") texts = parted(texts.front());
     if (!key->isList) texts = {joined(texts)};
-    for (const std::string& value : texts) property.values.emplace_back(std::string_view(value));
+    Property property{key, {}};
+    for (const std::string& value : texts) property.texts.emplace_back(std::string_view(value));
     properties_.push_back(std::move(property));
   }
 
@@ -230,7 +227,6 @@ class Reader {
   int depth_ = 0;
   std::unordered_map<std::string, std::string> anchors_;
   std::vector<Property> properties_;
-  std::vector<Property> inOrder_;
 };
 
 /// The line at `at`, without what ends it and blanks before that; moves `at` to the next one.
@@ -256,13 +252,13 @@ std::string frontMatter(const std::vector<Property>& properties, Losses& losses)
   };
   emitter.begin();
   for (const Property& property : properties) {
-    emitter.scalar(property.key, YAML_PLAIN_SCALAR_STYLE);
-    if (!property.isList) {
-      value(property.values.front());
+    emitter.scalar(property.key->name, YAML_PLAIN_SCALAR_STYLE);
+    if (!property.key->isList) {
+      value(property.texts.front());
       continue;
     }
     emitter.beginList();
-    for (const ns::String& element : property.values) value(element);
+    for (const ns::String& element : property.texts) value(element);
     emitter.endList();
   }
   emitter.end();

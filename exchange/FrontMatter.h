@@ -4,7 +4,8 @@
 #include <string_view>
 #include <vector>
 
-#include "exchange/ItemContent.h"
+#include "exchange/DocumentProperties.h"
+#include "exchange/Exchange.h"
 
 namespace tavlin {
 

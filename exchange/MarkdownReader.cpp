@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "exchange/FrontMatter.h"
+#include "exchange/ItemContent.h"
 #include "exchange/MarkdownFormat.h"
 #include "exchange/MarkdownGuard.h"
 #include "exchange/MarkdownTags.h"
@@ -67,7 +68,7 @@ class InlineText {
  public:
   InlineText(MarkdownGuard& guard, Losses& losses) : guard_(guard), losses_(losses) {}
 
-  [[nodiscard]] const StyledText& text() const { return text_; }
+  [[nodiscard]] const StyledTextBuilder& text() const { return text_; }
   void clear() {
     text_.clear();
     styles_.assign(1, {});
@@ -142,7 +143,7 @@ class InlineText {
 
   MarkdownGuard& guard_;
   Losses& losses_;
-  StyledText text_;
+  StyledTextBuilder text_;
   std::vector<TextStyle> styles_{TextStyle()};  // of the nodes that are open
   MarkdownTags tags_;
   std::vector<std::string> links_;
@@ -171,7 +172,7 @@ class MarkdownReader {
     endTail();
     for (const std::string& url : inline_.links()) parsed.definitions.erase(url);
     making_.losses().values += parsed.definitions.size();
-    setPropertiesOfDocument(making_.document(), front_.properties);
+    setDocumentProperties(making_.document(), front_.properties);
     making_.expandAll();
     return making_.finish();
   }
@@ -186,7 +187,7 @@ class MarkdownReader {
     std::shared_ptr<OLNode> item;  // none for the document
     bool hasTitle = false;
     std::vector<Heading> headings;  // those that what comes next stands below
-    StyledText note;
+    StyledTextBuilder note;
   };
 
   void enter(cmark_node* node) {
@@ -279,7 +280,7 @@ class MarkdownReader {
   void readCode(cmark_node* node) {
     std::string_view code = guard_.original(viewOf(cmark_node_get_literal(node)));
     code = code.substr(0, code.find_last_not_of('\n') + 1);
-    StyledText text;
+    StyledTextBuilder text;
     TextStyle style;
     style.isFixedWidth = true;
     text.append(code, style);
@@ -290,14 +291,14 @@ class MarkdownReader {
   void readHtml(cmark_node* node) {
     std::string_view html = guard_.original(viewOf(cmark_node_get_literal(node)));
     html = html.substr(0, html.find_last_not_of(" \n") + 1);
-    StyledText text;
+    StyledTextBuilder text;
     if (html != kNothing) text.append(html, {});
     addText(text, html.find('\n') == std::string_view::npos);
   }
 
   /// A part of the text of the item above: its title, where it has none yet and the part can be
   /// one, or more of its note.
-  void addText(const StyledText& text, bool canBeTitle) {
+  void addText(const StyledTextBuilder& text, bool canBeTitle) {
     Frame& frame = frames_.back();
     if (frame.item && !frame.hasTitle && canBeTitle) {
       frame.hasTitle = true;
@@ -305,8 +306,8 @@ class MarkdownReader {
     }
     if (text.empty()) return;
     if (frame.item && frame.headings.empty()) {
+      if (!frame.hasTitle) OutlineMaking::setTitle(*frame.item, "");
       frame.hasTitle = true;
-      if (!titleOf(*frame.item)) OutlineMaking::setTitle(*frame.item, "");
       return addToNote(frame.note, text);
     }
     if (last_) return addToNote(tail_, text);
@@ -315,17 +316,15 @@ class MarkdownReader {
     setTitle(*item, text);
   }
 
-  static bool titleOf(const OLNode& item) { return !item.dataForKey("title").isNone(); }
-
-  static void addToNote(StyledText& note, const StyledText& text) {
+  static void addToNote(StyledTextBuilder& note, const StyledTextBuilder& text) {
     if (!note.empty()) note.appendBreak("\n\n");
     note.append(text);
   }
 
-  void setTitle(OLNode& item, const StyledText& text) {
+  void setTitle(OLNode& item, const StyledTextBuilder& text) {
     item.setDataForKey(text.value(titleAttributes_), "title");
   }
-  void setNote(OLNode& item, const StyledText& text) {
+  void setNote(OLNode& item, const StyledTextBuilder& text) {
     if (!text.empty()) item.setDataForKey(text.value(noteAttributes_), "note");
   }
   void endTail() {
@@ -337,10 +336,10 @@ class MarkdownReader {
   FrontMatter front_;
   MarkdownGuard guard_;
   InlineText inline_;
-  StyledText table_;  // the one that is open, row by row
+  StyledTextBuilder table_;  // the one that is open, row by row
   std::vector<Frame> frames_;
   std::shared_ptr<OLNode> last_;  // the item made last
-  StyledText tail_;               // its note, while it may grow and no frame has it
+  StyledTextBuilder tail_;               // its note, while it may grow and no frame has it
   StyleAttributes titleAttributes_{OLTree::titleStringAttributes()};
   StyleAttributes noteAttributes_{OLTree::noteStringAttributes()};
 };

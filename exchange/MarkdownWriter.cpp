@@ -55,7 +55,8 @@ class MarkdownWriter {
 
   Losses write() {
     const auto root = source_.document->rootItem();
-    out_.put(frontMatter(propertiesOfDocument(*source_.document, losses_), losses_));
+    losses_.values += countOfOtherDocumentValues(*source_.document);
+    out_.put(frontMatter(documentProperties(*source_.document), losses_));
     const auto& controller = source_.document->treeController();
     hasMarks_ = controller && hasShownCheckedItem(*controller->tree());
     for (auto walk = source_.item ? OutlineWalk::from(source_.item) : OutlineWalk::below(root);

@@ -161,7 +161,7 @@ const ns::Dictionary& StyleAttributes::of(const TextStyle& style) {
   return made_.front().second;
 }
 
-void StyledText::append(std::string_view utf8, const TextStyle& style) {
+void StyledTextBuilder::append(std::string_view utf8, const TextStyle& style) {
   if (utf8.empty()) return;
   const TextStyle plain;
   if (!break_.empty()) {
@@ -178,7 +178,7 @@ void StyledText::append(std::string_view utf8, const TextStyle& style) {
   }
 }
 
-void StyledText::appendBreak(std::string_view ascii) {
+void StyledTextBuilder::appendBreak(std::string_view ascii) {
   if (text_.empty()) {
     append(ascii, TextStyle());
   } else {
@@ -186,7 +186,7 @@ void StyledText::appendBreak(std::string_view ascii) {
   }
 }
 
-void StyledText::append(const StyledText& other) {
+void StyledTextBuilder::append(const StyledTextBuilder& other) {
   size_t begin = 0;
   for (const Run& run : other.runs_) {
     append(std::string_view(other.text_).substr(begin, run.end - begin), run.style);
@@ -195,13 +195,13 @@ void StyledText::append(const StyledText& other) {
   append(std::string_view(other.text_).substr(begin), TextStyle());
 }
 
-void StyledText::clear() {
+void StyledTextBuilder::clear() {
   text_.clear();
   break_.clear();
   runs_.clear();
 }
 
-ns::Value StyledText::value(StyleAttributes& attributes) const {
+ns::Value StyledTextBuilder::value(StyleAttributes& attributes) const {
   const ns::String string{std::string_view(text_)};
   if (runs_.empty()) return string;
   ns::MutableAttributedString rich((ns::AttributedString(string)));

@@ -68,13 +68,13 @@ class StyleAttributes {
 };
 
 /// Text that grows stretch by stretch, each with its look.
-class StyledText {
+class StyledTextBuilder {
  public:
   void append(std::string_view utf8, const TextStyle& style);
   /// A blank or line breaks, with the look that the text before and behind have in common.
   void appendBreak(std::string_view ascii);
   /// All of another text.
-  void append(const StyledText& other);
+  void append(const StyledTextBuilder& other);
 
   [[nodiscard]] bool empty() const { return text_.empty() && break_.empty(); }
   /// As UTF-8, without a break at its end.
