@@ -272,6 +272,43 @@ std::optional<ns::Value> OLNode::archivedValueForKey(std::string_view key, Wante
   return archive.value(*number, entry, &dataAfterLoading(isArchivedDataEscaped_));
 }
 
+std::optional<ns::Dictionary> OLNode::dataInPassing() const {
+  if (archived_.data != 0) {
+    if (auto simple = archivedSimpleData()) return simple;
+  }
+  return data();
+}
+
+std::optional<ns::Dictionary> OLNode::archivedSimpleData() const {
+  using EntryKind = ns::KeyedArchive::EntryKind;
+  const ns::KeyedArchive& archive = *archived_.archive;
+  const ns::KeyedArchive::Record record = archive.record(archived_.data);
+  const auto keys = archive.fieldForKey(record, "NS.keys");
+  const auto objects = archive.fieldForKey(record, "NS.objects");
+  if (!keys || !objects || keys->count != objects->count) return std::nullopt;
+  std::vector<ns::Dictionary::Entry> entries;
+  entries.reserve(keys->count);
+  for (uint64_t i = 0; i < keys->count; ++i) {
+    const ns::KeyedArchive::Entry key = archive.entry(archive.elementTarget(*keys, i));
+    if (key.kind != EntryKind::scalar || !key.object.isString()) return std::nullopt;
+    const uint32_t number = archive.elementTarget(*objects, i);
+    const ns::KeyedArchive::Entry object = archive.entry(number);
+    if (object.kind == EntryKind::null) return std::nullopt;
+    if (object.kind == EntryKind::instance) {
+      // a container may hold the data that it is in, and an object lead to it
+      const ns::Kind kind = archive.record(number, object.object).archivedClass->kind();
+      if (kind == ns::Kind::array || kind == ns::Kind::dictionary || kind == ns::Kind::object) {
+        return std::nullopt;
+      }
+    }
+    entries.emplace_back(archive.sharedScalar(key.object),
+                         archive.value(number, object, &dataAfterLoading(isArchivedDataEscaped_)));
+  }
+  ns::Dictionary data(std::move(entries));
+  data.setArchivedClass(record.archivedClass->info);
+  return data;
+}
+
 void OLNode::loadArchivedData() const {
   data_ = archived_.archive->value(archived_.data, &dataAfterLoading(isArchivedDataEscaped_))
               .dictionary();

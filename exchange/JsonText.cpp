@@ -134,6 +134,8 @@ void appendJsonString(std::string& out, std::string_view utf8) {
 void JsonWriter::separate() {
   if (needsComma_) out_ += ',';
   needsComma_ = true;
+  if (breaksLine_) out_ += '\n';
+  breaksLine_ = false;
 }
 
 void JsonWriter::begin(char bracket) {

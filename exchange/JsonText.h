@@ -26,7 +26,7 @@ inline void appendJsonString(std::string& out, const char* utf8) {
   appendJsonString(out, std::string_view(utf8));
 }
 
-/// Appends a JSON value to a string, piece by piece and without blanks or line breaks.
+/// Appends a JSON value to a string, piece by piece and without blanks.
 ///
 ///     std::string line;
 ///     JsonWriter json(line);
@@ -80,6 +80,9 @@ class JsonWriter {
   void member(std::string_view name, uint64_t value) { key(name), number(value); }
   void member(std::string_view name, int value) { key(name), number(value); }
 
+  /// What comes next begins a line, behind its comma.
+  void breakLine() { breaksLine_ = true; }
+
   /// A value in the caller's own words.
   void literal(std::string_view json);
 
@@ -91,6 +94,7 @@ class JsonWriter {
   std::string& out_;
   JsonSurrogates surrogates_;
   bool needsComma_ = false;
+  bool breaksLine_ = false;
 };
 
 }  // namespace tavlin

@@ -86,6 +86,9 @@ class OLNode : public ns::Object {
   /// The stored values by key; none when there is no dictionary, which reads as an empty one.
   [[nodiscard]] std::optional<ns::Dictionary> data() const;
   void setData(std::optional<ns::Dictionary> data);
+  /// The same values in a dictionary of the moment: what still lies in the archive stays there, so
+  /// that passing over a document once takes the memory of one item.  Defined in document/.
+  [[nodiscard]] std::optional<ns::Dictionary> dataInPassing() const;
 
   /// The derived values by key.  Never archived.
   [[nodiscard]] ns::Dictionary runtimeAttributes() const;
@@ -103,6 +106,8 @@ class OLNode : public ns::Object {
 
   /// -isExpanded  The flag, but false while the node has no children.
   [[nodiscard]] bool isExpanded() const { return isExpanded_ && countChildren() > 0; }
+  /// The flag as it is stored, whether there are children or not.
+  [[nodiscard]] bool storesExpanded() const { return isExpanded_; }
   /// Stores the flag, also on a node without children, where it waits for the first one.
   void setIsExpanded(bool isExpanded) { isExpanded_ = isExpanded; }
 
@@ -276,6 +281,9 @@ class OLNode : public ns::Object {
   /// when the data has to be decoded.  Defined in document/.
   [[nodiscard]] std::optional<ns::Value> archivedValueForKey(std::string_view key,
                                                              Wanted wanted) const;
+  /// Data that still lies in the archive, where it is made of bare keys and of no containers.
+  /// Defined in document/.
+  [[nodiscard]] std::optional<ns::Dictionary> archivedSimpleData() const;
   /// Takes over what the unarchiver's record says.  Defined in document/, like the two below.
   void readArchived(ns::KeyedUnarchiver& unarchiver);
   /// Makes the children, or the data, that still lie in the archive.

@@ -11,6 +11,7 @@ void addCommands(CLI::App& table, Action& action) {
   addInfo(table, action);
   addFind(table, action);
   addCompletions(table, action);
+  addCheck(table, action);
 }
 
 CLI::Option* addFiles(CLI::App& command, std::vector<std::string>& files) {

@@ -18,6 +18,7 @@ void addShow(CLI::App& table, Action& action);
 void addInfo(CLI::App& table, Action& action);
 void addFind(CLI::App& table, Action& action);
 void addCompletions(CLI::App& table, Action& action);
+void addCheck(CLI::App& table, Action& action);
 
 /// All of them, in the order in which help shows them.
 void addCommands(CLI::App& table, Action& action);

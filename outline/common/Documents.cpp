@@ -114,14 +114,22 @@ void saveDocument(const OpenDocument& opened, const SaveOptions& options) {
   try {
     const std::optional<ns::DataPieces> content = opened.document->dataRepresentationInPieces();
     if (!content) throw FileFailure("the document has no controller");
-    if (options.keepsBackup) keepBackup(opened.file, opened.content);
-    ns::writeFileAtomically(opened.file, *content, opened.state);
+    saveContent(opened.file, opened.content, opened.state, *content, options);
+  } catch (const ns::Exception& exception) {
+    throw FileFailure(exception.what());
+  }
+}
+
+void saveContent(const std::string& file, const ns::Data& former, const ns::FileState& state,
+                 const ns::DataPieces& content, const SaveOptions& options) {
+  if (options.isDryRun) return;
+  try {
+    if (options.keepsBackup) keepBackup(file, former);
+    ns::writeFileAtomically(file, content, state);
   } catch (const ns::FileChangedException&) {
     throw FileFailure("another program has changed it meanwhile; nothing was written");
   } catch (const ns::FileException& exception) {
     throw FileFailure(std::strerror(exception.error()));
-  } catch (const ns::Exception& exception) {
-    throw FileFailure(exception.what());
   }
 }
 

@@ -44,6 +44,11 @@ struct SaveOptions {
 /// meanwhile; it is then as that left it.
 void saveDocument(const OpenDocument& opened, const SaveOptions& options);
 
+/// Writes content over a file whose former content, and state, were read.  For what saveDocument()
+/// does, and for those who change a file without a document.  Raises as that does.
+void saveContent(const std::string& file, const ns::Data& former, const ns::FileState& state,
+                 const ns::DataPieces& content, const SaveOptions& options);
+
 /// The files that arguments name, in order: a file itself, a folder all documents below it (names
 /// that end in
 /// ".tavlin"), by name, those of a folder before those of its subfolders.  Folders that cannot be

@@ -177,6 +177,32 @@ AttributedString::AttributedString(const String& text, const Dictionary& attribu
   }
 }
 
+AttributedString AttributedString::withStretches(const String& text,
+                                                 const std::vector<Stretch>& stretches,
+                                                 ClassRef archivedClass) {
+  auto* made = new AttributedStringBody();
+  AttributedString result{Ref<const ValueBody>(made)};
+  made->text = text;
+  made->archivedClass = std::move(archivedClass);
+  const size_t length = text.length();
+  size_t covered = 0;
+  for (const auto& [stretch, attributes] : stretches) {
+    if (stretch == 0) continue;
+    if (stretch > length - covered) {
+      throw InvalidArgumentException("stretches of an attributed string are longer than its text");
+    }
+    made->runs.push_back({covered, static_cast<uint32_t>(made->attributes.size())});
+    made->attributes.push_back(attributes);
+    covered += stretch;
+  }
+  if (covered != length) {
+    throw InvalidArgumentException("stretches of an attributed string cover " +
+                                   std::to_string(covered) + " of " + std::to_string(length) +
+                                   " units");
+  }
+  return result;
+}
+
 AttributedString::AttributedString(const Value& value) {
   if (value.kind() == Kind::attributedString) {
     body_ = value.body();
@@ -207,6 +233,8 @@ AttributedString AttributedString::immutableCopy() const {
   return result;
 }
 
+String AttributedString::archivedString() const { return body().text; }
+bool AttributedString::hasOtherFields() const { return !body().otherFields.empty(); }
 size_t AttributedString::runCount() const { return body().runs.size(); }
 
 Range AttributedString::runRange(size_t run) const {

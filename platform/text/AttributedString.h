@@ -36,6 +36,12 @@ class AttributedString {
   explicit AttributedString(const String& text);
   /// The text with the same attributes throughout.
   AttributedString(const String& text, const Dictionary& attributes);
+  /// Text made of stretches in order, each with its length and its attributes.  Those of no length
+  /// are left out.  Raises InvalidArgumentException when the others do not cover the text exactly.
+  /// `archivedClass` is "NSMutableAttributedString" or the like, none for the usual one.
+  using Stretch = std::pair<size_t, Dictionary>;
+  static AttributedString withStretches(const String& text, const std::vector<Stretch>& stretches,
+                                        ClassRef archivedClass = nullptr);
   /// The attributed string of a value; empty for a value of another kind.
   explicit AttributedString(const Value& value);
 
@@ -77,6 +83,10 @@ class AttributedString {
   /// as a class derived from it, is archived as NSAttributedString; any other is this very text.
   /// Costs time in proportion to the runs.
   [[nodiscard]] AttributedString immutableCopy() const;
+  /// string() with the class that the text itself had in its archive.
+  [[nodiscard]] String archivedString() const;
+  /// Whether the archive said more than text and attributes, which only copying keeps.
+  [[nodiscard]] bool hasOtherFields() const;
 
  private:
   friend class MutableAttributedString;

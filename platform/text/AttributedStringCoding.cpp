@@ -7,6 +7,7 @@
 
 #include "platform/archive/FieldReader.h"
 #include "platform/archive/KeyedArchiver.h"
+#include "platform/text/AttributeRuns.h"
 #include "platform/text/AttributedString.h"
 #include "platform/text/AttributedStringBody.h"
 
@@ -19,24 +20,6 @@ struct StoredRun {
   uint64_t attributes;
 };
 
-std::optional<uint64_t> readNumber(std::string_view bytes, size_t& at) {
-  uint64_t number = 0;
-  for (unsigned shift = 0; at < bytes.size(); shift += 7) {
-    const auto byte = static_cast<unsigned char>(bytes[at++]);
-    if (shift > 56) return std::nullopt;
-    number |= uint64_t{byte & 127U} << shift;
-    if (byte < 128) return number;
-  }
-  return std::nullopt;
-}
-
-void appendNumber(std::string& bytes, uint64_t number) {
-  for (; number >= 128; number >>= 7) {
-    bytes.push_back(static_cast<char>(static_cast<unsigned char>(number) | 128));
-  }
-  bytes.push_back(static_cast<char>(number));
-}
-
 std::optional<uint32_t> reference(const KeyedArchive& archive, const KeyedArchive::Record& record,
                                   const char* key) {
   const uint32_t position = record.shape->find(key);
@@ -46,21 +29,11 @@ std::optional<uint32_t> reference(const KeyedArchive& archive, const KeyedArchiv
   return number;
 }
 
-/// The bytes of the run list: bare data, or an object that holds them.
+/// The bytes of the run list.
 std::optional<std::string_view> runList(const KeyedArchive& archive,
                                         const KeyedArchive::Record& record) {
   const auto number = reference(archive, record, "NSAttributeInfo");
-  if (!number) return std::nullopt;
-  const KeyedArchive::Entry entry = archive.entry(*number);
-  if (entry.kind == KeyedArchive::EntryKind::scalar) {
-    if (entry.object.type == KeyedArchive::Type::data) return entry.object.text();
-  } else if (entry.kind == KeyedArchive::EntryKind::instance) {
-    const KeyedArchive::Record held = archive.record(*number, entry.object);
-    auto bytes = archive.fieldForKey(held, "NS.data");
-    if (!bytes) bytes = archive.fieldForKey(held, "NS.bytes");
-    if (bytes && bytes->type == KeyedArchive::Type::data) return bytes->text();
-  }
-  return std::nullopt;
+  return number ? archivedRunList(archive, *number) : std::nullopt;
 }
 
 const char* const kOwnKeys[] = {"NSString", "NSAttributes", "NSAttributeInfo", "$class"};
@@ -73,6 +46,37 @@ bool isOwnKey(const String& key) {
 }
 
 }  // namespace
+
+std::optional<uint64_t> readRunNumber(std::string_view bytes, size_t& at) {
+  uint64_t number = 0;
+  for (unsigned shift = 0; at < bytes.size(); shift += 7) {
+    const auto byte = static_cast<unsigned char>(bytes[at++]);
+    if (shift > 56) return std::nullopt;
+    number |= uint64_t{byte & 127U} << shift;
+    if (byte < 128) return number;
+  }
+  return std::nullopt;
+}
+
+void appendRunNumber(std::string& bytes, uint64_t number) {
+  for (; number >= 128; number >>= 7) {
+    bytes.push_back(static_cast<char>(static_cast<unsigned char>(number) | 128));
+  }
+  bytes.push_back(static_cast<char>(number));
+}
+
+std::optional<std::string_view> archivedRunList(const KeyedArchive& archive, uint32_t number) {
+  const KeyedArchive::Entry entry = archive.entry(number);
+  if (entry.kind == KeyedArchive::EntryKind::scalar) {
+    if (entry.object.type == KeyedArchive::Type::data) return entry.object.text();
+  } else if (entry.kind == KeyedArchive::EntryKind::instance) {
+    const KeyedArchive::Record held = archive.record(number, entry.object);
+    auto bytes = archive.fieldForKey(held, "NS.data");
+    if (!bytes) bytes = archive.fieldForKey(held, "NS.bytes");
+    if (bytes && bytes->type == KeyedArchive::Type::data) return bytes->text();
+  }
+  return std::nullopt;
+}
 
 void AttributedStringBody::check(const KeyedArchive& archive, uint32_t number) {
   const KeyedArchive::Record record = archive.record(number);
@@ -108,8 +112,8 @@ void AttributedStringBody::check(const KeyedArchive& archive, uint32_t number) {
   if (!bytes) archive.fail(number, "the runs of an attributed string are no data");
   uint64_t covered = 0;
   for (size_t at = 0; at < bytes->size();) {
-    const auto length = readNumber(*bytes, at);
-    const auto index = readNumber(*bytes, at);
+    const auto length = readRunNumber(*bytes, at);
+    const auto index = readRunNumber(*bytes, at);
     if (!length || !index) archive.fail(number, "the runs of an attributed string break off");
     if (*index >= list->count) {
       archive.fail(number, "a run with attributes " + std::to_string(*index) + " of " +
@@ -170,8 +174,8 @@ Value AttributedStringBody::decode(const std::shared_ptr<const KeyedArchive>& ar
   }
   size_t start = 0;
   for (size_t at = 0; at < bytes->size();) {
-    const uint64_t length = *readNumber(*bytes, at);
-    const auto index = static_cast<uint32_t>(*readNumber(*bytes, at));
+    const uint64_t length = *readRunNumber(*bytes, at);
+    const auto index = static_cast<uint32_t>(*readRunNumber(*bytes, at));
     if (length > 0) body->runs.push_back({start, index});
     start += length;
   }
@@ -219,8 +223,8 @@ void AttributedStringBody::encode(KeyedArchiver& archiver) const {
     archiver.encodeObjectForKey(Value(list), "NSAttributes");
     std::string bytes;
     for (const StoredRun& run : stored) {
-      appendNumber(bytes, run.length);
-      appendNumber(bytes, run.attributes);
+      appendRunNumber(bytes, run.length);
+      appendRunNumber(bytes, run.attributes);
     }
     archiver.encodeObjectForKey(Value::dataWithArchivedClass(Data(std::move(bytes)), mutableData),
                                 "NSAttributeInfo");

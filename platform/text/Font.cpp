@@ -10,9 +10,6 @@ namespace ns {
 
 namespace {
 
-// Chosen by name, without a matrix: what every named font carries in archives.
-constexpr int64_t kFlagsOfNamedFont = 16;
-
 struct KnownFamily {
   std::string_view font;  // the font name up to its first hyphen
   const char* family;

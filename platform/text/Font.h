@@ -11,6 +11,9 @@ namespace ns {
 /// need not be installed here; what the record says besides stays as it is.
 class Font {
  public:
+  /// What archives hold under "NSfFlags" for every font that was chosen by name and has no matrix.
+  static constexpr int64_t kFlagsOfNamedFont = 16;
+
   /// The font of a value of kind font; none of a record that has no name.
   static std::optional<Font> fromValue(const Value& value);
   /// A font by PostScript name and size in points, whether installed or not.
