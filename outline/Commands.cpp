@@ -11,6 +11,8 @@ void addCommands(CLI::App& table, Action& action) {
   addShow(table, action);
   addInfo(table, action);
   addFind(table, action);
+  addExport(table, action);
+  addImport(table, action);
   addCompletions(table, action);
   addCheck(table, action);
   addNew(table, action);
@@ -82,6 +84,15 @@ CLI::Option* addChoice(CLI::App& command, const std::string& names, size_t& chos
   return command.add_option_function<std::string>(names, set, help)
       ->type_name(form)
       ->check(CLI::IsMember(words).description(""));
+}
+
+void addFormat(CLI::App& command, const std::string& option, std::string& format,
+               const std::vector<std::string>& names, const std::string& help) {
+  std::string form;
+  for (const std::string& name : names) form += (form.empty() ? "" : "|") + name;
+  command.add_option(option, format, help)
+      ->type_name(form)
+      ->check(CLI::IsMember(names).description(""));
 }
 
 void setAction(CLI::App& command, Action& chosen, Action action) {

@@ -17,6 +17,8 @@ namespace tavlin {
 void addShow(CLI::App& table, Action& action);
 void addInfo(CLI::App& table, Action& action);
 void addFind(CLI::App& table, Action& action);
+void addExport(CLI::App& table, Action& action);
+void addImport(CLI::App& table, Action& action);
 void addCompletions(CLI::App& table, Action& action);
 void addCheck(CLI::App& table, Action& action);
 void addNew(CLI::App& table, Action& action);
@@ -48,6 +50,10 @@ void addSaveOptions(CLI::App& command, SaveOptions& options);
 /// An option whose value is one of some words, which become numbers from 0 on.
 CLI::Option* addChoice(CLI::App& command, const std::string& names, size_t& chosen,
                        const std::vector<std::string>& words, const std::string& help);
+
+/// An option whose value names a format.
+void addFormat(CLI::App& command, const std::string& option, std::string& format,
+               const std::vector<std::string>& names, const std::string& help);
 
 /// Runs the action when the command is what the arguments name.
 void setAction(CLI::App& command, Action& chosen, Action action);
