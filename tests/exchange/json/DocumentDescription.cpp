@@ -70,10 +70,20 @@ std::string describeText(const ns::AttributedString& text, int depth) {
   std::string out = "rich" + describeClass(text.archivedClass(), "NSAttributedString") +
                     describeClass(text.archivedString().archivedClass(), "") +
                     describeUnits(text.string());
+  // where one of two equal runs ends is nothing that counts
+  size_t length = 0;
+  std::string attributes;
+  const auto finish = [&] {
+    if (length > 0) out += "[" + std::to_string(length) + " " + attributes + "]";
+    length = 0;
+  };
   for (size_t i = 0; i < text.runCount(); ++i) {
-    out += "[" + std::to_string(text.runRange(i).length) + " " +
-           describeDictionary(text.runAttributes(i), "NSDictionary", depth) + "]";
+    std::string next = describeDictionary(text.runAttributes(i), "NSDictionary", depth);
+    if (next != attributes) finish();
+    attributes = std::move(next);
+    length += text.runRange(i).length;
   }
+  finish();
   return out;
 }
 
