@@ -129,6 +129,11 @@ class PatchWriter {
         entries_[number] = entries_[0];
         return number;
       }
+      if (found.kind == ns::KeyedArchive::EntryKind::scalar && found.object.type == Type::date) {
+        number = newNumber();  // an object of its own, like one in a record
+        entries_[number] = copiedScalar(found.object);
+        return number;
+      }
       if (found.kind == ns::KeyedArchive::EntryKind::scalar) {
         return number = numberOfScalar(found.object, archive_.entryIndex(entry.id));
       }

@@ -55,6 +55,7 @@ class Inspector {
     values_.passReference(controller_);
     for (const auto& entry : archive_->otherTopEntries()) values_.passTop(entry.second);
     while (const uint32_t object = values_.takeObject()) passObject(object);
+    values_.passLinks();
     if (const uint64_t count = values_.unmetCount(); count > 0) {
       findings_.add({{},
                      FindingCode::unused,
@@ -182,22 +183,25 @@ DocumentInspection::DocumentInspection(DocumentInspection&&) noexcept = default;
 DocumentInspection& DocumentInspection::operator=(DocumentInspection&&) noexcept = default;
 
 uint64_t DocumentInspection::repairableCount() const {
-  return static_cast<uint64_t>(std::ranges::count_if(findings_, &Finding::isRepairable));
+  uint64_t count = 0;
+  for (const Finding& each : findings_) count += each.isRepairable ? each.count : 0;
+  return count;
 }
 
-bool DocumentInspection::hasFaults() const {
-  return std::ranges::any_of(
-      findings_, [](const Finding& each) { return each.severity() != FindingSeverity::note; });
+uint64_t DocumentInspection::faultCount() const {
+  uint64_t count = 0;
+  for (const Finding& each : findings_) {
+    count += each.severity() == FindingSeverity::note ? 0 : each.count;
+  }
+  return count;
 }
 
 std::optional<ns::Data> DocumentInspection::repaired() const {
   if (!inspected_ || inspected_->mends.empty()) return std::nullopt;
   ns::Data mended = mendedArchive(inspected_->archive, inspected_->mends);
   const DocumentInspection after(mended);
-  for (const Finding& each : after.findings()) {
-    if (each.isRepairable || each.code == FindingCode::archive) {
-      throw ns::Exception("the mended document would not be sound: " + each.text);
-    }
+  if (after.faultCount() + repairableCount() > faultCount()) {
+    throw ns::Exception("the mended document would not be sound: " + after.findings().front().text);
   }
   return mended;
 }

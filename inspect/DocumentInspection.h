@@ -40,6 +40,7 @@ struct Finding {
   std::string text;    ///< What is wrong, in one line without a full stop at its end.
   std::string remedy;  ///< What the repair does about it, in such words; empty: nothing.
   bool isRepairable = false;
+  uint64_t count = 1;  ///< How many it stands for, where those of a kind are summed up.
 
   [[nodiscard]] FindingSeverity severity() const { return severityOf(code); }
 };
@@ -65,10 +66,10 @@ class DocumentInspection {
 
   /// Those of the document as a whole first, then by item in document order.
   [[nodiscard]] const std::vector<Finding>& findings() const { return findings_; }
-  /// How many of them repaired() mends.
+  /// How many of them repaired() mends; of those that are summed up each counts.
   [[nodiscard]] uint64_t repairableCount() const;
-  /// Whether any is more than a note.
-  [[nodiscard]] bool hasFaults() const;
+  /// How many are more than notes, counted the same way.
+  [[nodiscard]] uint64_t faultCount() const;
 
   /// The content of the file with everything repairable mended; none where nothing is.
   ///

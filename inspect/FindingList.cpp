@@ -56,7 +56,7 @@ std::vector<Finding> FindingList::findings(const ItemPlaces& places) {
       more.remedy = each.remedy;
       continue;
     }
-    Finding finding{{}, each.code, std::move(each.text), std::move(each.remedy), false};
+    Finding finding{{}, each.code, std::move(each.text), std::move(each.remedy)};
     if (each.place.owner != ItemPlaces::kNone) {
       finding.path = pathOf(places.pathOfListing(each.place.owner, each.place.index));
     }
@@ -72,7 +72,8 @@ std::vector<Finding> FindingList::findings(const ItemPlaces& places) {
                     static_cast<FindingCode>(code),
                     std::to_string(more.count) + " more of this kind",
                     more.isRefused ? std::string() : std::move(more.remedy),
-                    false});
+                    false,
+                    more.count});
   }
   for (Finding& each : told) each.isRepairable = !each.remedy.empty();
   entries_.clear();

@@ -83,12 +83,15 @@ std::optional<InspectedArchive::Found> InspectedArchive::find(const Record& dict
 }
 
 std::string InspectedArchive::quoted(uint32_t number) const {
+  constexpr size_t kLongest = 60;
   const auto text = archive_->storedText(number);
   if (!text) return "a value";
-  std::string line = "\"" + ns::KeyedArchive::string(*text).utf8() + "\"";
-  std::ranges::replace_if(
-      line, [](char each) { return static_cast<unsigned char>(each) < ' '; }, ' ');
-  return line;
+  const ns::String whole = ns::KeyedArchive::string(*text);
+  const bool isLong = whole.length() > kLongest;
+  std::string line = isLong ? whole.substring({0, kLongest}).utf8() + "..." : whole.utf8();
+  const auto isControl = [](char each) { return static_cast<unsigned char>(each) < ' '; };
+  std::ranges::replace_if(line, isControl, ' ');
+  return "\"" + line + "\"";
 }
 
 ArchivedList::ArchivedList(const ns::KeyedArchive& archive,

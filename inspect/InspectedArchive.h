@@ -45,7 +45,8 @@ class InspectedArchive {
     uint32_t value;
   };
   [[nodiscard]] std::optional<Found> find(const Record& dictionary, std::string_view key) const;
-  /// The text of an entry in quotes, fit for a message in one line; "a value" for what is no text.
+  /// The text of an entry in quotes, or the beginning of a long one, fit for a message in one line;
+  /// "a value" for what is no text.
   [[nodiscard]] std::string quoted(uint32_t number) const;
 
  private:

@@ -184,7 +184,7 @@ bool ItemWalk::passRecord(uint32_t number, const InspectedArchive::Record& recor
     if (!target) continue;
     values_.meet(*target);
     if (at == dataAt) values_.passData(*target, place);
-    if (at == parentAt) values_.passReference(*target);
+    if (at == parentAt) values_.addLink(*target);
   }
   if (item == kNone) return false;
   const int64_t version = ns::FieldReader(*archive_, number, record).integer(kEncodingVersionKey);

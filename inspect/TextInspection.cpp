@@ -133,10 +133,12 @@ uint32_t TextInspection::privateFontIn(uint32_t dictionary) {
 }
 
 bool TextInspection::isPrivate(uint32_t number) {
-  const auto [found, isNew] = fonts_.try_emplace(number, false);
-  if (!isNew) return found->second;
   const auto font = ns::Font::fromValue(archive_->value(number));
-  return found->second = font && !isFamilyNameSuitableForUserDocuments(font->familyName());
+  if (!font) return false;
+  // the family of an uncommon font has to be looked for among those of the machine
+  const auto [found, isNew] = privateNames_.try_emplace(font->fontName(), false);
+  if (isNew) found->second = !isFamilyNameSuitableForUserDocuments(font->familyName());
+  return found->second;
 }
 
 std::optional<std::vector<MendedRun>> TextInspection::coveringRuns(const Form& form) {

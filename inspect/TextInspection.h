@@ -81,7 +81,7 @@ class TextInspection {
   std::unordered_map<uint32_t, Runs> runs_;
   std::unordered_map<uint32_t, Attributes> attributes_;
   std::unordered_map<uint32_t, uint32_t> privateFonts_;  // by dictionary
-  std::unordered_map<uint32_t, bool> fonts_;
+  std::unordered_map<ns::String, bool> privateNames_;    // of fonts
   uint64_t budget_;  // units of text and runs to go through for fonts
 };
 

@@ -44,6 +44,12 @@ void ValueWalk::passReference(uint32_t number) {
   run({});
 }
 
+void ValueWalk::passLinks() {
+  isOwned_ = false;
+  for (const uint32_t number : links_) passReference(number);
+  links_.clear();
+}
+
 void ValueWalk::passTop(const ns::KeyedArchive::Object& value) {
   if (value.type == Type::uid) {
     reach(archive_->target(value), false);
@@ -118,7 +124,7 @@ void ValueWalk::pass(const Pending& next, const TextInspection::Context& context
   const auto record = archive_.instance(next.number);
   if (!record) return;
   const ns::Kind kind = record->archivedClass->kind();
-  if (kind == ns::Kind::object) {
+  if (kind == ns::Kind::object && isOwned_) {
     objects_.push_back(next.number);
     return;
   }

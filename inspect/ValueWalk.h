@@ -24,6 +24,10 @@ class ValueWalk {
   void passData(uint32_t data, const FindingPlace& place);
   /// Anything that is referred to.
   void passReference(uint32_t number);
+  /// What a link to a parent leads to, which is not there for the link's sake: loading makes no
+  /// object of it, and refuses only values that are unsound.  For when all else was passed.
+  void passLinks();
+  void addLink(uint32_t number) { links_.push_back(number); }
   /// A value that stands in "$top".
   void passTop(const ns::KeyedArchive::Object& value);
 
@@ -63,6 +67,8 @@ class ValueWalk {
   ns::Zeros<uint8_t> states_;  // by number
   std::vector<Pending> pending_;
   std::vector<uint32_t> objects_;
+  std::vector<uint32_t> links_;
+  bool isOwned_ = true;  // what is passed: not only links lead there
 };
 
 }  // namespace tavlin

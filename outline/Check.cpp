@@ -45,11 +45,7 @@ class DocumentCheck {
 
   /// Whether an error or a warning is left.
   [[nodiscard]] bool hasFaultsLeft() const {
-    for (const Finding& finding : inspection_.findings()) {
-      const bool isLeft = !isRepaired_ || !finding.isRepairable;
-      if (isLeft && finding.severity() != FindingSeverity::note) return true;
-    }
-    return false;
+    return inspection_.faultCount() > (isRepaired_ ? inspection_.repairableCount() : 0);
   }
 
  private:

@@ -34,7 +34,7 @@ def described(data):
         found = archive.objects[number]
         if number == 0:
             return 'null'
-        if found != '$null' and not isinstance(found, dict):
+        if found != '$null' and not isinstance(found, (dict, archives.Date)):
             return archives.exact(found)
         if number not in places:
             places[number] = len(order)
@@ -54,6 +54,7 @@ def described(data):
     for number in order:  # grows
         found = archive.objects[number]
         told.append('null entry' if found == '$null' else
+                    archives.exact(found) if isinstance(found, archives.Date) else
                     [archive.class_of(number)] + [(key, field(value)) for key, value in
                                                   found.items() if key != '$class'])
     return told
@@ -229,6 +230,15 @@ class ParentLinks(Checking):
         self.check_link(link, (None, 'unused', False))
         self.assertIn('nowhere else', Archive(self.read()).objects)
         self.assertIn('below', Archive(self.read()).objects)
+
+    def test_what_only_a_link_leads_to_need_not_be_an_outline(self):
+        """Loading makes no item of it."""
+        lost = node({'title': 'lost'}, items('below'))
+        lost.fields['children'].fields['NS.objects'] += [lost, ref('no item')]
+
+        def link(item, first, root):
+            item.fields['parent'] = lost
+        self.check_link(link, (None, 'unused', False))
 
     def test_a_link_of_the_root(self):
         for make in (lambda: node({'title': 'a'}), lambda: Value('text')):
