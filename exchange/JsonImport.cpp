@@ -3,15 +3,15 @@
 #include <optional>
 #include <string>
 
+#include <rapidjson/error/en.h>
+#include <rapidjson/memorystream.h>
+#include <rapidjson/reader.h>
 #include "exchange/Base64.h"
 #include "exchange/JsonDocumentReader.h"
 #include "exchange/JsonFormat.h"
 #include "exchange/JsonObjects.h"
 #include "exchange/JsonSurrogateEscapes.h"
 #include "platform/foundation/Exception.h"
-#include <rapidjson/error/en.h>
-#include <rapidjson/memorystream.h>
-#include <rapidjson/reader.h>
 
 namespace tavlin {
 
