@@ -31,6 +31,7 @@ set(private_headers
   model/runtime/CheckStatePass.h model/runtime/ChildPlaces.h model/runtime/ItemLevels.h
   model/runtime/PointerScope.h model/runtime/SubtreeItems.h model/runtime/UpwardRefresh.h
   model/scan/WalkGuard.h
+  model/undo/PlacedItems.h
   platform/archive/XmlPropertyList.h
   platform/drawing/CairoSupport.h platform/drawing/Drawing.h platform/drawing/GradientFill.h
   platform/drawing/ImagePiece.h platform/drawing/PixelArea.h platform/drawing/PngCoding.h
@@ -41,8 +42,9 @@ set(private_headers
   platform/foundation/FileReading.h platform/foundation/FileSteps.h
   platform/foundation/SignalGuard.h platform/foundation/StringBody.h
   platform/text/AttributedStringBody.h platform/text/LinkAscii.h platform/text/LinkHost.h
-  platform/text/LinkNames.h platform/text/LinkScanner.h platform/text/LinkTables.h platform/text/LinkText.h
-  platform/text/LinkURL.h platform/text/LinkUtf16.h platform/text/LoadedLibrary.h
+  platform/text/LinkNames.h platform/text/LinkScanner.h platform/text/LinkTables.h
+  platform/text/LinkText.h platform/text/LinkURL.h platform/text/LinkUtf16.h
+  platform/text/LoadedLibrary.h
   text/FoldedText.h)
 set(drawing_headers platform/drawing/ ui/BezierPathHelpers.h ui/GradientHelpers.h
   ui/ImageHelpers.h ui/ShadowHelpers.h)

@@ -16,6 +16,11 @@ endif()
 target_include_directories(tavlin_options INTERFACE
   $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}>)
 
+# Tests loop over lists of plain numbers, of which only Clang minds the sign.
+add_library(tavlin_test_options INTERFACE)
+target_compile_options(tavlin_test_options INTERFACE
+  $<$<CXX_COMPILER_ID:Clang>:-Wno-sign-conversion>)
+
 set_property(GLOBAL PROPERTY TAVLIN_COMPONENTS "")
 
 # tavlin_component(NAME model SOURCES a.cpp ... [DEPENDS other-component ...]
@@ -45,7 +50,8 @@ function(tavlin_test)
   cmake_parse_arguments(T "" "NAME" "SOURCES;LINKS;LIBRARIES" ${ARGN})
   set(target test_${T_NAME})
   add_executable(${target} ${T_SOURCES})
-  target_link_libraries(${target} PRIVATE tavlin_options GTest::gmock GTest::gtest_main)
+  target_link_libraries(${target} PRIVATE tavlin_options tavlin_test_options
+    GTest::gmock GTest::gtest_main)
   foreach(component ${T_LINKS})
     target_link_libraries(${target} PRIVATE tavlin_${component})
   endforeach()

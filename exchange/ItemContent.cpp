@@ -24,23 +24,6 @@ uint64_t countUnpaired(std::u16string_view units) {
   return count;
 }
 
-/// The strings of a property; what is none counts as lost.
-std::vector<ns::String> propertyValues(const ns::Value& value, bool isList, Losses& losses) {
-  std::vector<ns::String> values;
-  if (!isList) {
-    if (value.isString()) values.push_back(value.string());
-    return values;
-  }
-  for (const ns::Value& element : value.array()) {
-    if (element.isString()) {
-      values.push_back(element.string());
-    } else {
-      ++losses.values;
-    }
-  }
-  return values;
-}
-
 void appendCount(std::string& text, uint64_t count, std::string_view noun, std::string_view more) {
   if (!text.empty()) text += ", ";
   text += std::to_string(count) + " ";
@@ -99,45 +82,34 @@ std::string_view Utf8Text::of(const ns::Value& text, Losses& losses) {
   return {};
 }
 
-const std::vector<PropertyKey>& propertyKeys() {
-  static const std::vector<PropertyKey> kKeys = {
-      {"title", false},   {"authors", true},  {"organizations", true}, {"copyright", false},
-      {"subject", false}, {"keywords", true}, {"comment", false}};
-  return kKeys;
-}
-
-std::vector<Property> propertiesOfDocument(const OLDataManager& document, Losses& losses) {
-  std::vector<Property> properties;
+uint64_t countOfOtherDocumentValues(const OLDataManager& document) {
   const std::shared_ptr<OLNode> root = document.rootItem();
   const auto data = root ? root->data() : std::nullopt;
-  if (!data) return properties;
+  if (!data) return 0;
   const ns::Value all = data->objectForKey(kProperties);
-  losses.values += data->count() - (all.isDictionary() ? 1 : 0);
-  if (!all.isDictionary()) return properties;
-  const ns::Dictionary dictionary = all.dictionary();
-  size_t known = 0;
-  for (const PropertyKey& key : propertyKeys()) {
-    const ns::Value value = dictionary.objectForKey(key.key);
-    if (key.isList ? !value.isArray() : !value.isString()) continue;
-    properties.push_back({key.key, key.isList, propertyValues(value, key.isList, losses)});
-    ++known;
+  if (!all.isDictionary()) return data->count();
+  uint64_t count = data->count() - 1 + all.dictionary().count();
+  for (const Property& property : documentProperties(document)) {
+    --count;
+    if (property.key->isList) {
+      count += all.dictionary().objectForKey(property.key->name).array().count() -
+               property.texts.size();
+    }
   }
-  losses.values += dictionary.count() - known;
-  return properties;
+  return count;
 }
 
-void setPropertiesOfDocument(OLDataManager& document, const std::vector<Property>& properties) {
+void setDocumentProperties(OLDataManager& document, const std::vector<Property>& properties) {
   if (properties.empty()) return;
   ns::Dictionary dictionary;
   for (const Property& property : properties) {
-    const ns::Value key = ns::String(property.key);
-    if (!property.isList) {
-      dictionary.setObjectForKey(property.values.front(), key);
+    if (!property.key->isList) {
+      dictionary.setObjectForKey(property.texts.front(), property.key->name);
       continue;
     }
     ns::Array list;
-    for (const ns::String& value : property.values) list.append(value);
-    dictionary.setObjectForKey(list, key);
+    for (const ns::String& text : property.texts) list.append(text);
+    dictionary.setObjectForKey(list, property.key->name);
   }
   document.setObjectValueForKey(dictionary, kProperties);
 }

@@ -6,6 +6,7 @@
 #include <string_view>
 #include <vector>
 
+#include "exchange/DocumentProperties.h"
 #include "exchange/Exchange.h"
 #include "platform/foundation/String.h"
 #include "platform/foundation/Value.h"
@@ -40,26 +41,11 @@ class Utf8Text {
   std::string bytes_;
 };
 
-/// A descriptive field of a document.
-struct Property {
-  std::string_view key;  ///< "title", "authors", ...
-  bool isList;
-  std::vector<ns::String> values;  ///< One, where it is no list.
-};
-
-/// The keys in their usual order.
-struct PropertyKey {
-  std::string_view key;
-  bool isList;
-};
-[[nodiscard]] const std::vector<PropertyKey>& propertyKeys();
-
-/// The properties that a document has, in the usual order.  What is no property, or of another
-/// kind than its key asks for, and every other value of the document counts among `losses.values`.
-[[nodiscard]] std::vector<Property> propertiesOfDocument(const OLDataManager& document,
-                                                         Losses& losses);
+/// What of the document beside its items is no property, or of another kind than its key asks for:
+/// entries of the root, of the properties, elements of lists.
+[[nodiscard]] uint64_t countOfOtherDocumentValues(const OLDataManager& document);
 /// Makes them the properties of a document; none makes no dictionary.
-void setPropertiesOfDocument(OLDataManager& document, const std::vector<Property>& properties);
+void setDocumentProperties(OLDataManager& document, const std::vector<Property>& properties);
 
 /// "12 attributes of text and 1 value have no place in opml": what was left out, in words.
 /// `whereTo` is "opml"; `ofText` follows the attributes.

@@ -39,9 +39,9 @@ inline constexpr std::string_view kObject = "object";
 inline constexpr std::string_view kArchive = "archive";
 
 inline constexpr std::array kTags = {
-    kString,  kInteger,   kReal,      kFloat, kData, kDate,      kArray,  kDictionary,
-    kEntries, kText,      kRuns,      kFont,  kRgb,  kDeviceRgb, kWhite,  kDeviceWhite,
-    kCmyk,    kColorName, kParagraph, kUrl,   kObject,    kArchive};
+    kString,  kInteger,   kReal,      kFloat, kData,   kDate,      kArray, kDictionary,
+    kEntries, kText,      kRuns,      kFont,  kRgb,    kDeviceRgb, kWhite, kDeviceWhite,
+    kCmyk,    kColorName, kParagraph, kUrl,   kObject, kArchive};
 
 /// Whether a key says what an object is.
 [[nodiscard]] bool isTag(std::string_view key);

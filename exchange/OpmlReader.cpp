@@ -87,7 +87,7 @@ class OpmlReader {
       if (status != XML_STATUS_OK) refuse(XML_ErrorString(XML_GetErrorCode(parser_.get())));
       if (isLast) break;
     }
-    setPropertiesOfDocument(making_.document(), properties_);
+    setDocumentProperties(making_.document(), properties_);
     if (hasExpansion_) {
       expand(making_.root(), expansion_);
     } else {
@@ -193,7 +193,7 @@ class OpmlReader {
         ++making_.losses().values;
       }
     }
-    content_text_.clear();
+    elementText_.clear();
     open_.push_back(std::move(inner));
   }
 
@@ -264,7 +264,7 @@ class OpmlReader {
       case Element::title:
       case Element::owner:
       case Element::expansion:
-        content_text_ += part;
+        elementText_ += part;
         break;
       case Element::other:  // lost as a whole, and counted
         break;
@@ -280,22 +280,21 @@ class OpmlReader {
     if (open_.empty()) return;
     const Element element = open_.back().element;
     open_.pop_back();
-    if (element == Element::title) addProperty({"title", false, {ns::String(content_text_)}});
-    if (element == Element::owner) addProperty({"authors", true, {ns::String(content_text_)}});
+    if (element == Element::title) addProperty("title");
+    if (element == Element::owner) addProperty("authors");
     if (element == Element::expansion) {
       hasExpansion_ = true;
-      expansion_ = lineNumbers(content_text_);
+      expansion_ = lineNumbers(elementText_);
     }
-    content_text_.clear();
+    elementText_.clear();
   }
 
-  void addProperty(Property property) {
-    const bool isThere = std::ranges::any_of(
-        properties_, [&](const Property& known) { return known.key == property.key; });
-    if (isThere) {
+  void addProperty(std::string_view name) {
+    const PropertyKey* const key = propertyKeyNamed(name);
+    if (std::ranges::find(properties_, key, &Property::key) != properties_.end()) {
       ++making_.losses().values;
     } else {
-      properties_.push_back(std::move(property));
+      properties_.push_back({key, {ns::String(std::string_view(elementText_))}});
     }
   }
 
@@ -328,7 +327,7 @@ class OpmlReader {
   OutlineMaking making_;
   std::vector<Open> open_;
   std::string namespace_;     // of the top element, with what parts it from names; mostly empty
-  std::string content_text_;  // of the element that is open
+  std::string elementText_;  // of the element that is open
   std::vector<Property> properties_;
   std::vector<uint64_t> expansion_;
   bool hasExpansion_ = false;

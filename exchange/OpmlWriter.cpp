@@ -79,13 +79,15 @@ class OpmlWriter {
   }
 
   void writeProperties() {
-    for (const Property& property : propertiesOfDocument(*source_.document, losses_)) {
-      if (property.key == "title") {
-        writeElement("title", property.values.front());
-      } else if (property.key == "authors" && !property.values.empty()) {
-        writeElement("ownerName", property.values.front());
-        losses_.values += property.values.size() - 1;
-      } else if (!property.values.empty()) {
+    losses_.values += countOfOtherDocumentValues(*source_.document);
+    for (const Property& property : documentProperties(*source_.document)) {
+      const std::string_view key = property.key->name;
+      if (key == "title") {
+        writeElement("title", property.texts.front());
+      } else if (key == "authors" && !property.texts.empty()) {
+        writeElement("ownerName", property.texts.front());
+        losses_.values += property.texts.size() - 1;
+      } else if (!property.texts.empty()) {
         ++losses_.values;
       }
     }

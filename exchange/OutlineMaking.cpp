@@ -11,7 +11,6 @@ namespace tavlin {
 
 namespace {
 
-constexpr uint64_t kMostIndentation = uint64_t{1} << 30;
 constexpr std::string_view kUtf8Mark = "\xEF\xBB\xBF";
 
 /// Raises where a line is no UTF-8, which a line feed never divides.
@@ -77,7 +76,8 @@ Imported OutlineMaking::finish() {
   return std::move(imported_);
 }
 
-void checkIndentation(const ExportSource& source, uint64_t bytes, std::string_view format) {
+void checkIndentation(const ExportSource& source, uint64_t bytes, uint64_t most,
+                      std::string_view format) {
   const auto root = source.document->rootItem();
   uint64_t sum = 0;
   uint64_t deepest = 0;
@@ -86,7 +86,7 @@ void checkIndentation(const ExportSource& source, uint64_t bytes, std::string_vi
     sum += bytes * walk.level();
     deepest = std::max<uint64_t>(deepest, walk.level() + 1);
   }
-  if (sum <= kMostIndentation) return;
+  if (sum <= most) return;
   throw ExchangeException("too deep for " + std::string(format) + ": to indent " +
                           std::to_string(deepest) + " levels would take " +
                           std::to_string(sum >> 20) + " MB");

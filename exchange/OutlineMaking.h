@@ -47,10 +47,11 @@ class OutlineMaking {
   bool hasMarks_ = false;
 };
 
-/// Raises ExchangeException unless the levels of an outline can be indented within reason: by
-/// `bytes` a level it would take more than a gigabyte, as for a single branch of 30,000 levels
-/// and more.  `format` is the name that the message gives.  Linear, without a look at any text.
-void checkIndentation(const ExportSource& source, uint64_t bytes, std::string_view format);
+/// Raises ExchangeException where blanks or tabs that indent the lines of titles, `bytes` for each
+/// level, would take more than `most` bytes in all, as they do where a branch has tens of thousands
+/// of levels.  `format` is the name that the message gives.  Linear, without a look at any text.
+void checkIndentation(const ExportSource& source, uint64_t bytes, uint64_t most,
+                      std::string_view format);
 
 /// Text that people have, as UTF-8: without byte order mark, UTF-16 by its byte order mark
 /// converted into `storage`.  Raises ExchangeException for text that is neither.

@@ -144,11 +144,13 @@ class TextReader {
 }  // namespace
 
 Losses exportText(const ExportSource& source, const TextSink& sink) {
-  checkIndentation(source, 1, "text");
+  constexpr uint64_t kMostIndentation = uint64_t{1} << 30;
+  checkIndentation(source, 1, kMostIndentation, "text");
   TextWriter writer(sink);
   const auto root = source.document->rootItem();
-  for (const Property& property : propertiesOfDocument(*source.document, writer.losses)) {
-    writer.losses.values += property.values.empty() ? 0 : 1;
+  writer.losses.values += countOfOtherDocumentValues(*source.document);
+  for (const Property& property : documentProperties(*source.document)) {
+    writer.losses.values += property.texts.empty() ? 0 : 1;
   }
   for (auto walk = source.item ? OutlineWalk::from(source.item) : OutlineWalk::below(root);
        walk.item(); walk.next()) {

@@ -17,7 +17,7 @@ std::shared_ptr<OLTreeController> OLTreeController::initWithRootItem(
   return controller;
 }
 
-void OLTreeController::allOrNothing(const std::function<void()>& edit) {
+void OLTreeController::runAllOrNothing(const std::function<void()>& edit) {
   EditScope scope(tree_);
   const auto self = weak_from_this().lock();  // an observer may release the last owner
   try {

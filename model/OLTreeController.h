@@ -127,13 +127,18 @@ class OLTreeController : public ns::Object {
   /// Runs an edit that goes through the tree or through other operations of this controller.  When
   /// it raises, takes back what it has done, as documented for the class, and passes the exception
   /// on.  May be called by an edit that runs so itself.
-  void allOrNothing(const std::function<void()>& edit);
+  template <class Edit>
+  void allOrNothing(Edit edit) {
+    runAllOrNothing(std::ref(edit));
+  }
   /// Called after an edit was taken back that included finished ones: the nodes whose children or
   /// values had changed, each once.  For subclasses that keep what depends on these; raises
   /// nothing.
   virtual void refreshTakenBack(OLNodeList changed);
 
  private:
+  void runAllOrNothing(const std::function<void()>& edit);
+
   /// Objects that data in an archive names, kept for the data's sake as long as the document.
   std::vector<std::shared_ptr<ns::Object>> company_;
   std::shared_ptr<OLTree> tree_;

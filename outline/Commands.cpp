@@ -1,6 +1,7 @@
 #include "outline/Commands.h"
 
 #include <algorithm>
+#include <optional>
 
 #include "outline/common/Messages.h"
 
@@ -10,8 +11,16 @@ void addCommands(CLI::App& table, Action& action) {
   addShow(table, action);
   addInfo(table, action);
   addFind(table, action);
+  addExport(table, action);
+  addImport(table, action);
   addCompletions(table, action);
   addCheck(table, action);
+  addNew(table, action);
+  addKeywords(table, action);
+  addProperties(table, action);
+  addConvert(table, action);
+  addItem(table, action);
+  addApply(table, action);
 }
 
 CLI::Option* addFiles(CLI::App& command, std::vector<std::string>& files) {
@@ -46,6 +55,19 @@ void addColoring(CLI::App& command, Coloring& coloring) {
       ->check(CLI::IsMember({"auto", "always", "never"}).description(""));
 }
 
+CLI::Option* addChangedFile(CLI::App& command, std::string& file) {
+  return command.add_option("FILE", file, localized("The document"))->required()->type_name("");
+}
+
+CLI::Option* addRepeated(CLI::App& command, const std::string& names,
+                         std::vector<std::string>& values, const std::string& help) {
+  return command
+      .add_option_function<std::string>(
+          names, [&values](const std::string& value) { values.push_back(value); }, help)
+      ->trigger_on_parse()
+      ->multi_option_policy(CLI::MultiOptionPolicy::TakeLast);
+}
+
 void addSaveOptions(CLI::App& command, SaveOptions& options) {
   command.add_flag("-n,--dry-run", options.isDryRun,
                    localized("Say what would be done, and touch nothing"));
@@ -64,8 +86,30 @@ CLI::Option* addChoice(CLI::App& command, const std::string& names, size_t& chos
       ->check(CLI::IsMember(words).description(""));
 }
 
+void addFormat(CLI::App& command, const std::string& option, std::string& format,
+               const std::vector<std::string>& names, const std::string& help) {
+  std::string form;
+  for (const std::string& name : names) form += (form.empty() ? "" : "|") + name;
+  command.add_option(option, format, help)
+      ->type_name(form)
+      ->check(CLI::IsMember(names).description(""));
+}
+
 void setAction(CLI::App& command, Action& chosen, Action action) {
   command.callback([&chosen, action = std::move(action)] { chosen = action; });
+}
+
+ns::String argumentText(const std::string& argument) {
+  std::optional<ns::String> text = ns::String::fromUtf8(argument);
+  if (!text) throw FileFailure("\"" + argument + "\" is no UTF-8 text");
+  return *std::move(text);
+}
+
+int statusOfJobs(const JobSummary& summary, const DocumentArguments& documents) {
+  if (!summary.isInterrupted) return documents.hasFailed ? kFailed : summary.status();
+  report("interrupted: " + std::to_string(summary.done + summary.no) + " of " +
+         std::to_string(documents.files.size()) + " documents were done");
+  return kFailed;
 }
 
 DocumentArguments documentsOfArguments(const std::vector<std::string>& arguments) {

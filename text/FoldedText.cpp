@@ -20,8 +20,7 @@ constexpr uint64_t kFoldingOptions =
 
 bool isSurrogate(char32_t value) { return value >= 0xD800 && value <= 0xDFFF; }
 
-/// Calls a function of the library that makes text from text, in the first place of its own
-/// choice if that is enough.
+/// What a function of the library makes of a text, given a place that is enough for most.
 template <class Make>
 std::u32string made(Make make) {
   uint32_t few[32];
@@ -44,15 +43,15 @@ std::u32string decomposed(const std::u32string& text) {
   });
 }
 
-std::u32string caseFolded(const std::u32string& text, uninorm_t form) {
+std::u32string caseFolded(const std::u32string& text) {
   return made([&](uint32_t* place, size_t* length) {
-    return u32_casefold(wordsOf(text), text.size(), nullptr, form, place, length);
+    return u32_casefold(wordsOf(text), text.size(), nullptr, nullptr, place, length);
   });
 }
 
 /// The small letter of a character, or another one that stands for all its cases.
 char32_t simplyFolded(char32_t character) {
-  const std::u32string folded = caseFolded(std::u32string(1, character), nullptr);
+  const std::u32string folded = caseFolded(std::u32string(1, character));
   return folded.size() == 1 ? folded.front() : uc_tolower(character);
 }
 
@@ -89,7 +88,7 @@ std::u32string folded(std::u32string text, uint64_t options) {
     if (isLiteral) {
       for (char32_t& character : text) character = simplyFolded(character);
     } else {
-      text = caseFolded(text, UNINORM_NFD);
+      text = caseFolded(text);
     }
   }
   return text;

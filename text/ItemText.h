@@ -6,8 +6,8 @@
 
 /// Brings rich text into the form that suits an item.  Operations on a mutable text change it;
 /// those on an immutable one answer a new, immutable text, also where theirs was read as a mutable
-/// one.  All cost time in proportion to the runs, and none divides a text into characters.
-/// Immutable text in which nothing changes keeps its place in its archive.
+/// one.  All but replacing cost time in proportion to the runs, and do not divide a text into
+/// characters.  Immutable text in which nothing changes keeps its place in its archive.
 
 namespace tavlin {
 

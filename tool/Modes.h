@@ -8,7 +8,6 @@
 #include <vector>
 
 #include "document/OLDataManager.h"
-#include "platform/foundation/Array.h"
 #include "platform/foundation/FileState.h"
 
 namespace tavlin {
@@ -45,10 +44,6 @@ int writeKeywords(const std::string& path, const std::optional<std::vector<ns::S
 /// the state of it; without it a pipe or a terminal will do for a file.
 std::shared_ptr<OLDataManager> openDocument(const std::string& file,
                                             ns::FileState* state = nullptr);
-
-/// The keywords with every control, format, and line or paragraph separating character replaced
-/// by a space; a surrogate pair by one.  Nothing is trimmed or dropped.
-ns::Array sanitizeKeywords(const std::vector<ns::String>& keywords);
 
 /// The file that a path names, with the tilde expanded; none, with "fail: file path" logged, for
 /// an empty path.

@@ -1,3 +1,4 @@
+#include "document/SanitizeKeywords.h"
 #include "platform/foundation/Dictionary.h"
 #include "platform/foundation/File.h"
 #include "platform/foundation/Log.h"

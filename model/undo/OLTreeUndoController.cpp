@@ -61,7 +61,7 @@ bool OLTreeUndoController::isUndoingOrRedoing() const {
   return manager && (manager->isUndoing() || manager->isRedoing());
 }
 
-void OLTreeUndoController::doneAndRecorded(const std::function<void()>& edit) {
+void OLTreeUndoController::runRecorded(const std::function<void()>& edit) {
   const auto self = weak_from_this().lock();  // whoever is asked may release the last owner
   const auto manager = undoManager();
   const uint64_t registered = manager ? manager->countRegistered() : 0;

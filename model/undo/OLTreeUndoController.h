@@ -241,7 +241,11 @@ class OLTreeUndoController : public OLTreeRuntimeAttributesController {
     }
   }
   /// Runs an edit with what it records and asks for, as documented for the class.
-  void doneAndRecorded(const std::function<void()>& edit);
+  template <class Edit>
+  void doneAndRecorded(Edit edit) {
+    runRecorded(std::ref(edit));
+  }
+  void runRecorded(const std::function<void()>& edit);
   void recordDeleteItem(const std::shared_ptr<OLNode>& item);
   void recordDeleteItems(OLItems items);
   void recordInsertItems(OLNodeList items, std::shared_ptr<OLNode> parent, ns::IndexSet indexes);

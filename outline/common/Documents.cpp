@@ -109,6 +109,11 @@ OpenDocument openDocument(const std::string& file) {
   return opened;
 }
 
+OpenDocument openDocumentForChange(const std::string& file) {
+  if (file == "-") throw FileFailure("standard input cannot be changed");
+  return openDocument(file);
+}
+
 void saveDocument(const OpenDocument& opened, const SaveOptions& options) {
   if (options.isDryRun) return;
   try {

@@ -33,6 +33,9 @@ struct OpenDocument {
 /// none; a document that is opened has a tree with a root.
 [[nodiscard]] OpenDocument openDocument(const std::string& file);
 
+/// The same of a document that is to be saved, which standard input cannot be.
+[[nodiscard]] OpenDocument openDocumentForChange(const std::string& file);
+
 /// How a command writes documents.
 struct SaveOptions {
   bool isDryRun = false;     ///< Touches nothing.

@@ -22,6 +22,8 @@ using Type = KeyedArchive::Type;
 
 // Archivers write one UID for each number.
 constexpr size_t kMostFurtherUids = 1000;
+// What more entries have to make place for is left to the archiver.
+constexpr size_t kMostMoves = 1000;
 // Values that somebody makes for a document are flat; deeper ones are left to the archiver.
 constexpr int kDeepest = 32;
 // What stays between two changes is copied when it is shorter than this: a piece more to write
@@ -160,6 +162,12 @@ class Revision {
   void releaseAll(const Object& container);
   void drop(uint32_t index);
   void assignNumbers();
+  void closeGaps(std::set<uint32_t> free);
+  [[nodiscard]] Entry* newEntryAt(uint32_t number);
+  [[nodiscard]] uint32_t occupantOf(uint32_t number) const;
+  [[nodiscard]] bool mayMoveAhead(uint32_t number);
+  [[nodiscard]] bool refersTo(uint32_t number, uint32_t other) const;
+  void moveEntry(uint32_t from, uint32_t to);
   void assignIndexes();
   [[nodiscard]] bool isNamed(uint32_t number) const;
   [[nodiscard]] uint32_t indexOf(Place place) const {
@@ -167,6 +175,7 @@ class Revision {
   }
 
   [[nodiscard]] std::string bytesOf(const Part& part) const;
+  [[nodiscard]] static std::string bytesOfUid(uint32_t number);
   [[nodiscard]] std::string bytesOfEntries() const;
   [[nodiscard]] DataPieces assembled() const;
   [[nodiscard]] uint64_t endOf(const Object& object) const {
@@ -199,6 +208,9 @@ class Revision {
   std::unordered_map<uint32_t, std::vector<uint32_t>> more_;  // further ones
   std::vector<uint32_t> dropped_;                             // objects to take leave of
   std::vector<uint32_t> freeNumbers_;
+  std::map<uint32_t, uint32_t> occupants_;  // of numbers, that had others before
+  std::map<uint32_t, uint32_t> movedUids_;  // places of UIDs, and their new numbers
+  size_t moves_ = 0;
   std::vector<Gone> gone_;
   uint32_t count_ = 0;       // of all objects
   uint32_t entryCount_ = 0;  // of "$objects"
@@ -598,8 +610,8 @@ void Revision::assignNumbers() {
       free.erase(free.begin());
     }
   }
-  freeNumbers_.assign(free.begin(), free.end());
   hasNumbers_ = true;
+  closeGaps(std::move(free));
   std::set<std::pair<uint32_t, uint32_t>> records;  // number, number of the class
   for (const Entry& entry : entries_) {
     if (!entry.archivedClass.isNew) records.emplace(entry.number, entry.archivedClass.id);
@@ -609,6 +621,95 @@ void Revision::assignNumbers() {
     if (gone.number > gone.classNumber || !isNamed(gone.classNumber)) continue;
     if (!records.contains({gone.number, gone.classNumber})) throw TooMuch();
   }
+}
+
+/// Has the last entries take the numbers that are free, so that none is left for nobody.  Raises
+/// TooMuch where that would take long.
+void Revision::closeGaps(std::set<uint32_t> free) {
+  size_t steps = 0;
+  while (!free.empty()) {
+    const uint32_t last = --entryCount_;
+    if (free.erase(last) != 0) continue;
+    const uint32_t gap = *free.begin();
+    if (mayMoveAhead(last)) {
+      moveEntry(last, gap);
+      free.erase(gap);
+      continue;
+    }
+    // it takes the place of another that may, and does not get ahead of what it has to follow
+    uint32_t other = last;
+    do {
+      if (--other == gap || ++steps > kMostMoves || newEntryAt(other) || refersTo(other, last)) {
+        throw TooMuch();
+      }
+    } while (!free.contains(other) && !mayMoveAhead(other));
+    if (free.erase(other) == 0) {
+      moveEntry(other, gap);
+      free.erase(gap);
+    }
+    moveEntry(last, other);
+  }
+  for (const auto& [number, original] : occupants_) {
+    const auto rename = [&, to = number](uint32_t index) {
+      if (!uses_.isUnused(index)) movedUids_.emplace(index, to);
+    };
+    if (uids_[original] != 0) rename(uids_[original] - 1);
+    if (const auto more = more_.find(original); more != more_.end()) {
+      for (const uint32_t index : more->second) rename(index);
+    }
+  }
+}
+
+/// The new entry with a number, or none.
+Revision::Entry* Revision::newEntryAt(uint32_t number) {
+  const auto found = std::ranges::find(entries_, number, &Entry::number);
+  return found == entries_.end() ? nullptr : &*found;
+}
+
+/// Which entry of the archive has a number now.
+uint32_t Revision::occupantOf(uint32_t number) const {
+  const auto moved = occupants_.find(number);
+  return moved == occupants_.end() ? number : moved->second;
+}
+
+/// Whether an entry may stand before any other.  A class has to come after its first instance, and
+/// a list of children after its owner.
+bool Revision::mayMoveAhead(uint32_t number) {
+  if (const Entry* entry = newEntryAt(number)) {
+    if (entry->isClass) throw TooMuch();
+    return true;
+  }
+  const uint32_t original = occupantOf(number);
+  const KeyedArchive::Entry entry = archive_.entry(original);
+  return entry.kind != KeyedArchive::EntryKind::instance ||
+         !(archive_.isClassRecord(original, entry.object) ||
+           archive_.kind(original) == Kind::array);
+}
+
+/// Whether a field of an entry that is a record refers to another, once told by its number.
+bool Revision::refersTo(uint32_t number, uint32_t other) const {
+  const uint32_t original = occupantOf(number);
+  const KeyedArchive::Entry entry = archive_.entry(original);
+  if (entry.kind != KeyedArchive::EntryKind::instance) return false;
+  if (archive_.isClassRecord(original, entry.object)) return false;
+  const KeyedArchive::Record record = archive_.record(original, entry.object);
+  for (uint32_t i = 0; i < record.shape->count(); ++i) {
+    if (archive_.fieldTarget(record, i) == occupantOf(other)) return true;
+  }
+  return false;
+}
+
+void Revision::moveEntry(uint32_t from, uint32_t to) {
+  if (Entry* entry = newEntryAt(from)) {
+    entry->number = to;
+    // one that is equal to an entry that others have is that entry
+    const bool isOld =
+        occupants_.contains(from) || (from < archive_.objectCount() && isNamed(from));
+    if (!isOld) return;
+  }
+  occupants_.emplace(to, occupantOf(from));
+  occupants_.erase(from);
+  if (++moves_ > kMostMoves) throw TooMuch();
 }
 
 void Revision::assignIndexes() {
@@ -624,18 +725,22 @@ void Revision::assignIndexes() {
   // references must be wide enough for the number of objects itself
   const unsigned width = list_.referenceSize();
   // what is left of objects that are gone must not add up
-  const size_t left = freeNumbers_.size() + uses_.unusedCount();
+  const size_t left = uses_.unusedCount();
   if (left * (1 + 2 * width) > list_.fileLength() / 100) throw TooMuch();
   if (width < 4 && count_ >> (8 * width) != 0) throw TooMuch();
+}
+
+std::string Revision::bytesOfUid(uint32_t number) {
+  PropertyListWriter writer;
+  return std::string(writer.bytesOf(writer.uid(number)));
 }
 
 std::string Revision::bytesOf(const Part& part) const {
   if (part.type == 0) return part.bytes;
   if (part.type == kUid) {
     const Target& target = part.target;
-    PropertyListWriter writer;
-    return std::string(
-        writer.bytesOf(writer.uid(target.isNew ? entries_[target.id].number : target.id)));
+    // of what is there and may move, there is a UID, too
+    return bytesOfUid(target.isNew ? entries_[target.id].number : target.id);
   }
   const unsigned width = list_.referenceSize();
   const size_t count = part.elements.size();
@@ -650,7 +755,7 @@ std::string Revision::bytesOf(const Part& part) const {
   return bytes;
 }
 
-/// "$objects" with the new entries, and with null for those that are gone.
+/// "$objects" with the new entries.
 std::string Revision::bytesOfEntries() const {
   const unsigned width = list_.referenceSize();
   std::string bytes;
@@ -658,13 +763,13 @@ std::string Revision::bytesOfEntries() const {
   const size_t head = bytes.size();
   bytes.reserve(head + size_t{entryCount_} * width);
   bytes.append(reinterpret_cast<const char*>(list_.object(archive_.objectsIndex()).bytes),
-               size_t{archive_.objectCount()} * width);
+               size_t{std::min(entryCount_, archive_.objectCount())} * width);
   bytes.resize(head + size_t{entryCount_} * width);
   const auto set = [&](uint32_t number, uint32_t index) {
     auto* at = reinterpret_cast<uint8_t*>(bytes.data()) + head + size_t{number} * width;
     PropertyListWriter::storeBigEndian(at, index, width);
   };
-  for (const uint32_t number : freeNumbers_) set(number, archive_.entryIndex(0));
+  for (const auto& [to, original] : occupants_) set(to, archive_.entryIndex(original));
   for (const Entry& entry : entries_) set(entry.number, indexOf(entry.content));
   return bytes;
 }
@@ -710,6 +815,7 @@ DataPieces Revision::assembled() const {
   for (const uint32_t index : dropped_) {
     if (uses_.isUnused(index)) changes.emplace(index, kFiller);
   }
+  for (const auto& [index, number] : movedUids_) changes.emplace(index, bytesOfUid(number));
   for (const Part& part : parts_) {
     if (part.isOwn) changes.insert_or_assign(part.index, bytesOf(part));
   }

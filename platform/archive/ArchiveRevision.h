@@ -16,7 +16,7 @@ namespace ns {
 ///
 /// Values and parts of values that are equal to what is there stay where they are; with nothing
 /// to change the file comes back as it is.  What nobody refers to any longer leaves the file, and
-/// its numbers are used again.
+/// its numbers are used again, or taken over by the last entries.
 ///
 /// Nothing is answered, and KeyedArchiver has to do it, where the file is not in the usual order,
 /// where it would need wider references, and for values that are more than scalars, arrays and

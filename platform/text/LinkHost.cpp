@@ -68,14 +68,11 @@ class HostReader {
       } else if (isHyphen || properties.isWord()) {
         if (!isHyphen && !properties.isMark()) isCertain = true;
         addToLabel(index, character, isHyphen || properties.isMark());
-        endsWithHyphen_ = isHyphen;
       } else if (isOther(character.value, properties)) {
         if (isCertain) certain = result();
         isCertain = false;
         addToLabel(index, character, false);
         host_.hasOthers = true;
-        host_.isNumeric = false;
-        endsWithHyphen_ = false;
       } else {
         break;
       }
@@ -112,6 +109,7 @@ class HostReader {
     ++length_;
     ++labelLength_;
     host_.isNumeric = host_.isNumeric && isAsciiDigit(character.value);
+    endsWithHyphen_ = character.value == U'-';
     isFaulty_ = isFaulty_ || labelLength_ > kLongestLabel;
     host_.end = index + character.length;
   }

@@ -97,8 +97,7 @@ bool isInternationalLabel(std::u16string_view label) {
   // The rules know small and composed letters only, so the label is first mapped as it would be to
   // be looked up.  That drops and replaces other characters, which nobody registers, too.
   uint8_t* ascii = nullptr;
-  if (names.lookup(bytesOf(utf8Of(label)), &ascii, IDN2_NFC_INPUT | IDN2_NONTRANSITIONAL) !=
-      IDN2_OK) {
+  if (names.lookup(bytesOf(utf8Of(label)), &ascii, IDN2_NONTRANSITIONAL) != IDN2_OK) {
     return false;
   }
   char* found = nullptr;

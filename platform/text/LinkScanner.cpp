@@ -180,14 +180,13 @@ std::optional<size_t> LinkScanner::startOfScheme(size_t begin, size_t colon) con
 
 LinkHost LinkScanner::hostBehindScheme(size_t begin) const {
   const LinkHost whole = scanLinkHost(text_, begin, HostCharacters::any);
-  if (isAllowedHost(text_, whole) || !whole.hasOthers) {
+  if (isAllowedHost(text_, whole)) {
     return whole;
   }
   // Symbols and dashes may be of the sentence, where a complete name ends before them and none
   // goes on behind them.
   const LinkHost name = scanLinkHost(text_, begin, HostCharacters::names);
-  const bool isComplete = name.runEnd < whole.runEnd && hasTopLevelDomain(text_, name) &&
-                          !hasTopLevelDomain(text_, whole) &&
+  const bool isComplete = hasTopLevelDomain(text_, name) && !hasTopLevelDomain(text_, whole) &&
                           !startsLinkPart(text_.unit(whole.runEnd)) &&
                           !isOneOf(text_.unit(whole.runEnd), U":@");
   return isComplete ? name : whole;
@@ -231,8 +230,7 @@ size_t LinkScanner::customLink(size_t begin, size_t authority) {
   const bool endsHost = startsLinkPart(text_.unit(host.runEnd)) ||
                         linkCharacter(next.value).term() != LinkTerm::include;
   const bool isMalformed = host.labels >= 2 && !host.isWellFormed && endsHost;
-  const bool hasBadPort =
-      host.labels > 0 && next.value == U':' && port(host.runEnd).kind == PortKind::outOfRange;
+  const bool hasBadPort = next.value == U':' && port(host.runEnd).kind == PortKind::outOfRange;
   const Walk rest = walk(authority, Part::path);
   if (!isStart || isMalformed || hasBadPort || rest.end == authority) {
     floor_ = rest.stop;

@@ -9,7 +9,7 @@ namespace ns {
 
 /// Text with attributes for changing.  Copying copies.
 ///
-///     ns::MutableAttributedString text(ns::AttributedString("see below"));
+///     ns::MutableAttributedString text(ns::AttributedString(ns::String("see below")));
 ///     text.addAttributeValueRange(ns::kFontAttributeName, font.asValue(), {0, 3});
 ///     item->setDataForKey(text.copy().asValue(), "note");
 ///

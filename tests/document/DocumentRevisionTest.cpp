@@ -8,11 +8,13 @@
 #include "document/OLDataManager.h"
 #include "model/OLTree.h"
 #include "model/OLTreeController.h"
+#include "platform/archive/ArchivedClasses.h"
 #include "platform/archive/KeyedArchiver.h"
 #include "platform/archive/KeyedUnarchiver.h"
 #include "platform/foundation/Array.h"
 #include "platform/text/AttributedString.h"
 #include "tests/archive/ArchiveTesting.h"
+#include "tests/archive/FileGraph.h"
 #include "tests/model/ModelTesting.h"
 
 namespace tavlin {
@@ -86,6 +88,17 @@ Item smallTree() {
   return root;
 }
 
+/// In a file of which a few objects that are left over do not matter.
+Item longTree() {
+  const auto root = smallTree();
+  for (int i = 0; i < 50; ++i) {
+    const std::string name = "item " + std::to_string(i / 2);
+    root->childAtIndex(i % 3)->addChild(testing::named(name.c_str()));
+  }
+  root->setDataForKey(ns::String(std::string(100000, 'x')), "notes");
+  return root;
+}
+
 ns::Array arrayOf(std::initializer_list<const char*> texts) {
   ns::Array array;
   for (const char* text : texts) array.append(text);
@@ -103,6 +116,7 @@ ns::Data savedWith(const ns::Data& file, const ns::Value& value, const char* key
     return plain;
   }
   EXPECT_EQ(graphOf(*revised), graphOf(plain));
+  EXPECT_EQ(testing_archives::unusedEntries(*revised), 0U);
   return *revised;
 }
 
@@ -207,6 +221,7 @@ TEST(DocumentRevision, ManyWritesDoNotAddUp) {
   ns::Data file = fileOf(smallTree());
   Random random(5);
   size_t most = 0;
+  size_t copied = 0;
   for (int round = 0; round < 300; ++round) {
     ns::Array keywords;
     for (size_t i = random.below(8); i > 0; --i) {
@@ -218,9 +233,12 @@ TEST(DocumentRevision, ManyWritesDoNotAddUp) {
     const ns::Data plain = document.plain();
     file = revised.value_or(plain);
     ASSERT_EQ(graphOf(file), graphOf(plain));
+    ASSERT_EQ(testing_archives::unusedEntries(file), 0U);
+    copied += revised ? 1 : 0;
     most = std::max(most, file.length() > plain.length() ? file.length() - plain.length() : 0);
   }
   EXPECT_LT(most, 100U);
+  EXPECT_GT(copied, 100U);
 }
 
 TEST(DocumentRevision, ManyNewTextsTakeLinearTime) {
@@ -274,6 +292,82 @@ std::vector<P> entriesOf(const P& rootData, const std::vector<P>& others,
 
 P dictionaryEntry(const std::vector<uint64_t>& keys, const std::vector<uint64_t>& values) {
   return instance(12, {{"NS.keys", references(keys)}, {"NS.objects", references(values)}});
+}
+
+// The last entries take the numbers that are free.
+TEST(DocumentRevision, FewerKeywordsLeaveNoGaps) {
+  const auto root = longTree();
+  root->setDataForKey(arrayOf({"milk", "bread", "soap", "salt"}), "keywords");
+  ns::Data file = fileOf(root);
+  for (const auto& keywords :
+       {arrayOf({"bread", "salt"}), arrayOf({"three"}), arrayOf({"a", "b", "c", "d", "e"}),
+        arrayOf({"c"}), arrayOf({}), arrayOf({"one"})}) {
+    file = savedWith(file, keywords);
+  }
+  // gaps of files that were saved before are closed, too
+  std::vector<P> entries =
+      entriesOf(dictionaryEntry({13, 18, 20}, {14, 19, 21}),
+                {"notes", P::string(std::string(9999, 'x')), "", "", "", "a", "b", "c", "d"});
+  for (const size_t gap : {7, 15, 16, 17}) entries[gap] = entries[0];
+  const ns::Data gappy = archiveOf(entries).binary();
+  EXPECT_EQ(testing_archives::unusedEntries(gappy), 4U);
+  EXPECT_EQ(testing_archives::unusedEntries(savedWith(gappy, "new")), 0U);
+}
+
+// One of the new keywords is the text of the last item, which is moved.
+TEST(DocumentRevision, AMovedTextThatIsAKeywordToo) {
+  const auto root = longTree();
+  root->setDataForKey(arrayOf({"milk", "bread", "soap", "salt"}), "keywords");
+  root->addChild(testing::named("last of all"));
+  const ns::Data saved = savedWith(fileOf(root), arrayOf({"last of all"}));
+  EXPECT_EQ(Opened(saved).root()->children().back()->dataForKey("title"), ns::Value("last of all"));
+}
+
+// What comes last may be many things.
+TEST(DocumentRevision, WhatTakesAFreeNumberStaysWhatItIs) {
+  int copied = 0;
+  for (int last = 0; last < 8; ++last) {
+    const auto root = longTree();
+    root->setDataForKey(arrayOf({"milk", "bread", "soap", "salt"}), "keywords");
+    const Item item = OLNode::create();
+    switch (last) {
+      case 0:
+        item->setDataForKey(arrayOf({"only here"}), "title list");
+        break;
+      case 1:
+        item->setDataForKey(ns::Dictionary({{"k", "only here"}, {"l", ns::Dictionary()}}), "map");
+        break;
+      case 2:
+        item->setDataForKey(ns::AttributedString(ns::String("rich")).asValue(), "title");
+        break;
+      case 3:
+        item->setDataForKey(ns::Date{5}, "date");
+        break;
+      case 4:
+        item->setDataForKey(ns::String("t").withArchivedClass(ns::mutableStringClass()), "title");
+        break;
+      case 5:
+        item->setData(std::nullopt);
+        break;
+      case 6:
+        item->setChildren(std::nullopt);
+        break;
+      default:
+        item->setDataForKey("milk", "title");
+        break;
+    }
+    root->addChild(item);
+    const Opened document(fileOf(root));
+    document.root()->setDataForKey(arrayOf({"one"}), "keywords");
+    const auto revised = document.revised();
+    const ns::Data saved = revised.value_or(document.plain());
+    copied += revised ? 1 : 0;
+    EXPECT_EQ(graphOf(saved), graphOf(document.plain())) << last;
+    EXPECT_EQ(testing_archives::unusedEntries(saved), 0U) << last;
+    EXPECT_TRUE(Opened(saved).archive->isTree()) << last;
+  }
+  // where a class comes last, all is archived anew
+  EXPECT_GE(copied, 5);
 }
 
 TEST(DocumentRevision, OldTextInACircleDoesNotStay) {

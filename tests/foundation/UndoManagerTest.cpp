@@ -182,6 +182,43 @@ TEST_F(UndoManagerTest, ActionsRemovedWhileUndoingAreNotPerformed) {
   EXPECT_EQ(manager->description(), "| \"\" [e]");
 }
 
+TEST_F(UndoManagerTest, RemovesTheActionsOfATargetSinceSomeCount) {
+  auto other = std::make_shared<Counter>(manager);
+  EXPECT_EQ(manager->countRegistered(), 0u);
+  other->set(1);
+  manager->endEvent();
+  const uint64_t count = manager->countRegistered();
+  EXPECT_EQ(count, 1u);
+  other->set(2);
+  note("a", 1);
+  manager->endEvent();
+  other->set(3);
+  manager->beginUndoGrouping();
+  other->set(4);
+  manager->endUndoGrouping();
+  EXPECT_EQ(manager->description(), "\"\" [set] \"\" [set a] \"\" [set set] |");
+  manager->removeActionsWithTargetSince(other.get(), count);
+  EXPECT_EQ(manager->description(), "\"\" [set] \"\" [a] |");
+  manager->endEvent();
+  EXPECT_EQ(manager->description(), "\"\" [set] \"\" [a] |") << "the empty group leaves no trace";
+  manager->removeActionsWithTargetSince(counter.get(), manager->countRegistered());
+  EXPECT_EQ(manager->description(), "\"\" [set] \"\" [a] |");
+  manager->removeActionsWithTargetSince(other.get(), 0);
+  EXPECT_EQ(manager->description(), "\"\" [a] |");
+}
+
+TEST_F(UndoManagerTest, RemovesWhatWasRegisteredSinceSomeCountWhileUndoing) {
+  atUndo([&] {
+    note("kept", 1);
+    const uint64_t count = manager->countRegistered();
+    note("gone", 2);
+    manager->removeActionsWithTargetSince(counter.get(), count);
+    note("last", 3);
+  });
+  manager->undo();
+  EXPECT_EQ(manager->description(), "| \"\" [kept last]");
+}
+
 TEST_F(UndoManagerTest, NamesGroups) {
   manager->setActionName("First");
   EXPECT_EQ(manager->undoActionName(), "") << "there is nothing to undo yet";

@@ -41,7 +41,8 @@ TEST(FontStyle, IsSaidByTheNameOfTheFont) {
       {"AquaKana-Bold", "700"},
       {".HiraKakuInterface-W6", "600"},
       {".HiraKakuInterface-W3", "300"},
-      {"HiraKakuStd-W8", "800"},
+      {"HiraKakuStd-W9", "900"},
+      {"HiraKakuStd-W0", "400"},
       // without a hyphen
       {".AppleSystemUIFont", "400"},
       {".AppleSystemUIFontBold", "700"},

@@ -144,6 +144,7 @@ TEST(LinkDetectorTest, UrlOfALinkIsAbsoluteAndAscii) {
       // Beyond ASCII: percent-encoded UTF-8, in the host as well.
       {"http://example.com/é?ü#🌿", "http://example.com/%C3%A9?%C3%BC#%F0%9F%8C%BF"},
       {"bücher.de", "http://b%C3%BCcher.de"},
+      {"http://l·l.cat/·", "http://l%C2%B7l.cat/%C2%B7"},
       {"用户@例子。中国", "mailto:%E7%94%A8%E6%88%B7@%E4%BE%8B%E5%AD%90.%E4%B8%AD%E5%9B%BD"},
       {"http://例子。中国。/。", "http://%E4%BE%8B%E5%AD%90.%E4%B8%AD%E5%9B%BD./"},
       {"http://example.com/。a", "http://example.com/%E3%80%82a"},

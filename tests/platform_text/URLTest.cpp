@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <fstream>
+
 #include "TextTesting.h"
 
 namespace ns {
@@ -39,7 +41,17 @@ TEST(URL, AFolderEndsInASlash) {
   EXPECT_EQ(fileURL("/"), "file:///");
 }
 
+TEST(URL, AFileDoesNot) {
+  const TemporaryFolder folder;
+  std::ofstream(folder / "a").put('x');
+  EXPECT_EQ(fileURL(folder / "a"), "file://" + folder.path() + "/a");
+}
+
 TEST(URL, ARelativePathStartsAtTheWorkingFolder) {
+  const auto before = std::filesystem::current_path();
+  std::filesystem::current_path("/");
+  EXPECT_EQ(fileURL("no-such-file"), "file:///no-such-file");
+  std::filesystem::current_path(before);
   EXPECT_EQ(fileURL("no-such-file"),
             "file://" + (std::filesystem::current_path() / "no-such-file").string());
 }
@@ -88,6 +100,13 @@ TEST(URL, ARelativeURLHasTheSchemeOfItsBase) {
   EXPECT_EQ(URL::fromValue(relativeTo(relativeTo(base, "c/"), "d"))->scheme(), String("ftp"));
   EXPECT_EQ(URL::fromValue(relativeTo(base, "x:d"))->scheme(), String("x"));
   EXPECT_EQ(URL::fromValue(relativeTo("text", "d"))->scheme(), std::nullopt);
+}
+
+TEST(URL, AChainOfBasesIsFollowedForAWhile) {
+  Value url = relativeTo(nullptr, "ftp://a.b/");
+  for (int bases = 0; bases < 64; ++bases) url = relativeTo(url, "c");
+  EXPECT_EQ(URL::fromValue(url)->scheme(), String("ftp"));
+  EXPECT_EQ(URL::fromValue(relativeTo(url, "c"))->scheme(), std::nullopt);
 }
 
 TEST(URL, OnlyARecordOfItsClassIsOne) {

@@ -92,6 +92,17 @@ TEST(ItemTextReplacing, APairOfSurrogatesIsOneCharacter) {
   EXPECT_EQ(with(0xDF3F, 0), (std::u16string{u'a', 0xD83C, 0xDF3F, 0xD83C, u'b', u'x'}));
   EXPECT_EQ(with(0xDF3F, kLiteralSearch), (std::u16string{u'a', 0xD83C, u'x', 0xD83C, u'b', u'x'}));
   EXPECT_EQ(replaced("\U0001F33F\U0001F340", "\U0001F33F", "x"), "x\U0001F340");
+  // half of one goes with no mark, and with no sign that takes what follows it along
+  const AttributedString halves = ns::textOf({0x0600, 0xD83C, 0x0301});
+  const char16_t half = 0xD83C;
+  for (const uint64_t options : {0U, 1U, 128U, 256U}) {
+    EXPECT_EQ(replace(halves, ns::String(std::u16string_view(&half, 1)), "x", options, {0, 3})
+                  .string()
+                  .units(),
+              (std::u16string{0x0600, u'x', 0x0301}));
+  }
+  EXPECT_EQ(replace(halves, "\u0301", "x", 0, {0, 3}).string().units(),
+            (std::u16string{0x0600, 0xD83C, u'x'}));
 }
 
 TEST(ItemTextReplacing, OtherOptionsAreRefused) {
@@ -162,6 +173,8 @@ TEST(ItemTextReplacing, APartOfACharacterIsNoOccurrence) {
   EXPECT_EQ(replaced("\U0001F1E9\U0001F1EA\U0001F1EB\U0001F1F7", "\U0001F1EB\U0001F1F7", "x"),
             "\U0001F1E9\U0001F1EAx");
   EXPECT_EQ(replaced("\u00E9 e\u0301", "\u0301", "x", kLiteralSearch), "\u00E9 ex");
+  EXPECT_EQ(replaced("eee\u0301", "ee", "x"), "xe\u0301") << "another one begins inside it";
+  EXPECT_EQ(replaced("e\u0301", "\u0301", "x", kAnchoredSearch), "e\u0301");
   // a mark without a character before it is one of its own; so is half of a line's end
   EXPECT_EQ(replaced("\n\u0301", "\u0301", "x"), "\nx");
   EXPECT_EQ(replaced("a\r\nb\n", "\n", "x"), "a\rxbx");
@@ -172,6 +185,7 @@ TEST(ItemTextReplacing, TheRangeMayCutACharacter) {
   const AttributedString text{ns::String("e\u0301e")};
   EXPECT_EQ(replace(text, "e", "x", 0, {0, 1}).string(), "e\u0301e");
   EXPECT_EQ(replace(text, "e", "x", kAnchoredSearch, {0, 1}).string(), "e\u0301e");
+  EXPECT_EQ(replace(text, "\u00E9", "x", 0, {0, 1}).string(), "e\u0301e");
   EXPECT_EQ(replace(text, "e", "x", kLiteralSearch, {0, 1}).string(), "x\u0301e");
   EXPECT_EQ(replace(text, "e", "x", 0, {1, 2}).string(), "e\u0301x");
   EXPECT_EQ(replace(text, "\u0301", "x", 0, {1, 1}).string(), "e\u0301e");
@@ -216,10 +230,13 @@ TEST(ItemTextReplacing, DiacriticsMayNotMatter) {
             "\u0915\u093F \u0915\u0941");
   EXPECT_EQ(replaced("\u0915\u094D\u0937", "\u0915\u0937", "x", option), "\u0915\u094D\u0937");
   EXPECT_EQ(replaced("\u0E01\u0E49", "\u0E01", "x", option), "x");
+  // what Unicode calls a diacritic and stands for itself
+  EXPECT_EQ(replaced("a^b a\u00B4b a\u02CAb", "ab", "x", option), "a^b a\u00B4b a\u02CAb");
   // nothing is left of a target of marks
   EXPECT_EQ(replaced("e\u0301e", "\u0301", "x", option), "e\u0301e");
   EXPECT_EQ(replaced("e\u0301E", "e", "x", option | kCaseInsensitiveSearch), "xx");
   EXPECT_EQ(replaced("e\u0301\u00E9", "e", "x", option | kLiteralSearch), "x\u0301x");
+  EXPECT_EQ(replaced("\n\u0301a", "A", "x", option | kCaseInsensitiveSearch), "\n\u0301x");
   EXPECT_EQ(replaced("ae\u0301", "e", "x", option | kAnchoredSearch), "ax");
 }
 

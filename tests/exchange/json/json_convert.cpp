@@ -2,13 +2,15 @@
 //
 //     json-convert export FILE           to standard output
 //     json-convert import JSON FILE
-//     json-convert html FILE
+//     json-convert html FILE [numbers]
 
 #include <cstdio>
 #include <cstring>
 
 #include "document/OLDataManager.h"
+#include "exchange/HtmlFormat.h"
 #include "exchange/JsonFormat.h"
+#include "model/runtime/OLNumberLabelFormats.h"
 #include "platform/foundation/File.h"
 
 namespace {
@@ -28,6 +30,12 @@ int run(int argc, char** argv) {
   };
   if (command == "export" && argc == 3) {
     tavlin::exportJson({document, nullptr}, sink);
+    return 0;
+  }
+  if (command == "html" && argc <= 4) {
+    tavlin::HtmlOptions options;
+    if (argc == 4) options.numbers = std::make_shared<tavlin::OLNumberLabelFormatLegal>();
+    tavlin::exportHtml({document, nullptr}, options, sink);
     return 0;
   }
   return 2;

@@ -36,7 +36,10 @@ class Scene {
     document->whenAsked = [this] { call(); };
     logHandler_ = ns::setLogHandler([this](std::string_view text) { logged += text; });
   }
-  ~Scene() { ns::setLogHandler(logHandler_); }
+  ~Scene() {
+    own.center.removeObserver(this);
+    ns::setLogHandler(logHandler_);
+  }
   Scene(const Scene&) = delete;
   Scene& operator=(const Scene&) = delete;
 

@@ -163,7 +163,7 @@ class UndoControllerTest : public ::testing::Test {
     }
   }
 
-  const OwnCenter own;
+  const OwnCenter own{};
   const Outline outline{kStart};
   const Item x = named("X");
   const Item y = named("Y");

@@ -1,6 +1,6 @@
-#include <gtest/gtest.h>
+#include "document/SanitizeKeywords.h"
 
-#include "tool/Modes.h"
+#include <gtest/gtest.h>
 
 namespace tavlin {
 namespace {

@@ -1,5 +1,6 @@
+#include "document/SanitizeKeywords.h"
+
 #include "platform/foundation/CharacterSet.h"
-#include "tool/Modes.h"
 
 namespace tavlin {
 
@@ -18,7 +19,10 @@ ns::CharacterSet unwantedCharacters() {
   return set;
 }
 
-ns::String sanitized(const ns::String& keyword, const ns::CharacterSet& unwanted) {
+}  // namespace
+
+ns::String sanitizedKeyword(const ns::String& keyword) {
+  static const ns::CharacterSet unwanted = unwantedCharacters();
   const std::u16string units = keyword.units();
   std::u16string clean;
   clean.reserve(units.size());
@@ -34,13 +38,10 @@ ns::String sanitized(const ns::String& keyword, const ns::CharacterSet& unwanted
   return ns::String(std::u16string_view(clean));
 }
 
-}  // namespace
-
 ns::Array sanitizeKeywords(const std::vector<ns::String>& keywords) {
-  const ns::CharacterSet unwanted = unwantedCharacters();
   std::vector<ns::Value> clean;
   clean.reserve(keywords.size());
-  for (const ns::String& keyword : keywords) clean.emplace_back(sanitized(keyword, unwanted));
+  for (const ns::String& keyword : keywords) clean.emplace_back(sanitizedKeyword(keyword));
   return ns::Array(std::move(clean));
 }
 

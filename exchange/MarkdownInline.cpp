@@ -1,0 +1,272 @@
+#include "exchange/MarkdownInline.h"
+
+#include <algorithm>
+#include <array>
+
+#include "exchange/ItemContent.h"
+#include "exchange/MarkdownEscapes.h"
+
+namespace tavlin {
+
+namespace {
+
+// Bold, italic and struck-out text stands between delimiters, which count as such only where they
+// flank a word: a delimiter that opens must not stand before a blank, and before punctuation only
+// behind a blank or punctuation; one that closes the other way round.  Text knows nothing of this.
+// A character reference helps: it is punctuation on both sides, whatever it stands for.
+
+/// Neighbours that share all but fixed width, and so their delimiters.
+struct Group {
+  size_t begin;  // of spans
+  size_t end;
+  std::string delimiter;  // "**", "_", empty where neither bold nor italic
+  bool isStruckOut;
+  const ns::String* link;  // never none, empty where it is no link
+  bool refersToFirst = false;
+  bool refersToLast = false;
+};
+
+/// What stands at the edge of a group, for the delimiter beside it.
+enum class Edge : uint8_t { letter, punctuation, blank, other };
+
+Edge edgeOf(char32_t character, bool isCode) {
+  if (isCode) return Edge::punctuation;
+  if (isMarkdownBlank(character)) return Edge::blank;
+  if (character >= 0x80) return Edge::other;  // readers differ on what is punctuation
+  const bool isLetter = (character >= U'0' && character <= U'9') ||
+                        (character >= U'A' && character <= U'Z') ||
+                        (character >= U'a' && character <= U'z');
+  return isLetter ? Edge::letter : Edge::punctuation;
+}
+
+/// A run of backticks that the text of a code span does not have; empty where it has all that
+/// readers know.
+std::string fenceFor(std::string_view code) {
+  constexpr size_t kLongest = 80;
+  std::array<bool, kLongest + 1> isUsed{};
+  for (size_t at = code.find('`'); at != std::string_view::npos; at = code.find('`', at)) {
+    const size_t end = std::min(code.find_first_not_of('`', at), code.size());
+    if (end - at <= kLongest) isUsed[end - at] = true;
+    at = end;
+  }
+  const auto* const unused = std::find(isUsed.begin() + 1, isUsed.end(), false);
+  return std::string(unused == isUsed.end() ? 0 : static_cast<size_t>(unused - isUsed.begin()),
+                     '`');
+}
+
+class Paragraph {
+ public:
+  Paragraph(std::string& out, const std::vector<MarkdownSpan>& spans, size_t indentation,
+            Losses& losses)
+      : out_(out), spans_(spans), indentation_(indentation), losses_(losses) {}
+
+  void write() {
+    makeGroups();
+    for (size_t i = 0; i < groups_.size(); ++i) {
+      decideEdges(i > 0 ? &groups_[i - 1] : nullptr, groups_[i]);
+    }
+    decideEnd(groups_.back());
+    for (size_t i = 0; i < groups_.size(); ++i) {
+      writeGroup(i > 0 ? &groups_[i - 1] : nullptr, groups_[i],
+                 i + 1 < groups_.size() ? &groups_[i + 1] : nullptr);
+    }
+  }
+
+ private:
+  void makeGroups() {
+    for (size_t i = 0; i < spans_.size(); ++i) {
+      const TextStyle& style = spans_[i].style;
+      if (!groups_.empty()) {
+        Group& last = groups_.back();
+        const TextStyle& before = spans_[i - 1].style;
+        if (before.isBold == style.isBold && before.isItalic == style.isItalic &&
+            before.isStruckOut == style.isStruckOut && before.link == style.link) {
+          last.end = i + 1;
+          continue;
+        }
+      }
+      groups_.push_back({i, i + 1, delimiterFor(style), style.isStruckOut, &style.link});
+    }
+  }
+
+  /// Stars, but underscores next to stars, which would run together.
+  [[nodiscard]] std::string delimiterFor(const TextStyle& style) const {
+    const size_t length = (style.isBold ? 2 : 0) + (style.isItalic ? 1 : 0);
+    const bool isNextToStars = !groups_.empty() && groups_.back().delimiter.starts_with('*');
+    return std::string(length, isNextToStars ? '_' : '*');
+  }
+
+  [[nodiscard]] Edge leftEdge(const Group& group) const {
+    const MarkdownSpan& span = spans_[group.begin];
+    return edgeOf(firstCharacter(span.text), isCode(span));
+  }
+  [[nodiscard]] Edge rightEdge(const Group& group) const {
+    const MarkdownSpan& span = spans_[group.end - 1];
+    return edgeOf(lastCharacter(span.text), isCode(span));
+  }
+
+  /// Fixed width that stands in backticks at both ends of its text.
+  static bool isCode(const MarkdownSpan& span) {
+    const std::string_view breaks("\n\r");
+    return span.style.isFixedWidth && breaks.find(span.text.front()) == std::string_view::npos &&
+           breaks.find(span.text.back()) == std::string_view::npos &&
+           !fenceFor(span.text).empty();
+  }
+
+  static bool isDelimited(const Group& group) {
+    return group.isStruckOut || !group.delimiter.empty();
+  }
+
+  /// Decides what has to be written as a reference where two groups meet.
+  void decideEdges(Group* left, Group& right) const {
+    const bool isStrikeEdge = (left && left->isStruckOut) != right.isStruckOut ||
+                              (left && isLinkEdge(*left, right) && right.isStruckOut);
+    const bool leftEnds = left && (!left->delimiter.empty() || (left->isStruckOut && isStrikeEdge));
+    const bool rightBegins = !right.delimiter.empty() || (right.isStruckOut && isStrikeEdge);
+    // a blank never stands at the inner side of a delimiter
+    if (leftEnds && rightEdge(*left) == Edge::blank) left->refersToLast = true;
+    if (rightBegins && leftEdge(right) == Edge::blank) right.refersToFirst = true;
+    // the beginning of a paragraph is as good as a blank, a bracket of a link is punctuation
+    if (!left || isLinkEdge(*left, right) || (!leftEnds && !rightBegins)) return;
+    Side leftSide{*left, rightEdge(*left), left->refersToLast};
+    Side rightSide{right, leftEdge(right), right.refersToFirst};
+    if (isStrikeEdge) {
+      decideStrike(left->isStruckOut ? leftSide : rightSide,
+                   left->isStruckOut ? rightSide : leftSide);
+    } else if (left->delimiter.empty()) {
+      if (!standsAlone(rightSide)) referTo(leftSide);
+    } else if (right.delimiter.empty()) {
+      if (!standsAlone(leftSide)) referTo(rightSide);
+    }
+  }
+
+  /// A group where it meets another one.
+  struct Side {
+    const Group& group;
+    Edge edge;
+    bool& refers;
+  };
+
+  /// Readers look past tildes for what is beside stars and underscores.
+  static void decideStrike(Side struck, Side other) {
+    const bool isStruckPlain = struck.group.delimiter.empty();
+    const bool isOtherPlain = other.group.delimiter.empty();
+    if (isOtherPlain) {
+      if (!isStruckPlain || struck.edge != Edge::letter) referTo(other);
+    } else if (isStruckPlain) {
+      if (!standsAlone(other)) referTo(struck);
+    }
+  }
+
+  /// Whether the delimiter counts, whatever stands at its outer side.
+  static bool standsAlone(const Side& side) {
+    return side.group.delimiter[0] == '*' && side.edge == Edge::letter;
+  }
+
+  static void referTo(Side& side) {
+    if (side.edge == Edge::letter || side.edge == Edge::other) side.refers = true;
+  }
+
+  void decideEnd(Group& last) const {
+    if (isDelimited(last) && rightEdge(last) == Edge::blank) last.refersToLast = true;
+  }
+
+  static bool isLinkEdge(const Group& left, const Group& right) {
+    return *left.link != *right.link;
+  }
+
+  void writeGroup(const Group* before, const Group& group, const Group* after) {
+    const bool opensLink = !before || isLinkEdge(*before, group);
+    const bool closesLink = !after || isLinkEdge(group, *after);
+    if (opensLink && !group.link->empty()) out_ += '[';
+    if (group.isStruckOut && (opensLink || !before->isStruckOut)) out_ += "~~";
+    out_ += group.delimiter;
+    for (size_t i = group.begin; i < group.end; ++i) writeSpan(group, i);
+    out_ += group.delimiter;
+    if (group.isStruckOut && (closesLink || !after->isStruckOut)) out_ += "~~";
+    if (closesLink && !group.link->empty()) {
+      out_ += "](";
+      appendMarkdownDestination(out_, utf8_.of(*group.link, losses_));
+      out_ += ')';
+    }
+  }
+
+  void writeSpan(const Group& group, size_t index) {
+    const MarkdownSpan& span = spans_[index];
+    MarkdownPlace place;
+    place.isAtLineStart = out_.empty() || isAtLineStart();
+    place.isLast = index + 1 == spans_.size() && !isDelimited(group) && group.link->empty();
+    place.refersToFirst = group.refersToFirst && index == group.begin;
+    place.refersToLast = group.refersToLast && index + 1 == group.end;
+    if (span.style.isFixedWidth) {
+      writeCode(span.text, place);
+    } else {
+      appendMarkdownText(out_, span.text, place, indentation_);
+    }
+  }
+
+  /// Whether the text so far ends with a break and the blanks that indent the next line.
+  [[nodiscard]] bool isAtLineStart() const {
+    const size_t last = out_.find_last_not_of(' ');
+    return last == std::string::npos || out_[last] == '\n';
+  }
+
+  /// Code spans, between them what none can hold.
+  void writeCode(std::string_view text, const MarkdownPlace& place) {
+    const std::string fence = fenceFor(text);
+    if (fence.empty()) {
+      ++losses_.attributes;
+      return appendMarkdownText(out_, text, place, indentation_);
+    }
+    for (size_t at = 0; at < text.size();) {
+      const size_t begin = at;
+      at = std::min(text.find_first_of("\n\r", begin), text.size());
+      if (at > begin) {
+        writeCodeSpan(text.substr(begin, at - begin), fence);
+        continue;
+      }
+      MarkdownPlace between;
+      at = std::min(text.find_first_not_of("\n\r", begin), text.size());
+      between.isAtLineStart = isAtLineStart();
+      between.isLast = place.isLast && at == text.size();
+      between.refersToFirst = place.refersToFirst && begin == 0;
+      between.refersToLast = place.refersToLast && at == text.size();
+      appendMarkdownText(out_, text.substr(begin, at - begin), between, indentation_);
+    }
+  }
+
+  void writeCodeSpan(std::string_view code, const std::string& fence) {
+    // readers take one blank away at both ends where there are two and anything between them
+    const bool isBlank = code.find_first_not_of(' ') == std::string_view::npos;
+    const bool hasBlanks = code.starts_with(' ') && code.ends_with(' ') && !isBlank;
+    const bool isPadded = hasBlanks || code.starts_with('`') || code.ends_with('`');
+    out_ += fence;
+    if (isPadded) out_ += ' ';
+    out_ += code;
+    if (isPadded) out_ += ' ';
+    out_ += fence;
+  }
+
+  std::string& out_;
+  const std::vector<MarkdownSpan>& spans_;
+  size_t indentation_;
+  Losses& losses_;
+  Utf8Text utf8_;
+  std::vector<Group> groups_;
+};
+
+}  // namespace
+
+void appendMarkdownParagraph(std::string& out, const std::vector<MarkdownSpan>& spans,
+                             size_t indentation, Losses& losses) {
+  if (spans.empty()) return;
+  if (spans.size() == 1 && spans.front().style == TextStyle()) {
+    appendMarkdownText(out, spans.front().text, {true, true, false, false}, indentation);
+    return;
+  }
+  std::string paragraph;
+  Paragraph(paragraph, spans, indentation, losses).write();
+  out += paragraph;
+}
+
+}  // namespace tavlin

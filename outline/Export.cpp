@@ -1,0 +1,121 @@
+// tavlin export: documents in other formats.
+
+#include <sys/stat.h>
+
+#include <cstring>
+#include <fstream>
+#include <memory>
+
+#include "outline/Commands.h"
+#include "outline/common/Formats.h"
+#include "outline/common/Messages.h"
+#include "platform/foundation/File.h"
+
+namespace tavlin {
+
+namespace {
+
+struct ExportOptions {
+  std::string file;
+  std::string out = "-";
+  std::string format;
+  std::string item;
+  bool isItemGiven = false;
+};
+
+bool isDeviceOrPipe(const std::string& file) {
+  struct stat status {};
+  return ::stat(file.c_str(), &status) == 0 && !S_ISREG(status.st_mode) &&
+         !S_ISDIR(status.st_mode);
+}
+
+/// Into a device or a pipe, which nothing can be put in the place of.
+Losses writeThrough(const std::string& file, const Format& format, const ExportSource& source) {
+  std::ofstream stream(file, std::ios::binary);
+  const auto write = [&](std::string_view piece) {
+    stream.write(piece.data(), static_cast<std::streamsize>(piece.size()));
+    if (!stream) throw FileFailure(file + ": it cannot be written");
+  };
+  if (!stream) write("");
+  const Losses losses = format.write(source, write);
+  stream.close();
+  if (!stream) write("");
+  return losses;
+}
+
+/// In place of a file, whole or not at all.
+Losses replaceFile(const std::string& file, const Format& format, const ExportSource& source) {
+  ns::DataPieces pieces;
+  const Losses losses = format.write(
+      source, [&](std::string_view piece) { pieces.append(ns::Data(std::string(piece))); });
+  try {
+    ns::writeFileAtomically(file, pieces);
+  } catch (const ns::FileException& exception) {
+    throw FileFailure(file + ": " + std::strerror(exception.error()));
+  }
+  return losses;
+}
+
+int exportDocument(const ExportOptions& options, const std::string& file, Output& output) {
+  const Format* const format =
+      options.format.empty() ? formatOfFile(options.out) : formatNamed(options.format);
+  const OpenDocument opened = openDocument(file);
+  ExportSource source{opened.document, nullptr};
+  if (options.isItemGiven) source.item = itemAtPath(*opened.document, options.item);
+  Losses losses;
+  if (options.out == "-") {
+    losses = format->write(source, [&](std::string_view piece) { output.write(piece); });
+  } else if (isDeviceOrPipe(options.out)) {
+    losses = writeThrough(options.out, *format, source);
+  } else {
+    losses = replaceFile(options.out, *format, source);
+  }
+  output.flush();
+  reportLosses(file, losses, format->name, " of text");
+  return kDone;
+}
+
+int runExport(const ExportOptions& options) {
+  if (options.format.empty() && !formatOfFile(options.out)) {
+    report(options.out == "-" ? "export: --to=FORMAT is missing"
+                              : "export: the name of \"" + options.out +
+                                    "\" tells no format; --to=FORMAT does");
+    return kFailed;
+  }
+  Output output(Output::toStandardOutput);
+  const auto work = [&](const std::string& file, Output& out) {
+    return exportDocument(options, file, out);
+  };
+  const JobSummary summary = forEachFile({options.file}, {.count = 1}, output, work);
+  output.flush();
+  return summary.status();
+}
+
+}  // namespace
+
+void addExport(CLI::App& table, Action& action) {
+  CLI::App* const command =
+      table.add_subcommand("export", localized("Writes a document in another format"));
+  const auto options = std::make_shared<ExportOptions>();
+  addFormat(*command, "--to", options->format, formatNames(false),
+            localized("The format; by default the one that the name of OUT tells"));
+  command
+      ->add_option("-o,--output", options->out,
+                   localized("The file to write, in place of what is there; - is standard output"))
+      ->type_name("OUT");
+  command
+      ->add_option_function<std::string>(
+          "--item",
+          [options](const std::string& path) {
+            options->item = path;
+            options->isItemGiven = true;
+          },
+          localized("Only this item and what is below it"))
+      ->type_name("PATH");
+  command->add_option("FILE", options->file, localized("The document; - is standard input"))
+      ->required()
+      ->type_name("");
+  setAction(*command, action, [options] { return runExport(*options); });
+}
+
+}  // namespace tavlin
