@@ -9,9 +9,9 @@
 #include "exchange/JsonObjects.h"
 #include "exchange/JsonSurrogateEscapes.h"
 #include "platform/foundation/Exception.h"
-#include "rapidjson/error/en.h"
-#include "rapidjson/memorystream.h"
-#include "rapidjson/reader.h"
+#include <rapidjson/error/en.h>
+#include <rapidjson/memorystream.h>
+#include <rapidjson/reader.h>
 
 namespace tavlin {
 
