@@ -27,6 +27,17 @@ char32_t decoded(std::string_view bytes) {
   return value;
 }
 
+/// The same for a character at the edge of a stretch.  Readers make something else of references
+/// to two characters: an empty comment beside them is punctuation too.
+void appendEdge(std::string& out, std::string_view bytes, bool isFirst) {
+  constexpr std::string_view kNothing = "<!-- -->";
+  const char32_t character = decoded(bytes);
+  if (character != 0xFFFE && character != 0xFFFF) return appendReference(out, character);
+  if (isFirst) out += kNothing;
+  out += bytes;
+  if (!isFirst) out += kNothing;
+}
+
 size_t lengthOfFirst(std::string_view utf8) {
   size_t length = 1;
   while (length < utf8.size() && isContinuation(utf8[length])) ++length;
@@ -182,7 +193,7 @@ void appendMarkdownText(std::string& out, std::string_view utf8, const MarkdownP
   MarkdownPlace rest = place;
   if (place.refersToFirst && !utf8.empty()) {
     const size_t length = lengthOfFirst(utf8);
-    appendReference(out, decoded(utf8.substr(0, length)));
+    appendEdge(out, utf8.substr(0, length), true);
     utf8.remove_prefix(length);
     rest.isAtLineStart = false;
   }
@@ -193,7 +204,7 @@ void appendMarkdownText(std::string& out, std::string_view utf8, const MarkdownP
     rest.isLast = false;
   }
   Escaping(out, utf8, rest, indentation).run();
-  if (!last.empty()) appendReference(out, decoded(last));
+  if (!last.empty()) appendEdge(out, last, false);
 }
 
 void appendMarkdownDestination(std::string& out, std::string_view utf8) {

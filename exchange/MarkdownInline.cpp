@@ -32,8 +32,9 @@ enum class Edge : uint8_t { letter, punctuation, blank, other };
 Edge edgeOf(char32_t character, bool isCode) {
   if (isCode) return Edge::punctuation;
   if (isMarkdownBlank(character)) return Edge::blank;
-  if (character >= 0x80) return Edge::other;  // readers differ on what is punctuation
-  const bool isLetter = (character >= U'0' && character <= U'9') ||
+  const bool isNeither = character == 0xFFFE || character == 0xFFFF;
+  if (character >= 0x80 && !isNeither) return Edge::other;  // readers differ on punctuation
+  const bool isLetter = isNeither || (character >= U'0' && character <= U'9') ||
                         (character >= U'A' && character <= U'Z') ||
                         (character >= U'a' && character <= U'z');
   return isLetter ? Edge::letter : Edge::punctuation;
