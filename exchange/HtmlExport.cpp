@@ -123,9 +123,11 @@ class HtmlExport {
         if (name == property.key->name) out_.put(words);
       }
       out_.put("</dt><dd dir=\"auto\" lang=\"\">");
-      for (size_t i = 0; i < property.texts.size(); ++i) {
-        if (i > 0) out_.put(", ");
-        text_.put(property.texts[i]);
+      // a text may hold a comma, so each is an element
+      for (const ns::String& text : property.texts) {
+        out_.put("<span>");
+        text_.put(text);
+        out_.put("</span> ");
       }
       out_.put("</dd>\n");
     }

@@ -14,6 +14,7 @@ h1{font-size:1.75rem;line-height:1.25;margin:0 0 .75rem}
 dl{display:grid;grid-template-columns:max-content 1fr;gap:.125rem 1rem;margin:0 0 1.25rem;color:var(--soft);font-size:.9rem}
 dt{font-weight:600}
 dd{margin:0;white-space:pre-wrap}
+dd span+span::before{content:"\b7";margin:0 .5em}
 form{position:sticky;top:0;z-index:1;display:flex;flex-wrap:wrap;align-items:center;gap:.5rem .75rem;margin:0 -.5rem 1rem;padding:.5rem;background:var(--back);border-bottom:1px solid var(--line)}
 form[hidden],li[hidden]{display:none}
 label{font-size:.9rem;color:var(--soft)}
@@ -22,7 +23,7 @@ output{font-size:.9rem;color:var(--soft);min-width:8ch}
 ul{list-style:none;margin:0;padding:0}
 ul ul{margin-left:.6rem;padding-left:1rem;border-left:1px solid var(--line)}
 li{margin:.0625rem 0}
-.item,summary{display:block;position:relative;padding:.125rem .375rem .125rem 1.5rem;border-radius:.25rem}
+.item,summary{display:flex;align-items:baseline;position:relative;padding:.125rem .375rem .125rem 1.5rem;border-radius:.25rem}
 summary{cursor:pointer}
 summary:hover{background:color-mix(in srgb,var(--accent) 10%,transparent)}
 summary::-webkit-details-marker{display:none}
@@ -31,12 +32,12 @@ details[open]>summary::before{transform:rotate(90deg)}
 .item::before{content:"";position:absolute;left:.45rem;top:.72em;width:.35em;height:.35em;border-radius:50%;background:var(--line)}
 :focus-visible{outline:2px solid var(--accent);outline-offset:1px}
 .title,.note{white-space:pre-wrap}
-.title{font-weight:inherit}
+.title{flex:0 1 auto;min-width:0}
 .untitled{color:var(--soft);font-style:italic}
 .note{color:var(--soft);font-size:.9rem;padding:0 .375rem .25rem 1.5rem}
 .marked>.note,.marked>details>.note{padding-left:3.25rem}
-.number{color:var(--soft);font-variant-numeric:tabular-nums;margin-right:.5em}
-.check{display:inline-block;position:relative;width:1em;height:1em;margin:0 .6em 0 .1em;vertical-align:-.125em;border:.125em solid var(--soft);border-radius:.2em}
+.number{flex:none;color:var(--soft);font-variant-numeric:tabular-nums;margin-right:.5em}
+.check{flex:none;align-self:flex-start;position:relative;width:1em;height:1em;margin:.25em .6em 0 .1em;border:.125em solid var(--soft);border-radius:.2em}
 .check.yes,.check.all{border-color:var(--done)}
 .check.yes{background:var(--done)}
 .check.yes::before,.check.all::before{content:"";position:absolute;left:.22em;top:0;width:.25em;height:.5em;border:solid var(--back);border-width:0 .14em .14em 0;transform:rotate(42deg)}
@@ -51,7 +52,7 @@ code{font:.92em ui-monospace,"SF Mono",Menlo,Consolas,"DejaVu Sans Mono",monospa
 @media print{:root{--text:#000;--soft:#444;--line:#bbb;--back:#fff;--accent:#000;--done:#000;color-scheme:light}html{font-size:10.5pt}body{max-width:none;padding:0}form{display:none}.item,summary{break-inside:avoid}h1{break-after:avoid}.check{print-color-adjust:exact}a[href^=http]::after{content:" (" attr(href) ")";font-size:.85em;color:var(--soft)}}
 @media (forced-colors:active){.check{border-color:CanvasText}.check.yes::before,.check.all::before{border-color:CanvasText}}
 )CSS";
-const std::string_view kStyleHash = "aaXfskUrB+JPH0NnOnOQnCmXgpjdE3Ihph3bJSYLJBo=";
+const std::string_view kStyleHash = "9hQigUv8jrymhODm2BJwmBjCkitiWEHAGqHeHbhLToM=";
 
 const std::string_view kScript = R"JS(
 "use strict";

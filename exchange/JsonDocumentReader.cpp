@@ -247,6 +247,8 @@ void JsonDocumentReader::deliverToTop(const ns::Value& value) {
     }
   } else if (topKey_ == "objects") {
     if (!value.isString()) fail(kWrongKind);  // they were read before
+  } else if (topKey_ == "items" && value.isNone()) {
+    items_.front().hasNoChildrenArray = true;
   } else if (topKey_ == "items" || topKey_ == "root") {
     fail(kWrongKind);
   } else {
@@ -378,7 +380,11 @@ Imported JsonDocumentReader::finish() {
     fail("not an outline: \"tavlin\": " + std::to_string(names::kVersion) + " is missing");
   }
   OpenItem& root = items_.front();
-  root.node->setChildren(std::move(root.children));
+  if (root.hasNoChildrenArray) {
+    root.node->setChildren(std::nullopt);
+  } else {
+    root.node->setChildren(std::move(root.children));
+  }
   const ns::Dictionary settings = settings_.dictionary();
   std::vector<ns::Dictionary::Entry> entries;
   if (!properties_.isNone()) entries.emplace_back("documentProperties", properties_);

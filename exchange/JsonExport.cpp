@@ -40,9 +40,14 @@ class JsonExport {
     writeRoot(*controller.tree()->rootNode());
     json_.breakLine();
     json_.key("items");
-    json_.beginArray();
-    writeItems(controller.tree()->rootNode());
-    json_.endArray();
+    const std::shared_ptr<OLNode>& root = controller.tree()->rootNode();
+    if (source_.item || root->hasChildrenArray()) {
+      json_.beginArray();
+      writeItems(root);
+      json_.endArray();
+    } else {
+      json_.null();
+    }
     if (!objects_.empty()) writeObjects();
     json_.endObject();
     out_ += '\n';

@@ -3,15 +3,15 @@
 #include <optional>
 #include <string>
 
+#include <rapidjson/error/en.h>
+#include <rapidjson/memorystream.h>
+#include <rapidjson/reader.h>
 #include "exchange/Base64.h"
 #include "exchange/JsonDocumentReader.h"
 #include "exchange/JsonFormat.h"
 #include "exchange/JsonObjects.h"
 #include "exchange/JsonSurrogateEscapes.h"
 #include "platform/foundation/Exception.h"
-#include "rapidjson/error/en.h"
-#include "rapidjson/memorystream.h"
-#include "rapidjson/reader.h"
 
 namespace tavlin {
 
@@ -102,14 +102,14 @@ class Events : public rapidjson::BaseReaderHandler<rapidjson::UTF8<>, Events> {
     return true;
   }
   bool start(bool isObject) {
-    starts_.push_back(stream_.src_ - 1);
+    starts_.push_back(stream_.src_);  // the bracket is still to be taken
     document_.start(isObject);
     return true;
   }
   bool end() {
     const char* const from = starts_.back();
     starts_.pop_back();
-    document_.end({from, static_cast<size_t>(stream_.src_ - from)});
+    document_.end({from, static_cast<size_t>(stream_.src_ + 1 - from)});
     return true;
   }
   ns::String string(const char* text, rapidjson::SizeType length) const {

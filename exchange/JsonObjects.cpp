@@ -162,8 +162,9 @@ ns::Data JsonObjects::archive() const {
 
 ns::Array JsonObjects::read(const ns::Data& data) {
   const auto archive = ns::KeyedArchive::open(data, documentClasses());
-  // a tree of one node: values that named objects with an identity could hold themselves
-  if (archive->isTree() && archive->kind(archive->root()) == ns::Kind::object) {
+  // of one node: values that named objects with an identity could hold themselves
+  const bool isOfOne = archive->isTree() || archive->objectNumbers().size() == 1;
+  if (isOfOne && archive->kind(archive->root()) == ns::Kind::object) {
     const auto node =
         ns::KeyedUnarchiver::unarchiveObject(archive, archive->root()).objectAs<OLNode>();
     const std::optional<ns::Dictionary> stored =

@@ -5,7 +5,9 @@
 #include <bit>
 #include <cmath>
 #include <cstdio>
+#include <limits>
 #include <unordered_set>
+#include <utility>
 
 #include "exchange/Base64.h"
 #include "exchange/JsonDates.h"
@@ -129,8 +131,12 @@ bool JsonValueWriter::canWrite(const ns::Value& value) {
 
 void JsonValueWriter::write(const ns::Value& value) {
   switch (formOf(value)) {
-    case Form::inPlace:
-      return writeInPlace(value);
+    case Form::inPlace: {
+      const bool wasInTree = std::exchange(isInTree_, isContainer(value));
+      writeInPlace(value);
+      isInTree_ = wasInTree;
+      return;
+    }
     case Form::object:
       json_->beginObject();
       json_->member(names::kObject, static_cast<uint64_t>(*objects_.indexOf(value)));
@@ -142,7 +148,7 @@ void JsonValueWriter::write(const ns::Value& value) {
 }
 
 void JsonValueWriter::writeElement(const ns::Value& value) {
-  return isContainer(value) ? writeInPlace(value) : write(value);
+  return isContainer(value) && isInTree_ ? writeInPlace(value) : write(value);
 }
 
 void JsonValueWriter::writeInPlace(const ns::Value& value) {
@@ -266,7 +272,8 @@ void JsonValueWriter::writeArray(const ns::Array& array) {
 void JsonValueWriter::writeMembers(const ns::Dictionary& dictionary) {
   json_->beginObject();
   for (const auto& [key, value] : dictionary) {
-    if (!isContainer(value) && !canWrite(value)) continue;
+    const bool isKnown = isContainer(value) && isInTree_;
+    if (!isKnown && !canWrite(value)) continue;
     json_->key(key.string());
     writeElement(value);
   }

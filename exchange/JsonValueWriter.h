@@ -57,6 +57,7 @@ class JsonValueWriter {
   JsonObjects& objects_;
   Losses& losses_;
   bool isInAttributes_ = false;
+  bool isInTree_ = false;  // in a container whose containers all are written in place
   /// What was written for attributes, which mostly are those of many texts.
   struct Known {
     ns::Value attributes;  ///< held, so that its address stands for it

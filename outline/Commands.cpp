@@ -13,14 +13,14 @@ void addCommands(CLI::App& table, Action& action) {
   addFind(table, action);
   addExport(table, action);
   addImport(table, action);
-  addCompletions(table, action);
-  addCheck(table, action);
   addNew(table, action);
   addKeywords(table, action);
   addProperties(table, action);
   addConvert(table, action);
   addItem(table, action);
   addApply(table, action);
+  addCheck(table, action);
+  addCompletions(table, action);
 }
 
 CLI::Option* addFiles(CLI::App& command, std::vector<std::string>& files) {

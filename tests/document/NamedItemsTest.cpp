@@ -124,6 +124,8 @@ class Loaded {
   Loaded& operator=(const Loaded&) = delete;
   ~Loaded() {
     for (const Item& item : read_) item->setData(std::nullopt);
+    // what changes the root's data reads it
+    root()->setData(std::nullopt);
   }
 
   [[nodiscard]] Item root() const { return document_->rootItem(); }

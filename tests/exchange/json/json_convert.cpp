@@ -2,16 +2,18 @@
 //
 //     json-convert export FILE           to standard output
 //     json-convert import JSON FILE
+//     json-convert random SEED            a random document, to standard output
 //     json-convert html FILE [numbers]
 
 #include <cstdio>
-#include <cstring>
+#include <cstdlib>
 
 #include "document/OLDataManager.h"
 #include "exchange/HtmlFormat.h"
 #include "exchange/JsonFormat.h"
 #include "model/runtime/OLNumberLabelFormats.h"
 #include "platform/foundation/File.h"
+#include "tests/exchange/json/RandomDocument.h"
 
 namespace {
 
@@ -23,11 +25,16 @@ int run(int argc, char** argv) {
     ns::writeFileAtomically(argv[3], *imported.document->dataRepresentation());
     return 0;
   }
-  const auto document = tavlin::OLDataManager::create();
-  if (!document->loadDataRepresentationOfType(ns::readFile(argv[2]))) return 2;
   const auto sink = [](std::string_view piece) {
     std::fwrite(piece.data(), 1, piece.size(), stdout);
   };
+  if (command == "random" && argc == 3) {
+    tavlin::testing::Random random(std::strtoull(argv[2], nullptr, 10));
+    tavlin::exportJson({tavlin::testing::randomDocument(random), nullptr}, sink);
+    return 0;
+  }
+  const auto document = tavlin::OLDataManager::create();
+  if (!document->loadDataRepresentationOfType(ns::readFile(argv[2]))) return 2;
   if (command == "export" && argc == 3) {
     tavlin::exportJson({document, nullptr}, sink);
     return 0;

@@ -1,0 +1,76 @@
+"""The recipes of the README, as they stand there."""
+import os
+import pathlib
+import subprocess
+
+import changing
+import documents
+import driver
+from changing import NULL, rich
+from driver import Item
+
+README = pathlib.Path(__file__).resolve().parents[2] / 'README.md'
+
+
+def recipes():
+    """The commands under "Recipes", a text for each block."""
+    section = README.read_text().split('\n## Recipes\n')[1].split('\n## ')[0]
+    blocks, before = [], ''
+    for line in section.splitlines():
+        if line.startswith('    '):
+            if not before.startswith('    '):
+                blocks.append('')
+            blocks[-1] += line[4:] + '\n'
+        before = line
+    return blocks
+
+
+class Recipes(changing.Case):
+    def cook(self, start):
+        """Runs the recipe that begins so."""
+        block, = [x for x in recipes() if x.startswith(start)]
+        path = os.path.dirname(driver.PROGRAM) + ':' + driver.ENVIRONMENT['PATH']
+        done = subprocess.run(['bash', '-eu', '-c', block], cwd=self.folder, capture_output=True,
+                              env={**driver.ENVIRONMENT, 'PATH': path}, text=True, timeout=60)
+        self.assertEqual((done.returncode, done.stderr), (0, ''), block)
+        return done.stdout
+
+    def titles(self, name):
+        return ['%s %s' % (x.path, x.title) for x in documents.Document(self.folder / name).items]
+
+    def test_tag_all_documents_of_a_folder(self):
+        self.save('Garden/beds.tavlin', [Item('x')], {'keywords': ['garden', 'beds']})
+        self.save('Garden/old/trees.tavlin', [Item('x')])
+        self.assertEqual(self.cook('tavlin keywords add'), '2\t2027\n2\tgarden\n1\tbeds\n')
+        self.assertEqual(documents.Document(self.folder / 'Garden/beds.tavlin').properties['keywords'],
+                         ['garden', 'beds', '2027'])
+
+    def test_move_what_is_done(self):
+        self.save('todo.tavlin', [
+            Item('a: b', kids=[Item('one', checked=True, kids=[Item('1', checked=True), Item('2')]),
+                               Item('two', checked=False)]),
+            Item(NULL, checked=True), Item('', checked=True), Item('hidden', checked=True, shows=False),
+            Item(rich('three'), note='done?')])
+        self.assertEqual(self.cook('paths='), '4.1\n4.2\n4.3\n')
+        self.assertEqual(self.titles('todo.tavlin'),
+                         ['1 a: b', '1.1 two', '2 hidden', '3 three', '4 Done in March', '4.1 one',
+                          '4.1.1 1', '4.1.2 2', '4.2 $null', '4.3 '])
+
+    def test_make_a_document_from_a_template(self):
+        self.save('template.tavlin', [Item(rich('Where'), checked=True), Item('How'), Item('Packing')],
+                  {'title': 'Template', 'keywords': ['template'], 'comment': 'kept'})
+        self.assertEqual(self.cook('cp template'), '1.1\n')
+        document = documents.Document(self.folder / 'graz.tavlin')
+        self.assertEqual(document.properties,
+                         {'title': 'Trip to Graz', 'authors': ['Ada Moss'], 'comment': 'kept'})
+        self.assertEqual(document.outline(), [(0, 'Graz, 3 to 7 May', None, False),
+                                              (1, 'Book the night train', 'Couchette', False),
+                                              (0, 'Packing', None, False)])
+        self.assertEqual(self.titles('template.tavlin'), ['1 Where', '2 How', '3 Packing'])
+
+    def test_there_are_no_others(self):
+        self.assertEqual(len(recipes()), 3)
+
+
+if __name__ == '__main__':
+    driver.main()
