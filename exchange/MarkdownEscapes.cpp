@@ -28,11 +28,13 @@ char32_t decoded(std::string_view bytes) {
 }
 
 /// The same for a character at the edge of a stretch.  Readers make something else of references
-/// to two characters: an empty comment beside them is punctuation too.
+/// to some characters: an empty comment beside them is punctuation too.
 void appendEdge(std::string& out, std::string_view bytes, bool isFirst) {
   constexpr std::string_view kNothing = "<!-- -->";
   const char32_t character = decoded(bytes);
-  if (character != 0xFFFE && character != 0xFFFF) return appendReference(out, character);
+  const bool hasReference =
+      character < 0x80 || (character > 0x9F && character != 0xFFFE && character != 0xFFFF);
+  if (hasReference) return appendReference(out, character);
   if (isFirst) out += kNothing;
   out += bytes;
   if (!isFirst) out += kNothing;
@@ -171,9 +173,10 @@ class Escaping {
     if (!isAddress) return false;
     for (size_t i = at_ + length; i < text_.size(); ++i) {
       const char c = text_[i];
-      if (c == ' ' || c == '<') return false;
-      if (isControl(c)) return c != '\n';
-      if (std::string_view("\\*`[]~_&:").find(c) != std::string_view::npos) return true;
+      // a blank at the end of a line is written as a reference
+      if (c == ' ') return i + 1 == text_.size() || text_[i + 1] == '\n';
+      if (isControl(c)) return true;
+      if (std::string_view("\\*`[]~_&:<").find(c) != std::string_view::npos) return true;
     }
     return !isLast_;
   }
@@ -217,7 +220,9 @@ void appendMarkdownDestination(std::string& out, std::string_view utf8) {
   }
   out += '<';
   for (const char c : utf8) {
-    if (c == '<' || c == '>' || c == '\\' || c == '&') {
+    if (c == '&') {
+      out += "&amp;";  // a backslash does not help here: some readers look at references first
+    } else if (c == '<' || c == '>' || c == '\\') {
       out += '\\';
       out += c;
     } else if (c == '\0') {
@@ -239,10 +244,18 @@ char32_t lastCharacter(std::string_view utf8) {
   return decoded(utf8.substr(utf8.size() - lengthOfLast(utf8)));
 }
 
-bool isMarkdownBlank(char32_t c) {
-  return c <= U' ' || c == 0x7F || c == 0x85 || c == 0xA0 || c == 0x1680 || c == 0x180E ||
-         (c >= 0x2000 && c <= 0x200B) || c == 0x2028 || c == 0x2029 || c == 0x202F ||
-         c == 0x205F || c == 0x3000 || c == 0xFEFF;
+MarkdownEdge markdownEdgeOf(char32_t c) {
+  if (c == U' ' || c == U'\n' || c == 0xA0 || c == 0x1680 || (c >= 0x2000 && c <= 0x200A) ||
+      c == 0x202F || c == 0x205F || c == 0x3000) {
+    return MarkdownEdge::blank;
+  }
+  if (c == 0xFFFE || c == 0xFFFF) return MarkdownEdge::letter;  // all readers agree on these
+  if (c >= 0x80) {
+    const bool mayBeBlank = c < 0xA0 || c == 0x180E || c == 0x200B || c == 0x2028 || c == 0x2029 ||
+                            c == 0xFEFF;
+    return mayBeBlank ? MarkdownEdge::unsureBlank : MarkdownEdge::unsure;
+  }
+  return isAlphanumeric(static_cast<char>(c)) ? MarkdownEdge::letter : MarkdownEdge::punctuation;
 }
 
 }  // namespace tavlin

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <string>
 #include <string_view>
 
@@ -27,7 +28,15 @@ void appendMarkdownDestination(std::string& out, std::string_view utf8);
 [[nodiscard]] char32_t firstCharacter(std::string_view utf8);
 [[nodiscard]] char32_t lastCharacter(std::string_view utf8);
 
-/// Whether Markdown may take a character for a blank, a line break included.
-[[nodiscard]] bool isMarkdownBlank(char32_t character);
+/// What a character, as it is written, is to a delimiter beside it.  Control characters are written
+/// as references, and so are punctuation.
+enum class MarkdownEdge : uint8_t {
+  letter,       ///< Neither a blank nor punctuation.
+  punctuation,
+  blank,        ///< A line feed, too.
+  unsure,       ///< A letter or punctuation, as the reader has it.
+  unsureBlank,  ///< The same, or a blank.
+};
+[[nodiscard]] MarkdownEdge markdownEdgeOf(char32_t character);
 
 }  // namespace tavlin

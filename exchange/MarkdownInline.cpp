@@ -26,19 +26,9 @@ struct Group {
   bool refersToLast = false;
 };
 
-/// What stands at the edge of a group, for the delimiter beside it.
-enum class Edge : uint8_t { letter, punctuation, blank, other };
+using Edge = MarkdownEdge;
 
-Edge edgeOf(char32_t character, bool isCode) {
-  if (isCode) return Edge::punctuation;
-  if (isMarkdownBlank(character)) return Edge::blank;
-  const bool isNeither = character == 0xFFFE || character == 0xFFFF;
-  if (character >= 0x80 && !isNeither) return Edge::other;  // readers differ on punctuation
-  const bool isLetter = isNeither || (character >= U'0' && character <= U'9') ||
-                        (character >= U'A' && character <= U'Z') ||
-                        (character >= U'a' && character <= U'z');
-  return isLetter ? Edge::letter : Edge::punctuation;
-}
+bool mayBeBlank(Edge edge) { return edge == Edge::blank || edge == Edge::unsureBlank; }
 
 /// A run of backticks that the text of a code span does not have; empty where it has all that
 /// readers know.
@@ -99,11 +89,11 @@ class Paragraph {
 
   [[nodiscard]] Edge leftEdge(const Group& group) const {
     const MarkdownSpan& span = spans_[group.begin];
-    return edgeOf(firstCharacter(span.text), isCode(span));
+    return isCode(span) ? Edge::punctuation : markdownEdgeOf(firstCharacter(span.text));
   }
   [[nodiscard]] Edge rightEdge(const Group& group) const {
     const MarkdownSpan& span = spans_[group.end - 1];
-    return edgeOf(lastCharacter(span.text), isCode(span));
+    return isCode(span) ? Edge::punctuation : markdownEdgeOf(lastCharacter(span.text));
   }
 
   /// Fixed width that stands in backticks at both ends of its text.
@@ -125,8 +115,15 @@ class Paragraph {
     const bool leftEnds = left && (!left->delimiter.empty() || (left->isStruckOut && isStrikeEdge));
     const bool rightBegins = !right.delimiter.empty() || (right.isStruckOut && isStrikeEdge);
     // a blank never stands at the inner side of a delimiter
-    if (leftEnds && rightEdge(*left) == Edge::blank) left->refersToLast = true;
-    if (rightBegins && leftEdge(right) == Edge::blank) right.refersToFirst = true;
+    if (leftEnds && mayBeBlank(rightEdge(*left))) left->refersToLast = true;
+    if (rightBegins && mayBeBlank(leftEdge(right))) right.refersToFirst = true;
+    // nor does a line break at the edge of a link, where it would have the look of neither side
+    if (left && endsLink(*left, &right) && spans_[left->end - 1].text.back() == '\n') {
+      left->refersToLast = true;
+    }
+    if (endsLink(right, left) && spans_[right.begin].text.front() == '\n') {
+      right.refersToFirst = true;
+    }
     // the beginning of a paragraph is as good as a blank, a bracket of a link is punctuation
     if (!left || isLinkEdge(*left, right) || (!leftEnds && !rightBegins)) return;
     Side leftSide{*left, rightEdge(*left), left->refersToLast};
@@ -165,11 +162,19 @@ class Paragraph {
   }
 
   static void referTo(Side& side) {
-    if (side.edge == Edge::letter || side.edge == Edge::other) side.refers = true;
+    if (side.edge != Edge::blank && side.edge != Edge::punctuation) side.refers = true;
   }
 
   void decideEnd(Group& last) const {
-    if (isDelimited(last) && rightEdge(last) == Edge::blank) last.refersToLast = true;
+    if (endsLink(last, nullptr) && spans_[last.end - 1].text.back() == '\n') {
+      last.refersToLast = true;
+    }
+    if (isDelimited(last) && mayBeBlank(rightEdge(last))) last.refersToLast = true;
+  }
+
+  /// Whether the group is of a link that does not go on in its neighbour, which may be none.
+  static bool endsLink(const Group& group, const Group* neighbour) {
+    return !group.link->empty() && (!neighbour || isLinkEdge(group, *neighbour));
   }
 
   static bool isLinkEdge(const Group& left, const Group& right) {

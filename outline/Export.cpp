@@ -6,7 +6,9 @@
 #include <fstream>
 #include <memory>
 
+#include "model/runtime/OLNumberLabelFormats.h"
 #include "outline/Commands.h"
+#include "outline/common/ArgumentErrors.h"
 #include "outline/common/Formats.h"
 #include "outline/common/Messages.h"
 #include "platform/foundation/File.h"
@@ -15,13 +17,22 @@ namespace tavlin {
 
 namespace {
 
+constexpr size_t kNumberFormats = 3;
+
 struct ExportOptions {
   std::string file;
   std::string out = "-";
   std::string format;
   std::string item;
   bool isItemGiven = false;
+  size_t numbers = kNumberFormats;  // none
 };
+
+NumberLabels numberLabels(size_t choice, const OLDataManager& document) {
+  if (choice == 1) return std::make_shared<OLNumberLabelFormatLegal>();
+  if (choice == 2) return std::make_shared<OLNumberLabelFormatHarvard>();
+  return numberLabelFormatOfDocument(*document.treeController()->tree());
+}
 
 bool isDeviceOrPipe(const std::string& file) {
   struct stat status {};
@@ -30,24 +41,26 @@ bool isDeviceOrPipe(const std::string& file) {
 }
 
 /// Into a device or a pipe, which nothing can be put in the place of.
-Losses writeThrough(const std::string& file, const Format& format, const ExportSource& source) {
+Losses writeThrough(const std::string& file, const Format& format, const ExportSource& source,
+                    const NumberLabels& numbers) {
   std::ofstream stream(file, std::ios::binary);
   const auto write = [&](std::string_view piece) {
     stream.write(piece.data(), static_cast<std::streamsize>(piece.size()));
     if (!stream) throw FileFailure(file + ": it cannot be written");
   };
   if (!stream) write("");
-  const Losses losses = format.write(source, write);
+  const Losses losses = format.write(source, numbers, write);
   stream.close();
   if (!stream) write("");
   return losses;
 }
 
 /// In place of a file, whole or not at all.
-Losses replaceFile(const std::string& file, const Format& format, const ExportSource& source) {
+Losses replaceFile(const std::string& file, const Format& format, const ExportSource& source,
+                   const NumberLabels& numbers) {
   ns::DataPieces pieces;
   const Losses losses = format.write(
-      source, [&](std::string_view piece) { pieces.append(ns::Data(std::string(piece))); });
+      source, numbers, [&](std::string_view piece) { pieces.append(ns::Data(std::string(piece))); });
   try {
     ns::writeFileAtomically(file, pieces);
   } catch (const ns::FileException& exception) {
@@ -62,13 +75,16 @@ int exportDocument(const ExportOptions& options, const std::string& file, Output
   const OpenDocument opened = openDocument(file);
   ExportSource source{opened.document, nullptr};
   if (options.isItemGiven) source.item = itemAtPath(*opened.document, options.item);
+  const NumberLabels numbers = options.numbers == kNumberFormats
+                                   ? nullptr
+                                   : numberLabels(options.numbers, *opened.document);
   Losses losses;
   if (options.out == "-") {
-    losses = format->write(source, [&](std::string_view piece) { output.write(piece); });
+    losses = format->write(source, numbers, [&](std::string_view piece) { output.write(piece); });
   } else if (isDeviceOrPipe(options.out)) {
-    losses = writeThrough(options.out, *format, source);
+    losses = writeThrough(options.out, *format, source, numbers);
   } else {
-    losses = replaceFile(options.out, *format, source);
+    losses = replaceFile(options.out, *format, source, numbers);
   }
   output.flush();
   reportLosses(file, losses, format->name, " of text");
@@ -80,6 +96,12 @@ int runExport(const ExportOptions& options) {
     report(options.out == "-" ? "export: --to=FORMAT is missing"
                               : "export: the name of \"" + options.out +
                                     "\" tells no format; --to=FORMAT does");
+    return kFailed;
+  }
+  const Format* const format =
+      options.format.empty() ? formatOfFile(options.out) : formatNamed(options.format);
+  if (options.numbers != kNumberFormats && !format->showsNumbers) {
+    report(std::string("export: --numbers has no place in ") + format->name);
     return kFailed;
   }
   Output output(Output::toStandardOutput);
@@ -112,6 +134,10 @@ void addExport(CLI::App& table, Action& action) {
           },
           localized("Only this item and what is below it"))
       ->type_name("PATH");
+  CLI::Option* const numbers = addChoice(
+      *command, "--numbers", options->numbers, {"document", "legal", "harvard"},
+      localized("Show number labels in HTML, by default those that the document names"));
+  setValueLeftOut(*numbers, "document");
   command->add_option("FILE", options->file, localized("The document; - is standard input"))
       ->required()
       ->type_name("");

@@ -5,6 +5,7 @@
 #include <filesystem>
 
 #include "exchange/ItemContent.h"
+#include "exchange/HtmlFormat.h"
 #include "exchange/JsonFormat.h"
 #include "exchange/MarkdownFormat.h"
 #include "exchange/OpmlFormat.h"
@@ -13,12 +14,27 @@
 
 namespace tavlin {
 
+namespace {
+
+template <auto write>
+Losses unnumbered(const ExportSource& source, const NumberLabels& /*numbers*/,
+                  const TextSink& sink) {
+  return write(source, sink);
+}
+
+Losses writeHtml(const ExportSource& source, const NumberLabels& numbers, const TextSink& sink) {
+  return exportHtml(source, HtmlOptions{numbers}, sink);
+}
+
+}  // namespace
+
 const std::vector<Format>& formats() {
   static const std::vector<Format> kFormats = {
-      {"text", {"txt", "text"}, exportText, importText},
-      {"markdown", {"md", "markdown", "mdown", "mkd"}, exportMarkdown, importMarkdown},
-      {"opml", {"opml"}, exportOpml, importOpml},
-      {"json", {"json"}, exportJson, importJson}};
+      {"text", {"txt", "text"}, unnumbered<exportText>, importText},
+      {"markdown", {"md", "markdown", "mdown", "mkd"}, unnumbered<exportMarkdown>, importMarkdown},
+      {"opml", {"opml"}, unnumbered<exportOpml>, importOpml},
+      {"html", {"html", "htm"}, writeHtml, nullptr, true},
+      {"json", {"json"}, unnumbered<exportJson>, importJson}};
   return kFormats;
 }
 

@@ -1,19 +1,26 @@
 #pragma once
 
-#include <optional>
+#include <memory>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "exchange/Exchange.h"
+#include "model/runtime/OLNumberLabelFormat.h"
 
 namespace tavlin {
 
+/// How the items are numbered, in formats that show it.
+using NumberLabels = std::shared_ptr<OLNumberLabelFormat>;
+
 /// A format that outlines go out to and come in from.
 struct Format {
-  const char* name;                      ///< "markdown"
-  std::vector<const char*> extensions;   ///< Of names of files, without the full stop.
-  Losses (*write)(const ExportSource& source, const TextSink& sink);
+  const char* name;                     ///< "markdown"
+  std::vector<const char*> extensions;  ///< Of names of files, without the full stop.
+  /// The labels are none where none are asked for.
+  Losses (*write)(const ExportSource& source, const NumberLabels& numbers, const TextSink& sink);
   Imported (*read)(std::string_view content);  ///< None of one that does not come back.
+  bool showsNumbers = false;
 };
 
 /// All of them, in the order in which help names them.

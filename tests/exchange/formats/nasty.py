@@ -29,5 +29,7 @@ def first_difference(one, other):
     ones, others = one.split(b'\n'), other.split(b'\n')
     for i, (a, b) in enumerate(zip(ones, others)):
         if a != b:
-            return i + 1, a[:300], b[:300]
+            at = next((k for k, (x, y) in enumerate(zip(a, b)) if x != y), min(len(a), len(b)))
+            at = max(at - 80, 0)
+            return i + 1, a[at:at + 160], b[at:at + 160]
     return len(ones), len(others)
