@@ -112,9 +112,9 @@ class Reader {
   yaml_event_type_t next() {
     current_ = std::make_unique<Event>();
     if (yaml_parser_parse(&parser_, &current_->event) == 0) {
-      throw ExchangeException("line " + std::to_string(parser_.problem_mark.line + 2) +
-                              ": front matter: " +
-                              (parser_.problem ? parser_.problem : "it cannot be read"));
+      throw ExchangeException(
+          "line " + std::to_string(parser_.problem_mark.line + 2) +
+          ": front matter: " + (parser_.problem ? parser_.problem : "it cannot be read"));
     }
     const yaml_event_type_t type = current_->event.type;
     depth_ += type == YAML_MAPPING_START_EVENT || type == YAML_SEQUENCE_START_EVENT ? 1 : 0;
@@ -134,8 +134,8 @@ class Reader {
   /// The text of a scalar or of an alias of one; none for what stands for nothing, as "~" does.
   std::optional<std::string> scalarText() {
     if (current_->event.type == YAML_ALIAS_EVENT) {
-      const auto known = anchors_.find(
-          reinterpret_cast<const char*>(current_->event.data.alias.anchor));
+      const auto known =
+          anchors_.find(reinterpret_cast<const char*>(current_->event.data.alias.anchor));
       if (known != anchors_.end()) return known->second;
       ++losses_.values;
       return std::nullopt;

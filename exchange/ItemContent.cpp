@@ -36,7 +36,7 @@ void appendCount(std::string& text, uint64_t count, std::string_view noun, std::
 
 ItemContent contentOfItem(const OLNode& item) {
   ItemContent content;
-  const auto data = item.data();
+  const auto data = item.dataInPassing();
   if (!data) return content;
   for (const auto& [key, value] : data->entries()) {
     const ns::String name = key.string();
@@ -92,8 +92,8 @@ uint64_t countOfOtherDocumentValues(const OLDataManager& document) {
   for (const Property& property : documentProperties(document)) {
     --count;
     if (property.key->isList) {
-      count += all.dictionary().objectForKey(property.key->name).array().count() -
-               property.texts.size();
+      count +=
+          all.dictionary().objectForKey(property.key->name).array().count() - property.texts.size();
     }
   }
   return count;

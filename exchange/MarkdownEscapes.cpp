@@ -1,6 +1,7 @@
 #include "exchange/MarkdownEscapes.h"
 
 #include <algorithm>
+#include <array>
 
 namespace tavlin {
 
@@ -52,6 +53,18 @@ size_t lengthOfLast(std::string_view utf8) {
   return length;
 }
 
+constexpr std::array<bool, 256> plainBytes() {
+  std::array<bool, 256> plain{};
+  for (size_t i = 0x80; i < plain.size(); ++i) plain[i] = true;
+  for (size_t i = 0x21; i < 0x7F; ++i) plain[i] = true;
+  for (const char c : std::string_view("\\*`[]~_<&:."))
+    plain[static_cast<unsigned char>(c)] = false;
+  return plain;
+}
+
+/// Which bytes put() would only append, wherever they stand in a line.
+constexpr std::array<bool, 256> kPlain = plainBytes();
+
 /// One stretch on its way out.
 class Escaping {
  public:
@@ -64,6 +77,8 @@ class Escaping {
 
   void run() {
     while (at_ < text_.size()) {
+      if (!isAtLineStart_) putPlain();
+      if (at_ == text_.size()) return;
       const char c = text_[at_];
       if (isAtLineStart_) {
         putFirstOfLine(c);
@@ -75,6 +90,16 @@ class Escaping {
   }
 
  private:
+  /// Appends what means nothing within a line, in one go.
+  void putPlain() {
+    const size_t begin = at_;
+    while (at_ < text_.size() && (kPlain[static_cast<unsigned char>(text_[at_])] ||
+                                  (text_[at_] == ' ' && !isAtEndOfLine()))) {
+      ++at_;
+    }
+    out_ += text_.substr(begin, at_ - begin);
+  }
+
   /// What follows, as far as it is in this stretch.
   [[nodiscard]] char next(size_t ahead = 1) const {
     return at_ + ahead < text_.size() ? text_[at_ + ahead] : '\0';
@@ -163,9 +188,7 @@ class Escaping {
     return next(ahead) == ';' || (at_ + ahead >= text_.size() && !isLast_);
   }
 
-  [[nodiscard]] bool endsInWww() const {
-    return at_ >= 3 && text_.substr(at_ - 3, 3) == "www";
-  }
+  [[nodiscard]] bool endsInWww() const { return at_ >= 3 && text_.substr(at_ - 3, 3) == "www"; }
 
   /// Some readers make links of addresses, and show what stands in them as it is written.  Those
   /// that need no escape may be so.
@@ -212,7 +235,8 @@ void appendMarkdownText(std::string& out, std::string_view utf8, const MarkdownP
 
 void appendMarkdownDestination(std::string& out, std::string_view utf8) {
   const bool isSimple = std::ranges::all_of(utf8, [](char c) {
-    return isAlphanumeric(c) || std::string_view("-._~:/?#@!$'+,;=%").find(c) != std::string_view::npos;
+    return isAlphanumeric(c) ||
+           std::string_view("-._~:/?#@!$'+,;=%").find(c) != std::string_view::npos;
   });
   if (isSimple) {
     out += utf8;
@@ -251,8 +275,8 @@ MarkdownEdge markdownEdgeOf(char32_t c) {
   }
   if (c == 0xFFFE || c == 0xFFFF) return MarkdownEdge::letter;  // all readers agree on these
   if (c >= 0x80) {
-    const bool mayBeBlank = c < 0xA0 || c == 0x180E || c == 0x200B || c == 0x2028 || c == 0x2029 ||
-                            c == 0xFEFF;
+    const bool mayBeBlank =
+        c < 0xA0 || c == 0x180E || c == 0x200B || c == 0x2028 || c == 0x2029 || c == 0xFEFF;
     return mayBeBlank ? MarkdownEdge::unsureBlank : MarkdownEdge::unsure;
   }
   return isAlphanumeric(static_cast<char>(c)) ? MarkdownEdge::letter : MarkdownEdge::punctuation;

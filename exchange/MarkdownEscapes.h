@@ -31,7 +31,7 @@ void appendMarkdownDestination(std::string& out, std::string_view utf8);
 /// What a character, as it is written, is to a delimiter beside it.  Control characters are written
 /// as references, and so are punctuation.
 enum class MarkdownEdge : uint8_t {
-  letter,       ///< Neither a blank nor punctuation.
+  letter,  ///< Neither a blank nor punctuation.
   punctuation,
   blank,        ///< A line feed, too.
   unsure,       ///< A letter or punctuation, as the reader has it.

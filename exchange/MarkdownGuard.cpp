@@ -30,8 +30,8 @@ uint64_t countCells(std::string_view markdown) {
                              line.find_first_not_of(" \t\r|:->") == std::string_view::npos;
     if (isBlankLine(line)) columns = 0;
     if (isDelimiter) {
-      columns = std::max(columns,
-                         1 + static_cast<uint64_t>(std::count(line.begin(), line.end(), '|')));
+      columns =
+          std::max(columns, 1 + static_cast<uint64_t>(std::count(line.begin(), line.end(), '|')));
     }
     cells += columns;
     markdown.remove_prefix(std::min(length + 1, markdown.size()));

@@ -100,8 +100,7 @@ class Paragraph {
   static bool isCode(const MarkdownSpan& span) {
     const std::string_view breaks("\n\r");
     return span.style.isFixedWidth && breaks.find(span.text.front()) == std::string_view::npos &&
-           breaks.find(span.text.back()) == std::string_view::npos &&
-           !fenceFor(span.text).empty();
+           breaks.find(span.text.back()) == std::string_view::npos && !fenceFor(span.text).empty();
   }
 
   static bool isDelimited(const Group& group) {

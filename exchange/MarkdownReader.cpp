@@ -339,7 +339,7 @@ class MarkdownReader {
   StyledTextBuilder table_;  // the one that is open, row by row
   std::vector<Frame> frames_;
   std::shared_ptr<OLNode> last_;  // the item made last
-  StyledTextBuilder tail_;               // its note, while it may grow and no frame has it
+  StyledTextBuilder tail_;        // its note, while it may grow and no frame has it
   StyleAttributes titleAttributes_{OLTree::titleStringAttributes()};
   StyleAttributes noteAttributes_{OLTree::noteStringAttributes()};
 };

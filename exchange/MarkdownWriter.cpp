@@ -44,8 +44,8 @@ bool comesBack(const ns::String& name, const ns::Value& value, const TextStyle& 
 /// An index, moved behind the character that it divides.
 size_t endOfCharacter(const ns::String& string, size_t index) {
   if (string.isAscii() || index == 0 || index >= string.length()) return index;
-  const bool isDivided = (string.at(index - 1) & 0xFC00) == 0xD800 &&
-                         (string.at(index) & 0xFC00) == 0xDC00;
+  const bool isDivided =
+      (string.at(index - 1) & 0xFC00) == 0xD800 && (string.at(index) & 0xFC00) == 0xDC00;
   return isDivided ? index + 1 : index;
 }
 
@@ -97,8 +97,8 @@ class MarkdownWriter {
     for (size_t begin = 0; begin < text_.size();) {
       size_t end = text_.find_first_not_of('\n', begin);
       end = end == std::string::npos ? end : text_.find("\n\n", end);
-      const bool isLast = end == std::string::npos ||
-                          text_.find_first_not_of('\n', end) == std::string::npos;
+      const bool isLast =
+          end == std::string::npos || text_.find_first_not_of('\n', end) == std::string::npos;
       if (isLast) end = text_.size();
       out_.put('\n');
       out_.repeat(" ", indentation);

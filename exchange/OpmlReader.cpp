@@ -149,9 +149,8 @@ class OpmlReader {
   }
   static int externalHandler(XML_Parser self, const char* /*context*/, const char* /*base*/,
                              const char* /*systemId*/, const char* /*publicId*/) {
-    guarded(self, [](OpmlReader& reader) {
-      reader.stop("an external entity, which is never opened");
-    });
+    guarded(self,
+            [](OpmlReader& reader) { reader.stop("an external entity, which is never opened"); });
     return XML_STATUS_ERROR;
   }
   static int encodingHandler(void* self, const char* name, XML_Encoding* /*encoding*/) {
@@ -226,8 +225,7 @@ class OpmlReader {
     for (; *attributes; attributes += 2) ++making_.losses().attributes;
   }
 
-  void readAttributes(OLNode& item, const std::shared_ptr<OLNode>& owner,
-                      const char** attributes) {
+  void readAttributes(OLNode& item, const std::shared_ptr<OLNode>& owner, const char** attributes) {
     const char* text = nullptr;
     const char* title = nullptr;
     std::string_view status;
@@ -304,8 +302,7 @@ class OpmlReader {
     const XML_Index begin = XML_GetCurrentByteIndex(parser_.get());
     const int length = XML_GetCurrentByteCount(parser_.get());
     if (begin < 0 || length <= 0) return;
-    std::string_view tag =
-        content_.substr(static_cast<size_t>(begin), static_cast<size_t>(length));
+    std::string_view tag = content_.substr(static_cast<size_t>(begin), static_cast<size_t>(length));
     for (size_t at = tag.find('&'); at != std::string_view::npos; at = tag.find('&', at + 1)) {
       const size_t end = tag.find(';', at);
       if (end == std::string_view::npos) return;
@@ -326,7 +323,7 @@ class OpmlReader {
   std::string_view content_;
   OutlineMaking making_;
   std::vector<Open> open_;
-  std::string namespace_;     // of the top element, with what parts it from names; mostly empty
+  std::string namespace_;    // of the top element, with what parts it from names; mostly empty
   std::string elementText_;  // of the element that is open
   std::vector<Property> properties_;
   std::vector<uint64_t> expansion_;
@@ -340,8 +337,8 @@ class OpmlReader {
 /// Bytes in an encoding that the system knows by that name, as UTF-8.
 std::string converted(std::string_view content, const std::string& encoding) {
   const bool isName = std::ranges::all_of(encoding, [](char c) {
-    return std::string_view("-_.:()").find(c) != std::string_view::npos ||
-           (c >= '0' && c <= '9') || (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z');
+    return std::string_view("-_.:()").find(c) != std::string_view::npos || (c >= '0' && c <= '9') ||
+           (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z');
   });
   const iconv_t conversion = isName ? iconv_open("UTF-8", encoding.c_str()) : iconv_t(-1);
   if (conversion == iconv_t(-1)) {

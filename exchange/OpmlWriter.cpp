@@ -155,7 +155,8 @@ class OpmlWriter {
     size_t begin = 0;
     for (size_t at = 0; at < text.size(); ++at) {
       const Class kind = kClasses[static_cast<unsigned char>(text[at])];
-      if (kind == Class::plain) [[likely]] continue;
+      if (kind == Class::plain) [[likely]]
+        continue;
       const bool isNoncharacter = kind == Class::mayBeForbidden && text[at + 1] == '\xBF' &&
                                   (text[at + 2] == '\xBE' || text[at + 2] == '\xBF');
       if (kind == Class::mayBeForbidden && !isNoncharacter) continue;

@@ -36,8 +36,7 @@ NumberLabels numberLabels(size_t choice, const OLDataManager& document) {
 
 bool isDeviceOrPipe(const std::string& file) {
   struct stat status {};
-  return ::stat(file.c_str(), &status) == 0 && !S_ISREG(status.st_mode) &&
-         !S_ISDIR(status.st_mode);
+  return ::stat(file.c_str(), &status) == 0 && !S_ISREG(status.st_mode) && !S_ISDIR(status.st_mode);
 }
 
 /// Into a device or a pipe, which nothing can be put in the place of.
@@ -59,8 +58,9 @@ Losses writeThrough(const std::string& file, const Format& format, const ExportS
 Losses replaceFile(const std::string& file, const Format& format, const ExportSource& source,
                    const NumberLabels& numbers) {
   ns::DataPieces pieces;
-  const Losses losses = format.write(
-      source, numbers, [&](std::string_view piece) { pieces.append(ns::Data(std::string(piece))); });
+  const Losses losses = format.write(source, numbers, [&](std::string_view piece) {
+    pieces.append(ns::Data(std::string(piece)));
+  });
   try {
     ns::writeFileAtomically(file, pieces);
   } catch (const ns::FileException& exception) {
@@ -75,9 +75,8 @@ int exportDocument(const ExportOptions& options, const std::string& file, Output
   const OpenDocument opened = openDocument(file);
   ExportSource source{opened.document, nullptr};
   if (options.isItemGiven) source.item = itemAtPath(*opened.document, options.item);
-  const NumberLabels numbers = options.numbers == kNumberFormats
-                                   ? nullptr
-                                   : numberLabels(options.numbers, *opened.document);
+  const NumberLabels numbers =
+      options.numbers == kNumberFormats ? nullptr : numberLabels(options.numbers, *opened.document);
   Losses losses;
   if (options.out == "-") {
     losses = format->write(source, numbers, [&](std::string_view piece) { output.write(piece); });
@@ -93,9 +92,9 @@ int exportDocument(const ExportOptions& options, const std::string& file, Output
 
 int runExport(const ExportOptions& options) {
   if (options.format.empty() && !formatOfFile(options.out)) {
-    report(options.out == "-" ? "export: --to=FORMAT is missing"
-                              : "export: the name of \"" + options.out +
-                                    "\" tells no format; --to=FORMAT does");
+    report(options.out == "-"
+               ? "export: --to=FORMAT is missing"
+               : "export: the name of \"" + options.out + "\" tells no format; --to=FORMAT does");
     return kFailed;
   }
   const Format* const format =
@@ -134,9 +133,9 @@ void addExport(CLI::App& table, Action& action) {
           },
           localized("Only this item and what is below it"))
       ->type_name("PATH");
-  CLI::Option* const numbers = addChoice(
-      *command, "--numbers", options->numbers, {"document", "legal", "harvard"},
-      localized("Show number labels in HTML, by default those that the document names"));
+  CLI::Option* const numbers =
+      addChoice(*command, "--numbers", options->numbers, {"document", "legal", "harvard"},
+                localized("Show number labels in HTML, by default those that the document names"));
   setValueLeftOut(*numbers, "document");
   command->add_option("FILE", options->file, localized("The document; - is standard input"))
       ->required()

@@ -17,7 +17,7 @@ namespace {
 struct ImportOptions {
   std::string in;
   std::string format;
-  std::string out;   // one of these two is there
+  std::string out;  // one of these two is there
   std::string into;
   std::string under;
   bool isUnderGiven = false;
@@ -42,8 +42,7 @@ Imported readImported(const ImportOptions& options, const std::string& in) {
   return format->read({reinterpret_cast<const char*>(content.bytes()), content.length()});
 }
 
-void writeNewDocument(const ImportOptions& options, const OLDataManager& document,
-                      Output& output) {
+void writeNewDocument(const ImportOptions& options, const OLDataManager& document, Output& output) {
   const std::string& file = options.out;
   ns::FileState state;
   ns::Data old;

@@ -4,8 +4,8 @@
 #include <cctype>
 #include <filesystem>
 
-#include "exchange/ItemContent.h"
 #include "exchange/HtmlFormat.h"
+#include "exchange/ItemContent.h"
 #include "exchange/JsonFormat.h"
 #include "exchange/MarkdownFormat.h"
 #include "exchange/OpmlFormat.h"
