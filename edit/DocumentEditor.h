@@ -38,10 +38,10 @@ struct ItemContent {
 
 /// Edits the items of a document through a controller with undo.
 ///
-///     auto editor = DocumentEditor::create(document);
-///     auto item = editor->itemAtPath("2.1");
-///     editor->move({item}, {ItemPlace::Kind::before, editor->itemAtPath("1")});
-///     editor->undoManager()->undo();
+///     DocumentEditor editor(document);
+///     auto item = editor.itemAtPath("2.1");
+///     editor.move({item}, {ItemPlace::Kind::before, editor.itemAtPath("1")});
+///     editor.undoManager()->undo();
 ///
 /// The controller is one over the document's own root; the document keeps its own, of whatever
 /// class, and is archived with it.  Every edit is one undo group, which has the outliner's action
@@ -59,7 +59,8 @@ class DocumentEditor {
   [[nodiscard]] const std::shared_ptr<OLDataManager>& document() const { return document_; }
   /// For what there is no operation for here, and for what it derives.
   [[nodiscard]] const std::shared_ptr<EditController>& controller() const { return controller_; }
-  /// Where edits are recorded; its groups are begun and ended, not those of events.
+  /// Where edits are recorded.  It does not group by event: who edits through the controller
+  /// begins and ends a group.
   [[nodiscard]] const std::shared_ptr<ns::UndoManager>& undoManager() const { return manager_; }
   /// Who is asked to select after edits, undo and redo; nobody at first.  Not kept alive.
   void setDelegate(const std::shared_ptr<OLDataSourceDelegate>& delegate);
@@ -67,7 +68,7 @@ class DocumentEditor {
   /// How many edits have changed something, each of them an undo group.
   [[nodiscard]] uint64_t changeCount() const { return changes_; }
   /// Takes back the last edits, down to a former count; for who has used the undo manager for
-  /// nothing else since.  Nothing of them can be redone.
+  /// nothing else since.
   void rollBackTo(uint64_t changeCount);
 
   /// The item that a path names.  Raises EditRefusal where it is no path, there is no such item,
@@ -86,8 +87,10 @@ class DocumentEditor {
   /// in takes those of what it replaces; see textReplacing().
   bool set(const std::shared_ptr<OLNode>& item, const ItemContent& content);
   /// Brings the items together to the place, in the order in which they are given.  Before or after
-  /// one of themselves is where that one is.  Answers those that moved with all that is below them.
+  /// one of themselves is where that one is.  Answers those that took all below them along, also
+  /// where they are at the place already and nothing changes.
   OLNodeList move(const OLNodeList& items, const ItemPlace& place);
+  /// Takes the items out, with all below them.
   bool remove(const OLNodeList& items);
   /// Makes each item, in document order, the last child of its previous sibling.
   bool indent(const OLNodeList& items);

@@ -6,6 +6,7 @@
 #include "exchange/JsonNames.h"
 #include "model/OLTree.h"
 #include "model/undo/OLTreeUndoController.h"
+#include "platform/archive/ArchivedClasses.h"
 
 namespace tavlin {
 
@@ -303,7 +304,9 @@ void JsonDocumentReader::endItem() {
     item.node->setData(std::nullopt);
   } else {
     ns::Dictionary data(std::move(entries));
-    data.setArchivedClass(others.archivedClass());
+    // the usual one is said here, or saving would copy each dictionary to say it
+    data.setArchivedClass(others.archivedClass() ? others.archivedClass()
+                                                 : ns::mutableDictionaryClass());
     item.node->setData(std::move(data));
   }
   if (item.hasNoChildrenArray) {

@@ -21,9 +21,9 @@ namespace tavlin {
 /// have no form in JSON, which stand in an archive at the end.
 ///
 /// Sharing: where several places of a document hold one array, dictionary or text, each gets a copy
-/// and they come back apart; attributes of text come back as one wherever they are equal.  Values
-/// kept in the archive, among them every value that holds something in two places or in a circle,
-/// stay shared among themselves.
+/// and they come back apart; attributes of text come back as one wherever they are written alike.
+/// Values kept in the archive, among them every value that holds something in two places or in a
+/// circle, stay shared among themselves.
 Losses exportJson(const ExportSource& source, const TextSink& sink);
 
 /// Reads what exportJson() writes, and what people and programs made of it: keys in any order,

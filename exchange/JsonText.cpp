@@ -62,40 +62,66 @@ void appendAscii(std::string& out, std::string_view text) {
   out.append(text, from);
 }
 
-/// Appends the unit at an index, or the pair that begins there, and answers the index behind it.
-size_t appendUnit(std::string& out, std::u16string_view units, size_t at,
-                  JsonSurrogates surrogates) {
-  const char16_t unit = units[at];
-  if (!isSurrogate(unit)) {
-    if (isEscapedUnit(unit)) {
-      appendEscaped(out, unit);
-    } else if (unit < 0x80) {
-      out += static_cast<char>(unit);
-    } else if (unit < 0x800) {
-      const std::array<char, 2> bytes = {static_cast<char>(0xC0 | unit >> 6),
-                                         static_cast<char>(0x80 | (unit & 0x3F))};
-      out.append(bytes.data(), bytes.size());
+/// Collects UTF-8 and hands it on in pieces, so that a unit costs no call.
+class Utf8Buffer {
+ public:
+  explicit Utf8Buffer(std::string& out) : out_(out) {}
+
+  void put(char32_t character) {
+    if (size_ + kLongest > bytes_.size()) flush();
+    if (character < 0x80) {
+      byte(character);
+    } else if (character < 0x800) {
+      byte(0xC0 | character >> 6);
+      byte(0x80 | (character & 0x3F));
+    } else if (character < 0x10000) {
+      byte(0xE0 | character >> 12);
+      byte(0x80 | (character >> 6 & 0x3F));
+      byte(0x80 | (character & 0x3F));
     } else {
-      const std::array<char, 3> bytes = {static_cast<char>(0xE0 | unit >> 12),
-                                         static_cast<char>(0x80 | (unit >> 6 & 0x3F)),
-                                         static_cast<char>(0x80 | (unit & 0x3F))};
-      out.append(bytes.data(), bytes.size());
+      byte(0xF0 | character >> 18);
+      byte(0x80 | (character >> 12 & 0x3F));
+      byte(0x80 | (character >> 6 & 0x3F));
+      byte(0x80 | (character & 0x3F));
     }
-    return at + 1;
   }
-  const ns::CodePoint point = ns::codePointAt(units, at);
-  if (point.length == 2) {
-    const std::array<char, 4> bytes = {static_cast<char>(0xF0 | point.value >> 18),
-                                       static_cast<char>(0x80 | (point.value >> 12 & 0x3F)),
-                                       static_cast<char>(0x80 | (point.value >> 6 & 0x3F)),
-                                       static_cast<char>(0x80 | (point.value & 0x3F))};
-    out.append(bytes.data(), bytes.size());
-  } else if (surrogates == JsonSurrogates::escaped) {
-    appendEscaped(out, unit);
-  } else {
-    out += "\xEF\xBF\xBD";
+  void flush() {
+    out_.append(bytes_.data(), size_);
+    size_ = 0;
   }
-  return at + point.length;
+
+ private:
+  static constexpr size_t kLongest = 4;
+  void byte(char32_t value) { bytes_[size_++] = static_cast<char>(value); }
+
+  std::string& out_;
+  std::array<char, 256> bytes_;
+  size_t size_ = 0;
+};
+
+void appendWide(std::string& out, std::u16string_view units, JsonSurrogates surrogates) {
+  Utf8Buffer buffer(out);
+  for (size_t at = 0; at < units.size(); ++at) {
+    const char16_t unit = units[at];
+    if (isSurrogate(unit)) {
+      const ns::CodePoint point = ns::codePointAt(units, at);
+      at += point.length - 1;
+      if (point.length == 2) {
+        buffer.put(point.value);
+      } else if (surrogates == JsonSurrogates::replaced) {
+        buffer.put(0xFFFD);
+      } else {
+        buffer.flush();
+        appendEscaped(out, unit);
+      }
+    } else if (isEscapedUnit(unit)) {
+      buffer.flush();
+      appendEscaped(out, unit);
+    } else {
+      buffer.put(unit);
+    }
+  }
+  buffer.flush();
 }
 
 template <class Number>
@@ -121,8 +147,7 @@ void appendJsonString(std::string& out, const ns::String& text, JsonSurrogates s
   if (text.isAscii()) {
     appendAscii(out, text.ascii());
   } else {
-    const std::u16string_view units = text.wide();
-    for (size_t at = 0; at < units.size();) at = appendUnit(out, units, at, surrogates);
+    appendWide(out, text.wide(), surrogates);
   }
   out += '"';
 }

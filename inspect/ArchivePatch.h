@@ -27,7 +27,6 @@ class ArchivePatch {
     uint32_t id = 0;
   };
   static Entry entry(uint32_t number) { return {false, number}; }
-  static Entry null() { return {}; }
 
   explicit ArchivePatch(std::shared_ptr<const ns::KeyedArchive> archive);
 

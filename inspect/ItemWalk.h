@@ -20,8 +20,8 @@ class ItemWalk {
 
   /// The outline from its root, once: places, second listings, parent links, versions and data.
   void walkOutline(uint32_t root);
-  /// An item that stands outside of the outline, because data names it or a parent link does; only
-  /// what keeps it from being loaded is found.
+  /// An item that stands outside of the outline, since data names it; only what keeps it from being
+  /// loaded is found.
   void walkOther(uint32_t item);
 
   [[nodiscard]] const ItemPlaces& places() const { return places_; }

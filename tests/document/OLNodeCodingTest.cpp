@@ -217,9 +217,9 @@ TEST(Coding, PrivateFontsLeaveTitlesWhenLoaded) {
     EXPECT_EQ(fontOf(node->dataForKey("title")).fontName(), "HelveticaNeue-Bold");
     EXPECT_EQ(fontOf(node->dataForKey("title")).pointSize(), 12);
     const ns::Value deep = node->dataForKey("list").array()[0].dictionary().objectForKey("deep");
-    EXPECT_EQ(fontOf(deep).fontName(), "HelveticaNeue-Bold");
+    EXPECT_EQ(fontOf(deep).fontName(), "Plain-Regular");
     EXPECT_EQ(fontOf(node->dataForKey("note")).fontName(), "Times-Roman");
-    EXPECT_EQ(fontOf(node->dataForKey("ordinary")).fontName(), "HelveticaNeue-Bold");
+    EXPECT_EQ(fontOf(node->dataForKey("ordinary")).fontName(), "Plain-Regular");
   }
 }
 

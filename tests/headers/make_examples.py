@@ -35,6 +35,7 @@ SETTINGS = {
          'std::shared_ptr<OLNode> list, std::shared_ptr<OLNode> milk',
          '#include "model/runtime/OLNumberLabelFormats.h"')],
     'model/scan/OLTreeScanner.h': [(ITEM, '')],
+    'model/scan/OLTreeScannerForMetadata.h': [('', '#include "model/OLTree.h"')],
     'model/undo/OLTreeUndoController.h': [
         (f'std::shared_ptr<OLDataSource> document, {ITEM}', '#include "ui/SNUIString.h"')],
     'platform/foundation/String.h': [('', '')],

@@ -14,8 +14,7 @@ def is_there():
 
 
 class Browser:
-    """A browser for pages in files.  Whatever a page asks the network for fails and is kept in
-    `requests`."""
+    """A browser for pages in files, which tells what a page asked for and complained about."""
 
     def __init__(self):
         self.profile = tempfile.TemporaryDirectory()

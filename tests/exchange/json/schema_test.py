@@ -1,6 +1,6 @@
 """The JSON of documents against docs/outline.schema.json.
 
-    schema_test.py JSON-CONVERT RANDOM-JSON"""
+    schema_test.py JSON-CONVERT"""
 import json
 import pathlib
 import subprocess
