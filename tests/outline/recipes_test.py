@@ -68,8 +68,18 @@ class Recipes(changing.Case):
                                               (0, 'Packing', None, False)])
         self.assertEqual(self.titles('template.tavlin'), ['1 Where', '2 How', '3 Packing'])
 
+    def test_hand_an_outline_to_another_outliner(self):
+        self.save('garden.tavlin', [Item('Spring', note='early', kids=[Item('Sow')]), Item('Summer')],
+                  {'title': 'Garden', 'authors': ['Ada Moss']})
+        (self.folder / 'notes.md').write_text('# Weeds\n\n- thistles\n')
+        self.cook('tavlin export -o garden.opml')
+        document = documents.Document(self.folder / 'returned.tavlin')
+        self.assertEqual(document.properties, {'title': 'Garden', 'authors': ['Ada Moss']})
+        self.assertEqual(self.titles('returned.tavlin'),
+                         ['1 Spring', '1.1 Sow', '1.2 Weeds', '1.2.1 thistles', '2 Summer'])
+
     def test_there_are_no_others(self):
-        self.assertEqual(len(recipes()), 3)
+        self.assertEqual(len(recipes()), 4)
 
 
 if __name__ == '__main__':
