@@ -299,6 +299,9 @@ void JsonDocumentReader::endItem() {
     if (!item.fields[i].isNone()) entries.emplace_back(fieldKeys_[i], std::move(item.fields[i]));
   }
   const ns::Dictionary others = item.data.dictionary();
+  for (const ns::Dictionary::Entry& entry : entries) {
+    if (others.contains(entry.first)) fail("a key of its data is there twice");
+  }
   entries.insert(entries.end(), others.begin(), others.end());
   if (entries.empty() && item.hasNoData) {
     item.node->setData(std::nullopt);
@@ -390,7 +393,10 @@ Imported JsonDocumentReader::finish() {
   }
   const ns::Dictionary settings = settings_.dictionary();
   std::vector<ns::Dictionary::Entry> entries;
-  if (!properties_.isNone()) entries.emplace_back("documentProperties", properties_);
+  if (!properties_.isNone()) {
+    if (settings.contains("documentProperties")) fail("the properties are there twice");
+    entries.emplace_back("documentProperties", properties_);
+  }
   entries.insert(entries.end(), settings.begin(), settings.end());
   if (entries.empty() && hasNoSettings_) {
     root.node->setData(std::nullopt);

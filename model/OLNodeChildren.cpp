@@ -258,7 +258,9 @@ void OLNode::detachUnobserved(const OLNodeList& items, EditSteps* steps) {
     }
     // A parent that lists none of them keeps its list as it is.
     if (kept < place) {
-      const auto isRemoved = [&](const auto& child) { return removed.contains(child.get()); };
+      const auto isRemoved = [&gone = removed](const auto& child) {
+        return gone.contains(child.get());
+      };
       std::erase_if(parent->editChildren(), isRemoved);
     }
     for (OLNode* item : unlisted) entries.push_back({item->self(), EditSteps::kNoPlace});

@@ -1,11 +1,13 @@
 // tavlin apply: many edits of one document, all or none.
 
+#include <cstring>
 #include <memory>
 
 #include "edit/EditOperation.h"
 #include "outline/Commands.h"
 #include "outline/common/EditText.h"
 #include "outline/common/Messages.h"
+#include "platform/foundation/File.h"
 
 namespace tavlin {
 
@@ -42,10 +44,13 @@ void carryOutLines(DocumentEditor& editor, std::string_view lines, bool isDryRun
 }
 
 ns::Data readOperations(const std::string& file) {
+  const std::string name = "the operations " + file + ": ";
   try {
-    return readInput(file);
+    return file == "-" ? readInput(file) : ns::readFileOrStream(file);
   } catch (const FileFailure& failure) {
-    throw FileFailure("the operations " + file + ": " + failure.what());
+    throw FileFailure(name + failure.what());
+  } catch (const ns::FileException& exception) {
+    throw FileFailure(name + std::strerror(exception.error()));
   }
 }
 

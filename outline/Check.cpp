@@ -98,19 +98,24 @@ class DocumentCheck {
 };
 
 int check(const CheckOptions& options) {
-  const DocumentArguments documents = documentsOfArguments(options.arguments);
+  const DocumentArguments documents = eachDocumentOnce(documentsOfArguments(options.arguments));
   JobOptions jobs = options.jobs;
   jobs.finishesWhenInterrupted = options.repairs;
   Output output(Output::toStandardOutput);
   const auto checkFile = [&](const std::string& file, Output& out) {
     DocumentCheck document(file, options);
-    document.repair();
+    try {
+      document.repair();
+    } catch (const FileFailure&) {
+      document.print(out);  // what is wrong is known all the same
+      throw;
+    }
     document.print(out);
     return document.hasFaultsLeft() ? kNo : kDone;
   };
   const JobSummary summary = forEachFile(documents.files, jobs, output, checkFile);
   output.flush();
-  return documents.hasFailed ? kFailed : summary.status();
+  return statusOfJobs(summary, documents);
 }
 
 }  // namespace
@@ -119,9 +124,12 @@ void addCheck(CLI::App& table, Action& action) {
   CLI::App* const command =
       table.add_subcommand("check", localized("Says what is wrong with documents, and mends it"));
   const auto options = std::make_shared<CheckOptions>();
-  command->add_flag("--repair", options->repairs,
-                    localized("Mend what can be mended without losing anything"));
-  command->add_flag("--json", options->isJson, localized("A JSON value for each document"));
+  command
+      ->add_flag("--repair", options->repairs,
+                 localized("Mend what can be mended without losing anything"))
+      ->disable_flag_override();
+  command->add_flag("--json", options->isJson, localized("A JSON value for each document"))
+      ->disable_flag_override();
   addSaveOptions(*command, options->saving);
   addFilesAndFolders(*command, options->arguments, options->jobs);
   setAction(*command, action, [options] { return check(*options); });

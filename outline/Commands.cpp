@@ -1,7 +1,11 @@
 #include "outline/Commands.h"
 
+#include <sys/stat.h>
+
 #include <algorithm>
 #include <optional>
+#include <set>
+#include <utility>
 
 #include "outline/common/Messages.h"
 
@@ -69,9 +73,12 @@ CLI::Option* addRepeated(CLI::App& command, const std::string& names,
 }
 
 void addSaveOptions(CLI::App& command, SaveOptions& options) {
-  command.add_flag("-n,--dry-run", options.isDryRun,
-                   localized("Say what would be done, and touch nothing"));
-  command.add_flag("--backup", options.keepsBackup, localized("Keep the old file as FILE~"));
+  command
+      .add_flag("-n,--dry-run", options.isDryRun,
+                localized("Say what would be done, and touch nothing"))
+      ->disable_flag_override();
+  command.add_flag("--backup", options.keepsBackup, localized("Keep the old file as FILE~"))
+      ->disable_flag_override();
 }
 
 CLI::Option* addChoice(CLI::App& command, const std::string& names, size_t& chosen,
@@ -110,6 +117,15 @@ int statusOfJobs(const JobSummary& summary, const DocumentArguments& documents) 
   report("interrupted: " + std::to_string(summary.done + summary.no) + " of " +
          std::to_string(documents.files.size()) + " documents were done");
   return kFailed;
+}
+
+DocumentArguments eachDocumentOnce(DocumentArguments documents) {
+  std::set<std::pair<dev_t, ino_t>> seen;
+  std::erase_if(documents.files, [&seen](const std::string& file) {
+    struct stat status {};
+    return ::stat(file.c_str(), &status) == 0 && !seen.emplace(status.st_dev, status.st_ino).second;
+  });
+  return documents;
 }
 
 DocumentArguments documentsOfArguments(const std::vector<std::string>& arguments) {

@@ -67,6 +67,9 @@ struct DocumentArguments {
   bool hasFailed = false;
 };
 [[nodiscard]] DocumentArguments documentsOfArguments(const std::vector<std::string>& arguments);
+/// The same without documents that were named before, be it by another name: for commands that
+/// write, where two at work on one document would stand in each other's way, and for counting.
+[[nodiscard]] DocumentArguments eachDocumentOnce(DocumentArguments documents);
 /// How far work came that was interrupted: reports it, and answers the status.
 [[nodiscard]] int statusOfJobs(const JobSummary& summary, const DocumentArguments& documents);
 

@@ -69,9 +69,53 @@ Losses replaceFile(const std::string& file, const Format& format, const ExportSo
   return losses;
 }
 
+/// Lines for a terminal, which is to show characters and not to obey them.
+class TerminalLines {
+ public:
+  explicit TerminalLines(Output& output) : output_(output) {}
+  void write(std::string_view piece) {
+    rest_ += piece;
+    size_t begin = 0;
+    for (size_t end; (end = rest_.find('\n', begin)) != std::string::npos; begin = end + 1) {
+      output_ << terminalText(std::string_view(rest_).substr(begin, end - begin)) << "\n";
+    }
+    rest_.erase(0, begin);
+  }
+  void finish() {
+    output_ << terminalText(rest_);
+    rest_.clear();
+  }
+
+ private:
+  Output& output_;
+  std::string rest_;  // of a line that is not whole yet
+};
+
+Losses writeToStandardOutput(const Format& format, const ExportSource& source,
+                             const NumberLabels& numbers, Output& output) {
+  if (!isTerminalOutput()) {
+    return format.write(source, numbers, [&](std::string_view piece) { output.write(piece); });
+  }
+  TerminalLines lines(output);
+  const Losses losses =
+      format.write(source, numbers, [&](std::string_view piece) { lines.write(piece); });
+  lines.finish();
+  return losses;
+}
+
+bool areOneFile(const std::string& file, const std::string& other) {
+  struct stat a {};
+  struct stat b {};
+  return ::stat(file.c_str(), &a) == 0 && ::stat(other.c_str(), &b) == 0 && a.st_dev == b.st_dev &&
+         a.st_ino == b.st_ino;
+}
+
 int exportDocument(const ExportOptions& options, const std::string& file, Output& output) {
   const Format* const format =
       options.format.empty() ? formatOfFile(options.out) : formatNamed(options.format);
+  if (options.out != "-" && file != "-" && areOneFile(file, options.out)) {
+    throw FileFailure("the document itself would be replaced");
+  }
   const OpenDocument opened = openDocument(file);
   ExportSource source{opened.document, nullptr};
   if (options.isItemGiven) source.item = itemAtPath(*opened.document, options.item);
@@ -79,7 +123,7 @@ int exportDocument(const ExportOptions& options, const std::string& file, Output
       options.numbers == kNumberFormats ? nullptr : numberLabels(options.numbers, *opened.document);
   Losses losses;
   if (options.out == "-") {
-    losses = format->write(source, numbers, [&](std::string_view piece) { output.write(piece); });
+    losses = writeToStandardOutput(*format, source, numbers, output);
   } else if (isDeviceOrPipe(options.out)) {
     losses = writeThrough(options.out, *format, source, numbers);
   } else {

@@ -79,8 +79,14 @@ void addToDocument(const ImportOptions& options, const OLDataManager& imported, 
       throw FileFailure(options.into + ": " + failure.what());
     }
   }();
-  const auto parent = options.isUnderGiven ? itemAtPath(*opened.document, options.under)
-                                           : opened.document->rootItem();
+  const auto parent = [&] {
+    if (!options.isUnderGiven) return opened.document->rootItem();
+    try {
+      return itemAtPath(*opened.document, options.under);
+    } catch (const FileFailure& failure) {
+      throw FileFailure(options.into + ": " + failure.what());
+    }
+  }();
   const uint64_t count = imported.countOfAllItems();
   if (options.saving.isDryRun) {
     output << outputText(options.into) << ": " << counted(count) << " would be added\n";
@@ -118,6 +124,8 @@ std::string faultOf(const ImportOptions& options) {
     return options.out.empty() ? "import: -o OUT or --into FILE is missing"
                                : "import: -o and --into exclude each other";
   }
+  if (options.out == "-") return "import: a document needs a file; standard output is none";
+  if (options.into == "-") return "import: standard input cannot be changed";
   if (options.isUnderGiven && options.into.empty()) return "import: --under needs --into";
   if (options.format.empty()) {
     const Format* const format = formatOfFile(options.in);

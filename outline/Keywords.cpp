@@ -65,7 +65,7 @@ int list(const KeywordOptions& options) {
 }
 
 int count(const KeywordOptions& options) {
-  const DocumentArguments documents = documentsOfArguments(options.arguments);
+  const DocumentArguments documents = eachDocumentOnce(documentsOfArguments(options.arguments));
   KeywordCounts counts;
   Output collected([&](std::string_view piece) { counts.take(piece); });
   const auto countFile = [&](const std::string& file, Output& out) {
@@ -93,7 +93,7 @@ int edit(const KeywordOptions& options, KeywordEdit::Kind kind) {
     report(failure.what());
     return kFailed;
   }
-  const DocumentArguments documents = documentsOfArguments(options.arguments);
+  const DocumentArguments documents = eachDocumentOnce(documentsOfArguments(options.arguments));
   Output output(Output::toStandardOutput);
   const auto editFile = [&](const std::string& file, Output& out) {
     const OpenDocument opened = openDocumentForChange(file);

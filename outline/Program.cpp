@@ -53,6 +53,7 @@ std::unique_ptr<CLI::App> commandTable(Action& action) {
       "--version", [&action] { action = printVersion; }, localized("Shows the version"));
   table->require_subcommand(0, 1);
   addCommands(*table, action);
+  keepBrackets(*table);
   return table;
 }
 

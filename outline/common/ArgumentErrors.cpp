@@ -65,6 +65,11 @@ const CLI::Option* optionNamed(const CLI::App& command, const std::string& argum
   return nullptr;
 }
 
+/// Whether the argument behind the option is its value.
+bool takesValue(const CLI::Option& option) {
+  return option.get_expected_min() > 0 && option.get_type_size() > 0 && !mayLeaveValueOut(option);
+}
+
 bool looksLikeOption(const std::string& argument) {
   return argument.size() > 1 && argument.front() == '-';
 }
@@ -78,8 +83,7 @@ size_t commandPlace(const CLI::App& table, const std::vector<std::string>& argum
     if (argument == "--") break;
     if (!looksLikeOption(argument)) return i;
     const CLI::Option* const option = optionNamed(table, argument);
-    const bool hasValue = option && option->get_expected_min() > 0 && !mayLeaveValueOut(*option) &&
-                          option->get_type_size() > 0;
+    const bool hasValue = option && takesValue(*option);
     if (hasValue && argument.find('=') == std::string::npos &&
         (argument[1] == '-' || argument.size() == 2))
       ++i;
@@ -123,9 +127,29 @@ std::vector<std::string> preparedArguments(const CLI::App& table,
       argument.pop_back();
       arguments.insert(arguments.begin() + static_cast<std::ptrdiff_t>(i) + 1, "");
       ++i;
+    } else if (argument[1] != '-' && argument.size() > 2 && argument[2] == '=' &&
+               takesValue(*option)) {
+      // -k=word, where the parser would keep the sign
+      argument.erase(2, 1);
     }
   }
+  // the parser would take apart what looks like a list of its own, [a,b]: no argument of a program
+  // holds a zero byte, so one behind it makes it text; see keepBrackets()
+  for (std::string& argument : arguments) {
+    if (argument.starts_with('[') && argument.ends_with(']')) argument += '\0';
+  }
   return arguments;
+}
+
+void keepBrackets(CLI::App& table) {
+  const auto takeMark = [](std::string& value) {
+    if (value.ends_with('\0')) value.pop_back();
+    return std::string();
+  };
+  for (CLI::Option* option : table.get_options({})) {
+    if (option->get_expected_max() > 0) option->transform(CLI::Validator(takeMark, "", ""));
+  }
+  for (CLI::App* command : table.get_subcommands({})) keepBrackets(*command);
 }
 
 const CLI::App& deepestParsed(const CLI::App& table) {
@@ -136,7 +160,7 @@ const CLI::App& deepestParsed(const CLI::App& table) {
 
 std::string errorMessage(const CLI::App& command, const CLI::ParseError& error) {
   for (const std::string& rest : command.remaining()) {
-    if (!looksLikeOption(rest)) continue;
+    if (!looksLikeOption(rest) || rest == "--") continue;
     return unknown(localized("unknown option"), rest.substr(0, rest.find('=')),
                    optionNames(command));
   }

@@ -22,6 +22,10 @@ std::vector<std::string> preparedArguments(const CLI::App& table,
 void setValueLeftOut(CLI::Option& option, const std::string& value);
 [[nodiscard]] bool mayLeaveValueOut(const CLI::Option& option);
 
+/// Has all values and arguments of a table taken as they are, also those in square brackets, which
+/// preparedArguments() marks.
+void keepBrackets(CLI::App& table);
+
 /// The command that the arguments named, as far as they were understood.
 const CLI::App& deepestParsed(const CLI::App& table);
 

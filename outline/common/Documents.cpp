@@ -76,6 +76,17 @@ void addDocumentsOf(const std::string& folder, std::vector<std::string>& files,
   folders.insert(folders.end(), below.begin(), below.end());
 }
 
+/// Whether the pieces are these bytes.
+bool holds(const ns::DataPieces& pieces, const ns::Data& bytes) {
+  if (pieces.length() != bytes.length()) return false;
+  std::string_view rest = bytes.view();
+  for (const ns::Data& piece : pieces) {
+    if (piece.view() != rest.substr(0, piece.length())) return false;
+    rest.remove_prefix(piece.length());
+  }
+  return true;
+}
+
 }  // namespace
 
 ns::Data readInput(const std::string& file, ns::FileState& state) {
@@ -127,7 +138,7 @@ void saveDocument(const OpenDocument& opened, const SaveOptions& options) {
 
 void saveContent(const std::string& file, const ns::Data& former, const ns::FileState& state,
                  const ns::DataPieces& content, const SaveOptions& options) {
-  if (options.isDryRun) return;
+  if (options.isDryRun || holds(content, former)) return;
   try {
     if (options.keepsBackup) keepBackup(file, former);
     ns::writeFileAtomically(file, content, state);
