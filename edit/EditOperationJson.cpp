@@ -119,7 +119,11 @@ EditOperation editOperationFromJson(std::string_view line) {
   }
   if (!document.IsObject()) throw EditRefusal("an operation is a JSON object");
   OperationReader reader;
-  for (const auto& member : document.GetObject()) reader.read(viewOf(member.name), member.value);
+  // by position: the library's iterators compare in two ways, of which C++20 cannot choose
+  const auto members = document.MemberBegin();
+  for (rapidjson::SizeType i = 0; i < document.MemberCount(); ++i) {
+    reader.read(viewOf(members[i].name), members[i].value);
+  }
   return reader.finish();
 }
 

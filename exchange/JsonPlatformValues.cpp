@@ -230,8 +230,9 @@ std::optional<Value> paragraphDescribed(const Dictionary& members) {
     name[2] = static_cast<char>(name[2] - 'a' + 'A');
     Value stored = setting;
     if (name == kAlignmentKey && setting.isString()) {
-      const auto* const found = std::find_if(std::begin(kAlignments), std::end(kAlignments),
-                                             [&](auto each) { return setting.string() == each; });
+      const auto* const found =
+          std::find_if(std::begin(kAlignments), std::end(kAlignments),
+                       [&stored](auto each) { return stored.string() == each; });
       if (found == std::end(kAlignments)) return std::nullopt;
       stored = Value(static_cast<int64_t>(found - std::begin(kAlignments)));
     }
