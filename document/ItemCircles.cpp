@@ -43,7 +43,7 @@ void refuseItemCircles(const ns::KeyedArchive& archive) {
     path.push_back(
         {number, archive.elementNumbers(archive.record(number), "NS.objects", "NS.object."), 0});
   };
-  for (const uint32_t object : archive.objectNumbers()) {
+  for (const uint32_t object : archive.findings().objects) {
     if (states[object] != State::unmet || !isNode(archive, object)) continue;
     enterNode(object);
     bool isAtNode = true;  // what is on the path last

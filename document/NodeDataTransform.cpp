@@ -36,7 +36,7 @@ class NodeDataTransform final : public ns::ValueTransform {
   }
 
   [[nodiscard]] bool mayChangeAttributedStrings(const ns::KeyedArchive& archive) const override {
-    for (const uint32_t number : archive.fonts()) {
+    for (const uint32_t number : archive.findings().fonts) {
       if (isPrivateFont(archive.value(number))) return true;
     }
     return false;

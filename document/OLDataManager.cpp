@@ -51,7 +51,7 @@ bool OLDataManager::loadDataRepresentationOfType(const std::optional<ns::Data>& 
     return false;
   }
   ns::Fields otherTopEntries;
-  for (const auto& [key, entry] : archive->otherTopEntries()) {
+  for (const auto& [key, entry, index] : archive->otherTopEntries()) {
     otherTopEntries.emplace_back(key, ns::archivedField(archive, entry));
   }
   if (treeController_) setTreeController(nullptr);

@@ -206,7 +206,7 @@ void OLNode::readArchived(ns::KeyedUnarchiver& unarchiver) {
     uint32_t children = fields.target(kChildrenKey);
     const uint32_t data = fields.target(kDataKey);
     childrenForm_ = ChildrenForm::none;
-    if (children != 0 && archive.isEmptyMutableList(children)) {
+    if (children != 0 && archive.findings().emptyLists[children]) {
       childrenForm_ = ChildrenForm::mutableArray;
       children = 0;
     }

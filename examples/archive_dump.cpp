@@ -108,7 +108,7 @@ class Printer {
     std::puts("$top");
     const auto& others = archive_->otherTopEntries();
     for (size_t i = others.size(); i-- > 0;) {
-      pending_.push_back({1, others[i].first.utf8(), others[i].second, 0, false});
+      pending_.push_back({1, others[i].key.utf8(), others[i].object, 0, false});
     }
     if (archive_->root() != 0) pending_.push_back({1, "root", {}, archive_->root(), true});
     while (!pending_.empty()) {

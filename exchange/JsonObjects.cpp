@@ -163,7 +163,7 @@ ns::Data JsonObjects::archive() const {
 ns::Array JsonObjects::read(const ns::Data& data) {
   const auto archive = ns::KeyedArchive::open(data, documentClasses());
   // of one node: values that named objects with an identity could hold themselves
-  const bool isOfOne = archive->isTree() || archive->objectNumbers().size() == 1;
+  const bool isOfOne = archive->isTree() || archive->findings().objects.size() == 1;
   if (isOfOne && archive->kind(archive->root()) == ns::Kind::object) {
     const auto node =
         ns::KeyedUnarchiver::unarchiveObject(archive, archive->root()).objectAs<OLNode>();

@@ -166,7 +166,7 @@ ns::Dictionary entriesOf(const ns::Value& list) {
 
 ns::Value archived(const ns::Data& data) {
   const auto archive = ns::KeyedArchive::open(data, documentClasses());
-  if (!archive->objectNumbers().empty() || archive->kind(archive->root()) == ns::Kind::object) {
+  if (!archive->findings().objects.empty() || archive->kind(archive->root()) == ns::Kind::object) {
     fail("\"archive\" holds items");
   }
   return archive->value(archive->root());

@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "platform/archive/ArchiveCheck.h"
 #include "platform/archive/KeyedArchiver.h"
 #include "platform/archive/KeyedUnarchiver.h"
 #include "platform/archive/Record.h"
@@ -87,7 +88,7 @@ const ns::ClassRegistry& classes() {
 }
 
 void decodeEverything(const ns::KeyedArchive& archive) {
-  const std::vector<bool> reached = archive.reachedNumbers();
+  const std::vector<bool> reached = ns::reachedNumbers(archive);
   for (uint32_t number = 0; number < archive.objectCount(); ++number) {
     if (!reached[number]) continue;
     const ns::Value value = archive.value(number);
@@ -107,7 +108,7 @@ ns::Data archivedAgain(const ns::Data& data) {
   const ns::Value root = ns::KeyedUnarchiver::unarchiveObject(archive, archive->root());
   decodeEverything(*archive);
   ns::Fields others;
-  for (const auto& [key, entry] : archive->otherTopEntries()) {
+  for (const auto& [key, entry, index] : archive->otherTopEntries()) {
     others.emplace_back(key, ns::archivedField(archive, entry));
   }
   return ns::KeyedArchiver::archivedDataWithRootObject(root, others);

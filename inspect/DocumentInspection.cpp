@@ -53,7 +53,7 @@ class Inspector {
       items_.walkOutline(root);
     }
     values_.passReference(controller_);
-    for (const auto& entry : archive_->otherTopEntries()) values_.passTop(entry.second);
+    for (const auto& entry : archive_->otherTopEntries()) values_.passTop(entry.object);
     while (const uint32_t object = values_.takeObject()) passObject(object);
     values_.passLinks();
     if (const uint64_t count = values_.unmetCount(); count > 0) {

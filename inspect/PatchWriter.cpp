@@ -55,8 +55,8 @@ class PatchWriter {
     writer_.set(tops, 0, writer_.ascii("root"));
     writer_.set(tops, 1 + others.size(), referenceTo(ArchivePatch::entry(archive_.root())));
     for (size_t i = 0; i < others.size(); ++i) {
-      writer_.set(tops, i + 1, writer_.string(others[i].first));
-      writer_.set(tops, 2 + others.size() + i, copied(others[i].second, std::nullopt));
+      writer_.set(tops, i + 1, writer_.string(others[i].key));
+      writer_.set(tops, 2 + others.size() + i, copied(others[i].object, std::nullopt));
     }
     return tops.reference;
   }

@@ -95,6 +95,31 @@ BinaryPropertyList::BinaryPropertyList(Data data) : data_(std::move(data)), base
   table_ = base_ + tableOffset_;
 }
 
+const char* BinaryPropertyList::nameOf(Type type) {
+  switch (type) {
+    case Type::boolean:
+      return "a boolean";
+    case Type::integer:
+      return "an integer";
+    case Type::real:
+      return "a real";
+    case Type::date:
+      return "a date";
+    case Type::data:
+      return "data";
+    case Type::ascii:
+    case Type::utf16:
+      return "a string";
+    case Type::uid:
+      return "a reference";
+    case Type::array:
+      return "an array";
+    case Type::dictionary:
+      return "a dictionary";
+  }
+  return "nothing known";
+}
+
 void BinaryPropertyList::failObject(uint32_t index, uint64_t offset) const {
   if (offset < 8 || offset >= tableOffset_) {
     fail(offset, index, "the offset lies outside the objects");

@@ -33,6 +33,9 @@ class BinaryPropertyList {
     dictionary
   };
 
+  /// What messages call an object: "a boolean", "an array".
+  static const char* nameOf(Type type);
+
   /// One object of the table.  `bytes` is its content: the number of a scalar, the characters
   /// of a string, the references of a container (a dictionary's keys first, then its values).
   struct Object {
@@ -42,6 +45,9 @@ class BinaryPropertyList {
     uint64_t count;  ///< bytes of data, units of a string, elements or pairs of a container
 
     [[nodiscard]] bool isString() const { return type == Type::ascii || type == Type::utf16; }
+    [[nodiscard]] bool isContainer() const {
+      return type == Type::array || type == Type::dictionary;
+    }
     [[nodiscard]] std::string_view text() const {
       return {reinterpret_cast<const char*>(bytes), type == Type::utf16 ? count * 2 : count};
     }
@@ -107,7 +113,26 @@ class BinaryPropertyList {
     *number = load(at + 1, width + 1);
     return true;
   }
-  /// The byte offset of an object, unchecked, for messages.
+  /// Where an object ends.
+  [[nodiscard]] uint64_t endOf(const Object& object) const {
+    uint64_t length = 0;
+    switch (object.type) {
+      case Type::boolean:
+        break;
+      case Type::array:
+      case Type::dictionary:
+        length = referenceCount(object) * referenceSize_;
+        break;
+      default:
+        length = object.width + object.text().size();
+    }
+    return static_cast<uint64_t>(object.bytes - base_) + length;
+  }
+  /// How many references a container is made of.
+  static uint64_t referenceCount(const Object& container) {
+    return container.count * (container.type == Type::array ? 1 : 2);
+  }
+  /// The byte offset of an object, unchecked.
   [[nodiscard]] uint64_t offsetOf(uint32_t index) const {
     return loadShifted(table_ + size_t{index} * offsetSize_, offsetShift_);
   }

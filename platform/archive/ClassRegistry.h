@@ -14,6 +14,7 @@
 namespace ns {
 
 class KeyedArchive;
+class StoredArchive;
 
 /// What a field of an object holds; else opening the archive raises ArchiveException.  Any field
 /// may be missing.
@@ -36,7 +37,7 @@ struct ClassCoding {
 
   /// Checks an instance's form beyond what holds for every record; raises ArchiveException.
   /// None: every form is taken.
-  void (*check)(const KeyedArchive& archive, uint32_t index) = nullptr;
+  void (*check)(const StoredArchive& archive, uint32_t index) = nullptr;
 
   /// Makes the value of a checked instance.  None: the built-in forms of strings, data, dates,
   /// arrays and dictionaries, and plain records for everything else.

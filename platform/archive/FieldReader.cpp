@@ -13,8 +13,8 @@ Kind FieldReader::kind(const char* key) const {
 
 Value FieldReader::primitive(const char* key, uint32_t position, const char* expected) const {
   const Object found = archive_->field(record_, position);
-  if (found.type != KeyedArchive::Type::uid) {
-    Value value = KeyedArchive::scalar(found);
+  if (found.type != StoredArchive::Type::uid) {
+    Value value = StoredArchive::scalar(found);
     if (!value.isNone() && !value.isNumber()) failKind(key, value.kind(), expected);
     return value;
   }
@@ -24,23 +24,23 @@ Value FieldReader::primitive(const char* key, uint32_t position, const char* exp
   if (kind != Kind::boolean && kind != Kind::integer && kind != Kind::real) {
     failKind(key, kind, "a number");
   }
-  return KeyedArchive::scalar(archive_->entry(number).object);
+  return StoredArchive::scalar(archive_->entry(number).object);
 }
 
-std::optional<KeyedArchive::Record> FieldReader::listRecord(const char* key) const {
+std::optional<StoredArchive::Record> FieldReader::listRecord(const char* key) const {
   const uint32_t number = target(key);
   if (number == 0) return std::nullopt;
-  const KeyedArchive::Entry entry = archive_->entry(number);
-  if (entry.kind == KeyedArchive::EntryKind::null) return std::nullopt;
-  if (entry.kind == KeyedArchive::EntryKind::instance) {
-    const KeyedArchive::Record list = archive_->record(number, entry.object);
+  const StoredArchive::Entry entry = archive_->entry(number);
+  if (entry.kind == StoredArchive::EntryKind::null) return std::nullopt;
+  if (entry.kind == StoredArchive::EntryKind::instance) {
+    const StoredArchive::Record list = archive_->record(number, entry.object);
     if (list.archivedClass->kind() == Kind::array) return list;
   }
   failKind(key, archive_->kind(number), "an array");
 }
 
 std::vector<uint32_t> FieldReader::list(const char* key) const {
-  const std::optional<KeyedArchive::Record> list = listRecord(key);
+  const std::optional<StoredArchive::Record> list = listRecord(key);
   if (!list) return {};
   return archive_->elementNumbers(*list, "NS.objects", "NS.object.");
 }

@@ -3,7 +3,7 @@
 #include <optional>
 #include <string>
 
-#include "platform/archive/KeyedArchive.h"
+#include "platform/archive/StoredArchive.h"
 
 namespace ns {
 
@@ -14,15 +14,15 @@ namespace ns {
 /// object, its class and the key.
 class FieldReader {
  public:
-  using Object = KeyedArchive::Object;
+  using Object = StoredArchive::Object;
 
   /// For nobody, until it is assigned.
   FieldReader() = default;
   /// For an instance.  The archive must outlive the reader.
-  FieldReader(const KeyedArchive& archive, uint32_t number)
+  FieldReader(const StoredArchive& archive, uint32_t number)
       : FieldReader(archive, number, archive.record(number)) {}
   /// The same for an instance whose record is at hand.
-  FieldReader(const KeyedArchive& archive, uint32_t number, const KeyedArchive::Record& record)
+  FieldReader(const StoredArchive& archive, uint32_t number, const StoredArchive::Record& record)
       : archive_(&archive), number_(number), record_(record) {}
 
   /// What is stored under a key, or nothing.
@@ -64,7 +64,7 @@ class FieldReader {
   enum class ListKind : uint8_t { none, immutableList, mutableList };
   [[nodiscard]] ListKind listKind(const char* key) const { return listKind(listRecord(key)); }
   /// The same for the record of a list, or for none.
-  static ListKind listKind(const std::optional<KeyedArchive::Record>& list) {
+  static ListKind listKind(const std::optional<StoredArchive::Record>& list) {
     if (!list) return ListKind::none;
     return list->archivedClass->isImmutableArray ? ListKind::immutableList : ListKind::mutableList;
   }
@@ -83,14 +83,14 @@ class FieldReader {
   }
   [[nodiscard]] uint32_t positionWithDollar(const char* key) const;
   /// The record of the list under a key, which is an instance of a class of arrays, or nothing.
-  [[nodiscard]] std::optional<KeyedArchive::Record> listRecord(const char* key) const;
+  [[nodiscard]] std::optional<StoredArchive::Record> listRecord(const char* key) const;
   [[noreturn]] void failReference(const char* key) const;
   /// The number that the field at a position, with a key, is or refers to.
   [[nodiscard]] Value primitive(const char* key, uint32_t position, const char* expected) const;
 
-  const KeyedArchive* archive_ = nullptr;
+  const StoredArchive* archive_ = nullptr;
   uint32_t number_ = 0;
-  KeyedArchive::Record record_{};
+  StoredArchive::Record record_{};
 };
 
 }  // namespace ns

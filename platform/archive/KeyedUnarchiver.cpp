@@ -25,7 +25,7 @@ Value KeyedUnarchiver::unarchiveObject(const std::shared_ptr<KeyedArchive>& arch
 }
 
 void KeyedUnarchiver::makeObjects(uint32_t root) {
-  const std::vector<uint32_t>& numbers = archive_->objectNumbers();
+  const std::vector<uint32_t>& numbers = archive_->findings().objects;
   places_.resize(archive_->objectCount());
   made_.reserve(numbers.size());
   for (const uint32_t number : numbers) {
@@ -48,7 +48,8 @@ KeyedUnarchiver::Objects KeyedUnarchiver::company() const {
 
 std::shared_ptr<ns::Object> KeyedUnarchiver::makeObject(uint32_t number,
                                                         const KeyedArchive::Record& record) {
-  std::shared_ptr<ns::Object> object = record.archivedClass->coding->create(archive_->arena());
+  std::shared_ptr<ns::Object> object =
+      record.archivedClass->coding->create(archive_->decoded().arena());
   if (parent_) {
     fields_ = FieldReader(*archive_, number, record);
     object->initWithCoder(*this);
@@ -81,12 +82,12 @@ std::shared_ptr<ns::Object> KeyedUnarchiver::makeNumbered(uint32_t number) {
   const KeyedArchive::Record record = archive_->record(number, entry.object);
   if (record.archivedClass->kind() != Kind::object) return nullptr;
   if (archive_->isTree()) return makeObject(number, record);
-  std::shared_ptr<ns::Object> object = archive_->liveObject(number);
+  std::shared_ptr<ns::Object> object = archive_->decoded().liveObject(number);
   if (object) {
     if (!places_.empty()) made_.push_back({object, {}, false});
   } else {
     object = makeObject(number, record);
-    archive_->registerObject(number, object);
+    archive_->decoded().setLiveObject(number, object);
   }
   return object;
 }
@@ -122,7 +123,7 @@ std::shared_ptr<ns::Object> KeyedUnarchiver::decodeParentForKey(const char* key)
   if (isLazy()) return decodeReferenceForKey(key);
   const uint32_t number = fields_.target(key);
   if (archive_->kind(number) != Kind::object) return decodeReference(number, key);
-  return places_.empty() ? archive_->liveObject(number) : made(number);
+  return places_.empty() ? archive_->decoded().liveObject(number) : made(number);
 }
 
 bool KeyedUnarchiver::decodeBoolForKey(const char* key) { return fields_.boolean(key); }
@@ -173,26 +174,15 @@ std::shared_ptr<void> KeyedUnarchiver::decodeChildren(
   return make(elements.count, std::ref(at));
 }
 
-void KeyedArchive::registerObject(uint32_t number,
-                                  const std::shared_ptr<ns::Object>& object) const {
-  std::weak_ptr<ns::Object>& known = live_[number];
-  if (known.expired()) known = object;
-}
-
-std::shared_ptr<ns::Object> KeyedArchive::liveObject(uint32_t number) const {
-  const auto found = live_.find(number);
-  return found == live_.end() ? nullptr : found->second.lock();
-}
-
 std::shared_ptr<ns::Object> KeyedArchive::object(
     uint32_t number, std::vector<std::shared_ptr<ns::Object>>& company) const {
-  if (std::shared_ptr<ns::Object> object = liveObject(number)) return object;
+  if (std::shared_ptr<ns::Object> object = decoded_.liveObject(number)) return object;
   // The object is gone, or nobody but values ever held it: read it again, with those that it owns.
   KeyedUnarchiver unarchiver(shared_from_this());
   std::shared_ptr<ns::Object> object = unarchiver.made(number);
   unarchiver.readFields();
   for (KeyedUnarchiver::Made& each : unarchiver.made_) company.push_back(std::move(each.object));
-  registerObject(number, object);
+  decoded_.setLiveObject(number, object);
   return object;
 }
 

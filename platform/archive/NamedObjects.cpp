@@ -19,8 +19,9 @@ class Search {
   explicit Search(const KeyedArchive& archive) : archive_(archive), met_(archive.objectCount()) {}
 
   std::vector<uint32_t> run() {
-    for (const uint32_t number : archive_.objectNumbers()) lookAtFields(number, true);
-    for (const auto& [key, entry] : archive_.otherTopEntries()) {
+    for (const uint32_t number : archive_.findings().objects) lookAtFields(number, true);
+    for (const StoredArchive::TopEntry& top : archive_.otherTopEntries()) {
+      const Object& entry = top.object;
       if (entry.type == Type::uid) mention(archive_.target(entry));
       if (isContainer(entry)) containers_.push_back(entry);
     }

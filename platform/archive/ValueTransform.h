@@ -1,21 +1,11 @@
 #pragma once
 
-#include <string_view>
-
+#include "platform/archive/StoredText.h"
 #include "platform/foundation/Value.h"
 
 namespace ns {
 
 class KeyedArchive;
-
-/// Text as an archive stores it: ASCII bytes, or big-endian UTF-16.
-struct StoredText {
-  std::string_view bytes;
-  bool isWide;
-
-  /// Whether it holds "$null", which archives write for what is not there.
-  [[nodiscard]] bool holdsNullMarker() const;
-};
 
 /// A rewriting that reaches through dictionaries and arrays to the attributed strings in them and
 /// to those strings that hold "$null", and to nothing else: neither keys, nor sets, nor objects

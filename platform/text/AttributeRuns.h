@@ -19,6 +19,6 @@ void appendRunNumber(std::string& bytes, uint64_t number);
 
 /// The bytes of a run list by the number of its entry: bare data, or an object that holds them.
 /// Nothing for any other entry.  Valid while the archive lives.
-std::optional<std::string_view> archivedRunList(const KeyedArchive& archive, uint32_t number);
+std::optional<std::string_view> archivedRunList(const StoredArchive& archive, uint32_t number);
 
 }  // namespace ns

@@ -41,7 +41,7 @@ class AttributedStringBody final : public ArchivableBody {
   [[nodiscard]] AttributedStringBody* copyForChanges() const;
 
   /// Raises ArchiveException when a record is no attributed string.
-  static void check(const KeyedArchive& archive, uint32_t number);
+  static void check(const StoredArchive& archive, uint32_t number);
   static Value decode(const std::shared_ptr<const KeyedArchive>& archive, uint32_t number);
 
   String text;

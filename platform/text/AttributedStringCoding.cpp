@@ -20,7 +20,7 @@ struct StoredRun {
   uint64_t attributes;
 };
 
-std::optional<uint32_t> reference(const KeyedArchive& archive, const KeyedArchive::Record& record,
+std::optional<uint32_t> reference(const StoredArchive& archive, const StoredArchive::Record& record,
                                   const char* key) {
   const uint32_t position = record.shape->find(key);
   if (position == record.shape->count()) return std::nullopt;
@@ -30,7 +30,7 @@ std::optional<uint32_t> reference(const KeyedArchive& archive, const KeyedArchiv
 }
 
 /// The bytes of the run list.
-std::optional<std::string_view> runList(const KeyedArchive& archive,
+std::optional<std::string_view> runList(const StoredArchive& archive,
                                         const KeyedArchive::Record& record) {
   const auto number = reference(archive, record, "NSAttributeInfo");
   return number ? archivedRunList(archive, *number) : std::nullopt;
@@ -65,7 +65,7 @@ void appendRunNumber(std::string& bytes, uint64_t number) {
   bytes.push_back(static_cast<char>(number));
 }
 
-std::optional<std::string_view> archivedRunList(const KeyedArchive& archive, uint32_t number) {
+std::optional<std::string_view> archivedRunList(const StoredArchive& archive, uint32_t number) {
   const KeyedArchive::Entry entry = archive.entry(number);
   if (entry.kind == KeyedArchive::EntryKind::scalar) {
     if (entry.object.type == KeyedArchive::Type::data) return entry.object.text();
@@ -78,7 +78,7 @@ std::optional<std::string_view> archivedRunList(const KeyedArchive& archive, uin
   return std::nullopt;
 }
 
-void AttributedStringBody::check(const KeyedArchive& archive, uint32_t number) {
+void AttributedStringBody::check(const StoredArchive& archive, uint32_t number) {
   const KeyedArchive::Record record = archive.record(number);
   const auto textNumber = reference(archive, record, "NSString");
   const auto stored = textNumber ? archive.storedText(*textNumber) : std::nullopt;

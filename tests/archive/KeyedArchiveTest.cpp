@@ -1,5 +1,6 @@
 // What opening an archive refuses, and what it takes.
 
+#include "platform/archive/ArchiveCheck.h"
 #include "platform/archive/KeyedArchive.h"
 
 #include <gtest/gtest.h>
@@ -106,8 +107,8 @@ TEST(KeyedArchive, NeedsNoRootWhereTheReaderSaysSo) {
       ns::KeyedArchive::open(data, testing_archives::registry(), ns::KeyedArchive::Root::optional);
   EXPECT_EQ(held->root(), 0U);
   ASSERT_EQ(held->otherTopEntries().size(), 2U);
-  EXPECT_EQ(held->otherTopEntries()[0].first, "other");
-  EXPECT_TRUE(held->reachedNumbers()[1]);
+  EXPECT_EQ(held->otherTopEntries()[0].key, "other");
+  EXPECT_TRUE(ns::reachedNumbers(*held)[1]);
 }
 
 TEST(KeyedArchive, TakesTheOrderOfTheTopAndWideKeys) {

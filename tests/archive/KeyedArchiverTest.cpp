@@ -291,16 +291,17 @@ TEST(KeyedArchiver, WritesWhatStandsBesideTheRoot) {
   EXPECT_EQ(held->root(), 1U);
   const auto& others = held->otherTopEntries();
   ASSERT_EQ(others.size(), 5U);
-  EXPECT_EQ(others[0].first, "flag");
-  EXPECT_EQ(others[0].second.type, ns::KeyedArchive::Type::boolean);
-  EXPECT_EQ(others[1].first, "größe");
-  EXPECT_EQ(others[1].second.width, 4);
-  EXPECT_EQ(held->target(others[2].second), held->root());
-  EXPECT_EQ(held->target(others[3].second), 0U);
-  EXPECT_EQ(held->target(held->element(others[4].second, 0)), held->root());
+  EXPECT_EQ(others[0].key, "flag");
+  EXPECT_EQ(others[0].object.type, ns::KeyedArchive::Type::boolean);
+  EXPECT_EQ(others[1].key, "größe");
+  EXPECT_EQ(others[1].object.width, 4);
+  EXPECT_EQ(held->target(others[2].object), held->root());
+  EXPECT_EQ(held->target(others[3].object), 0U);
+  EXPECT_EQ(held->target(held->element(others[4].object, 0)), held->root());
   // and again
   ns::Fields again;
-  for (const auto& [key, entry] : others) again.emplace_back(key, ns::archivedField(held, entry));
+  for (const auto& [key, entry, index] : others)
+    again.emplace_back(key, ns::archivedField(held, entry));
   EXPECT_EQ(KeyedArchiver::archivedDataWithRootObject(held->value(held->root()), again), data);
 }
 

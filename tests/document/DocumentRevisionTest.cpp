@@ -8,6 +8,7 @@
 #include "document/OLDataManager.h"
 #include "model/OLTree.h"
 #include "model/OLTreeController.h"
+#include "platform/archive/ArchiveCheck.h"
 #include "platform/archive/ArchivedClasses.h"
 #include "platform/archive/KeyedArchiver.h"
 #include "platform/archive/KeyedUnarchiver.h"
@@ -51,7 +52,7 @@ struct Opened {
   /// As any other objects are written.
   [[nodiscard]] ns::Data plain() const {
     ns::Fields others;
-    for (const auto& [key, entry] : archive->otherTopEntries()) {
+    for (const auto& [key, entry, index] : archive->otherTopEntries()) {
       others.emplace_back(key, ns::archivedField(archive, entry));
     }
     return ns::KeyedArchiver::archivedDataWithRootObject(ns::Value(controller), others);
@@ -424,7 +425,8 @@ bool checkBothWays(const ns::Data& file, const ns::Value& value) {
   const ns::Data plain = document.plain();
   const std::string graph = graphOf(plain);
   if (!revised) return false;
-  EXPECT_EQ(graphOf(*revised), graph);
+  // fields that are missing stay so; archiving fills them in
+  EXPECT_EQ(graphOf(Opened(*revised).plain()), graph);
   const Opened again(*revised);
   again.root()->setDataForKey(value, "keywords");
   const auto second = again.revised();
@@ -680,7 +682,7 @@ TEST(DocumentRevision, BrokenFilesAreRefusedOrReadWhole) {
     }
     ++opened;
     std::vector<bool> reached;
-    ASSERT_NO_THROW(reached = archive->reachedNumbers()) << round;
+    ASSERT_NO_THROW(reached = ns::reachedNumbers(*archive)) << round;
     for (uint32_t number = 0; number < archive->objectCount(); ++number) {
       // objects say themselves what they cannot take; of what is no tree all are made together
       if (!reached[number] || !archive->isTree()) continue;

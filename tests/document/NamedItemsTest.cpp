@@ -500,7 +500,8 @@ TEST(NamedItems, RandomFilesComeBackAsTheSameGraph) {
     const std::string graph = fileGraph(file);
     const ns::Data copied = Loaded(file).saved();
     ASSERT_EQ(fileGraph(copied), graph) << round;
-    EXPECT_EQ(testing_archives::unusedEntries(copied), 0U) << round;
+    EXPECT_LE(testing_archives::unusedEntries(copied), testing_archives::unusedEntries(file))
+        << round;
     ASSERT_EQ(fileGraph(Loaded(copied).saved()), graph) << round;
     Loaded read(file);
     read.readAll();

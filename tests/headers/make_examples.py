@@ -68,6 +68,11 @@ SETTINGS = {
 }
 
 
+# Examples show results that they do not use.
+IGNORED = [f'#pragma GCC diagnostic ignored "-W{warning}"'
+           for warning in ('unused', 'unused-result', 'unused-variable', 'unused-but-set-variable')]
+
+
 def examples(text):
     """The examples of a header, each a list of (line number, code)."""
     found, lines = [], []
@@ -110,7 +115,8 @@ def generated(project, part):
     faults += [f'{header}: a setting and no example' for header in sorted(SETTINGS.keys() - met)]
     if faults:
         sys.exit('\n'.join(faults))
-    return '\n'.join(['#include <memory>', *headers, 'namespace tavlin {', *functions, '}', ''])
+    return '\n'.join(['#include <memory>', *headers, *IGNORED, 'namespace tavlin {', *functions,
+                      '}', ''])
 
 
 if __name__ == '__main__':

@@ -1,7 +1,7 @@
 // Decoding: from archive numbers to values.
 
 #include <algorithm>
-#include <charconv>
+#include <map>
 #include <unordered_set>
 
 #include "platform/archive/KeyedArchive.h"
@@ -22,18 +22,17 @@ class CachedOrigin final : public ArchiveOrigin {
 
   void remember(const ValueBody* body) {
     body_ = body;
-    archive()->cache_[{number(), transform()}] = body;
+    archive()->decoded().setContainer(number(), transform(), body);
   }
   /// Remembers the container for a transform that changes nothing in it, too.
   void rememberFor(const ValueTransform* alias) const {
     aliases_.push_back(alias);
-    archive()->cache_[{number(), alias}] = body_;
+    archive()->decoded().setContainer(number(), alias, body_);
   }
 
  private:
   void forget(const ValueTransform* transform) {
-    const auto known = archive()->cache_.find({number(), transform});
-    if (known != archive()->cache_.end() && known->second == body_) archive()->cache_.erase(known);
+    archive()->decoded().forgetContainer(number(), transform, body_);
   }
 
   const ValueBody* body_ = nullptr;
@@ -180,9 +179,8 @@ class ArchiveDecoder {
       value = Record::inArchive(shared_, number, Kind::record);
       return true;
     }
-    const auto cached = archive_.cache_.find({number, transform});
-    if (cached != archive_.cache_.end()) {
-      value = Value(Ref<const ValueBody>(cached->second));
+    if (const ValueBody* known = archive_.decoded().container(number, transform)) {
+      value = Value(Ref<const ValueBody>(known));
       if (transform && originOf(value)->transform() != nullptr) markChanged();
       return true;
     }
@@ -190,20 +188,11 @@ class ArchiveDecoder {
     return false;
   }
 
-  /// What a class's own decoder makes.  Decoders may ask for values in turn, which may lead back
-  /// here or ever deeper; then the object appears as a record that only stands for it.
+  /// What a class's own decoder makes, or a record that only stands for the object.
   Value decodeByClass(uint32_t number, const ClassCoding* coding) {
-    constexpr size_t kDeepest = 8;
-    std::vector<uint32_t>& decoding = archive_.decoding_;
-    if (decoding.size() >= kDeepest || std::ranges::count(decoding, number) > 0) {
-      return Record::inArchive(shared_, number, Kind::record);
-    }
-    decoding.push_back(number);
-    const struct Leaving {
-      ~Leaving() { decoding.pop_back(); }
-      std::vector<uint32_t>& decoding;
-    } leaving{decoding};
-    return coding->decode(shared_, number);
+    const auto decode = [&] { return coding->decode(shared_, number); };
+    const Value made = archive_.decoded().runDecoder(number, decode);
+    return made.isNone() ? Record::inArchive(shared_, number, Kind::record) : made;
   }
 
   /// The origin of a container that the archive remembers.
@@ -257,9 +246,8 @@ class ArchiveDecoder {
     const ValueTransform* alias = frame.isChanged ? nullptr : frame.transform;
     if (alias) {
       // what a transform leaves alone is the value that others have of it
-      const auto known = archive_.cache_.find({frame.self, nullptr});
-      if (known != archive_.cache_.end()) {
-        Value plain{Ref<const ValueBody>(known->second)};
+      if (const ValueBody* known = archive_.decoded().container(frame.self, nullptr)) {
+        Value plain{Ref<const ValueBody>(known)};
         originOf(plain)->rememberFor(alias);
         return plain;
       }
@@ -296,76 +284,9 @@ class ArchiveDecoder {
     bool isChanged = false;
   };
   /// What decoders of classes made: an object mentioned twice is one value.
-  std::unordered_map<KeyedArchive::CacheKey, Made, KeyedArchive::CacheHash> made_;
+  std::map<std::pair<uint32_t, const ValueTransform*>, Made> made_;
   std::vector<std::shared_ptr<ns::Object>> company_;  // objects made anew on the way
 };
-
-std::vector<uint32_t> KeyedArchive::elementNumbers(const Record& record, const char* key,
-                                                   const std::string& numbered) const {
-  std::vector<uint32_t> numbers;
-  if (const auto list = fieldForKey(record, key)) {
-    numbers.reserve(list->count);
-    for (uint64_t i = 0; i < list->count; ++i) numbers.push_back(elementTarget(*list, i));
-    return numbers;
-  }
-  const uint32_t count = record.shape->count();
-  std::vector<uint32_t> positions(count, count);  // by the number in the key
-  for (uint32_t i = 0; i < count; ++i) {
-    const String& name = record.shape->key(i);
-    if (!name.isAscii() || !name.ascii().starts_with(numbered)) continue;
-    const std::string_view digits = name.ascii().substr(numbered.size());
-    uint32_t at = count;
-    std::from_chars(digits.data(), digits.data() + digits.size(), at);
-    if (at < count && digits == std::to_string(at)) positions[at] = i;
-  }
-  for (const uint32_t position : positions) {
-    if (position == count) break;
-    const Object found = field(record, position);
-    if (found.type != Type::uid) break;
-    numbers.push_back(target(found));
-  }
-  return numbers;
-}
-
-std::optional<uint32_t> KeyedArchive::numberForKey(uint32_t dictionary,
-                                                   std::string_view key) const {
-  const Record it = record(dictionary);
-  const uint32_t keysAt = it.shape->find("NS.keys");
-  const uint32_t objectsAt = it.shape->find("NS.objects");
-  if (keysAt == it.shape->count() || objectsAt == it.shape->count()) return std::nullopt;
-  const Object keys = arrayAt(fieldIndex(it, keysAt));
-  const Object objects = arrayAt(fieldIndex(it, objectsAt));
-  if (keys.count != objects.count) return std::nullopt;
-  const uint64_t count = keys.count;
-  uint64_t place = count;
-  for (uint64_t i = 0; i < count; ++i) {
-    // equal references are mostly one object of the file
-    const uint32_t index = elementIndex(keys, i);
-    RecentKey& recent = recentKeys_[index % std::size(recentKeys_)];
-    if (recent.index != index) {
-      const Entry stored = entry(elementTarget(keys, i));
-      if (stored.kind != EntryKind::scalar || !stored.object.isString()) return std::nullopt;
-      recent = {index, {stored.object.text(), stored.object.type == Type::utf16}};
-    }
-    const StoredText& text = recent.text;
-    if (!(text.isWide ? String::fromUtf16BigEndian(text.bytes) == key : text.bytes == key)) {
-      continue;
-    }
-    if (place != count) return std::nullopt;
-    place = i;
-  }
-  return place == count ? 0 : elementTarget(objects, place);
-}
-
-bool KeyedArchive::mayChangeAttributedStrings(const ValueTransform& transform) const {
-  const auto known = attributedStringChanges_.find(transform.attributedStringRule());
-  if (known != attributedStringChanges_.end()) return known->second;
-  // within a decoder fonts may appear as records that only stand for them
-  if (!decoding_.empty()) return true;
-  const bool mayChange = transform.mayChangeAttributedStrings(*this);
-  attributedStringChanges_.emplace(transform.attributedStringRule(), mayChange);
-  return mayChange;
-}
 
 Value KeyedArchive::value(uint32_t number, const Entry& found,
                           const ValueTransform* transform) const {
