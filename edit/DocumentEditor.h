@@ -71,9 +71,10 @@ class DocumentEditor {
   /// nothing else since.
   void rollBackTo(uint64_t changeCount);
 
-  /// The item that a path names.  Raises EditRefusal where it is no path, there is no such item,
-  /// or a parent link on the way is not that of the list the item stands in, so that an edit would
-  /// go wrong.
+  /// The item that a path names.  Raises EditRefusal where it is no path, there is no such item, or
+  /// an edit would go wrong: a parent link on the way is not that of the list the item stands in,
+  /// or that list has the item twice, so that both would be taken.  Linear in the number of
+  /// siblings on the way.
   [[nodiscard]] std::shared_ptr<OLNode> itemAtPath(std::string_view path) const;
   /// The path of an item of the document.
   [[nodiscard]] static std::string pathOf(const std::shared_ptr<OLNode>& item);

@@ -43,8 +43,10 @@ EditOutcome carryOut(DocumentEditor& editor, const EditOperation& operation);
 /// The operation that a line of JSON describes, such as
 ///
 ///     {"op": "add", "under": "2", "title": "Leeks", "checked": true}
+///     {"op": "set", "paths": ["2.1"], "checked": false}
 ///     {"op": "move", "paths": ["2.1", "2.3"], "before": "1"}
 ///
+/// "unchecked": true says the same as "checked": false, and is for set alone.
 /// Valid when it comes back.  Raises EditRefusal: for what is no JSON, unknown and repeated keys,
 /// values of a wrong kind, text that is no Unicode text, and as validate() does.
 [[nodiscard]] EditOperation editOperationFromJson(std::string_view line);

@@ -170,9 +170,9 @@ std::vector<std::string> documentFiles(const std::vector<std::string>& arguments
 
 std::shared_ptr<OLNode> itemAtPath(const OLDataManager& document, const std::string& path) {
   const std::optional<ItemPath> parsed = ItemPath::parse(path);
-  if (!parsed) throw FileFailure("\"" + path + "\" is no path of an item, such as 2.1.3");
-  std::shared_ptr<OLNode> item = parsed->itemIn(*document.treeController()->tree());
-  if (!item) throw FileFailure("there is no item " + path);
+  std::shared_ptr<OLNode> item =
+      parsed ? parsed->itemIn(*document.treeController()->tree()) : nullptr;
+  if (!item) throw FileFailure(whyNoItem(path));
   return item;
 }
 
