@@ -85,7 +85,9 @@ bool hasUnwantedValue(const CLI::App& command, const std::string& argument) {
   if (end == std::string::npos) return false;
   if (argument[1] == '-') return isFlag(command, argument.substr(0, end));
   const std::string letters = argument.substr(1, end - 1);
-  return std::ranges::all_of(letters, [&](char letter) { return isFlag(command, {'-', letter}); });
+  return !letters.empty() && std::ranges::all_of(letters, [&](char letter) {
+    return isFlag(command, {'-', letter});
+  });
 }
 
 /// Where the command is among the arguments from `begin` on: the first that is no option and no

@@ -18,8 +18,7 @@ struct UnwantedValue {
 };
 
 /// The arguments as the parser takes them: the command comes first, also where options stand before
-/// it, and an option whose value may be left out has one.  Raises UnknownCommand
-/// and UnwantedValue.
+/// it, and an option whose value may be left out has one.  Raises UnknownCommand and UnwantedValue.
 std::vector<std::string> preparedArguments(const CLI::App& table,
                                            std::vector<std::string> arguments);
 

@@ -3,6 +3,7 @@
 #include <string>
 
 #include "platform/foundation/Data.h"
+#include "platform/foundation/SignalGuard.h"
 
 namespace tavlin {
 
@@ -15,7 +16,7 @@ namespace tavlin {
 ///     backup.keep();                         // in place of the former backup
 ///
 /// Where the file is not replaced after all, the former backup stays as it is, and the new one goes
-/// with its object.
+/// with its object.  The calling thread gets no signals while there is one, so that none is left.
 class Backup {
  public:
   /// Raises FileFailure, also where keep() would be refused.
@@ -30,6 +31,7 @@ class Backup {
  private:
   [[noreturn]] void fail(int error) const;
 
+  ns::SignalGuard noSignals_;
   std::string name_;
   std::string passing_;  ///< Where it is before it is kept; empty once that is nowhere.
 };

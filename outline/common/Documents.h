@@ -44,7 +44,7 @@ struct SaveOptions {
 
 /// Writes the document back over its file, atomically, or does nothing in a dry run.  To be called
 /// only when something was changed.  Raises FileFailure, also when another program changed the file
-/// meanwhile; it is then as that left it.
+/// meanwhile; it is then as that left it, and no backup is made.
 void saveDocument(const OpenDocument& opened, const SaveOptions& options);
 
 /// Writes content over a file whose former content, and state, were read.  For what saveDocument()
