@@ -151,7 +151,7 @@ void DocumentEditor::checkNotInside(const OLNodeList& items, const ItemPlace& pl
 
 // Edits.
 
-std::shared_ptr<OLNode> DocumentEditor::add(const ItemContent& content, const ItemPlace& place) {
+std::shared_ptr<OLNode> DocumentEditor::add(const ItemChange& content, const ItemPlace& place) {
   const Target target = targetOf(place);
   auto node = OLNode::create();
   node->setDataForKey(content.title.value_or(ns::String()), "title");
@@ -163,7 +163,7 @@ std::shared_ptr<OLNode> DocumentEditor::add(const ItemContent& content, const It
   return node;
 }
 
-bool DocumentEditor::set(const std::shared_ptr<OLNode>& node, const ItemContent& content) {
+bool DocumentEditor::set(const std::shared_ptr<OLNode>& node, const ItemChange& content) {
   std::vector<std::pair<const char*, ns::Value>> values;
   for (const auto& [key, text] : {std::pair("title", &content.title), {"note", &content.note}}) {
     const ns::Value former = OLTree::objectValueForKeyByItem(key, node);

@@ -19,7 +19,7 @@ struct EditOperation {
   std::vector<std::string> paths;  ///< Of the items that it is about; none for add.
   ItemPlace::Kind placeKind = ItemPlace::Kind::atEnd;
   std::string place;  ///< The path that goes with it, but for atEnd.
-  ItemContent content;
+  ItemChange content;
 
   /// Raises EditRefusal where something that the operation needs is not there, or something is
   /// that it has no use for.

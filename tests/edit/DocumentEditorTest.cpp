@@ -89,7 +89,7 @@ TEST_F(DocumentEditorTest, WhatASiblingIsOnceMoreIsNotEdited) {
 }
 
 TEST_F(DocumentEditorTest, AddedItems) {
-  ItemContent content{ns::String("new"), ns::String("note"), true};
+  ItemChange content{ns::String("new"), ns::String("note"), true};
   const auto last = editor_.add(content, {});
   EXPECT_EQ(DocumentEditor::pathOf(last), "4");
   EXPECT_EQ(last->dataForKey("note").string(), "note");
