@@ -96,16 +96,19 @@ void DocumentEditor::perform(const ns::String& actionName, const std::function<v
 
 std::shared_ptr<OLNode> DocumentEditor::itemAtPath(std::string_view path) const {
   const std::optional<ItemPath> parsed = ItemPath::parse(path);
-  const std::string name(path);
-  if (!parsed) throw EditRefusal("\"" + name + "\" is no path of an item, such as 2.1.3");
+  if (!parsed || !parsed->itemIn(*controller_->tree())) throw EditRefusal(whyNoItem(path));
+  const auto refuse = [&](const char* why) {
+    throw EditRefusal("item " + std::string(path) + " cannot be edited, since " + why +
+                      "; tavlin check --repair mends that");
+  };
   std::shared_ptr<OLNode> node = controller_->tree()->rootNode();
   for (const uint64_t position : parsed->positions()) {
     std::shared_ptr<OLNode> child = node->childAtIndex(position - 1);
-    if (!child) throw EditRefusal("there is no item " + name);
-    if (child->parent() != node || node->indexOfChild(child.get()) + 1 != int64_t(position)) {
-      throw EditRefusal("item " + name +
-                        " cannot be edited, since links between items disagree on the way to it");
+    if (child->parent() != node) refuse("links between items disagree on the way to it");
+    if (std::ranges::count(node->children(), child) > 1) {
+      refuse("it or an item above it is listed twice");
     }
+    node->setCacheIndexOfChild(static_cast<int64_t>(position) - 1);
     node = std::move(child);
   }
   return node;
@@ -148,7 +151,7 @@ void DocumentEditor::checkNotInside(const OLNodeList& items, const ItemPlace& pl
 
 // Edits.
 
-std::shared_ptr<OLNode> DocumentEditor::add(const ItemContent& content, const ItemPlace& place) {
+std::shared_ptr<OLNode> DocumentEditor::add(const ItemChange& content, const ItemPlace& place) {
   const Target target = targetOf(place);
   auto node = OLNode::create();
   node->setDataForKey(content.title.value_or(ns::String()), "title");
@@ -160,7 +163,7 @@ std::shared_ptr<OLNode> DocumentEditor::add(const ItemContent& content, const It
   return node;
 }
 
-bool DocumentEditor::set(const std::shared_ptr<OLNode>& node, const ItemContent& content) {
+bool DocumentEditor::set(const std::shared_ptr<OLNode>& node, const ItemChange& content) {
   std::vector<std::pair<const char*, ns::Value>> values;
   for (const auto& [key, text] : {std::pair("title", &content.title), {"note", &content.note}}) {
     const ns::Value former = OLTree::objectValueForKeyByItem(key, node);

@@ -30,7 +30,7 @@ struct ItemPlace {
 };
 
 /// What an item gets; nothing for what is not there.
-struct ItemContent {
+struct ItemChange {
   std::optional<ns::String> title;
   std::optional<ns::String> note;  ///< An empty one is no note.
   std::optional<bool> isChecked;
@@ -71,9 +71,10 @@ class DocumentEditor {
   /// nothing else since.
   void rollBackTo(uint64_t changeCount);
 
-  /// The item that a path names.  Raises EditRefusal where it is no path, there is no such item,
-  /// or a parent link on the way is not that of the list the item stands in, so that an edit would
-  /// go wrong.
+  /// The item that a path names.  Raises EditRefusal where it is no path, there is no such item, or
+  /// an edit would go wrong: a parent link on the way is not that of the list the item stands in,
+  /// or that list has the item twice, so that both would be taken.  Linear in the number of
+  /// siblings on the way.
   [[nodiscard]] std::shared_ptr<OLNode> itemAtPath(std::string_view path) const;
   /// The path of an item of the document.
   [[nodiscard]] static std::string pathOf(const std::shared_ptr<OLNode>& item);
@@ -82,10 +83,10 @@ class DocumentEditor {
   // go with those; one that comes twice counts once.
 
   /// A new item with a title, which is empty if not given.
-  std::shared_ptr<OLNode> add(const ItemContent& content, const ItemPlace& place);
+  std::shared_ptr<OLNode> add(const ItemChange& content, const ItemPlace& place);
   /// Replaces what is given.  A rich text keeps its attributes around what differs, and what comes
   /// in takes those of what it replaces; see textReplacing().
-  bool set(const std::shared_ptr<OLNode>& item, const ItemContent& content);
+  bool set(const std::shared_ptr<OLNode>& item, const ItemChange& content);
   /// Brings the items together to the place, in the order in which they are given.  Before or after
   /// one of themselves is where that one is.  Answers those that took all below them along, also
   /// where they are at the place already and nothing changes.

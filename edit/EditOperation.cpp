@@ -15,7 +15,7 @@ constexpr std::array<const char*, 6> kNames = {"add", "set", "move", "delete", "
   throw EditRefusal(std::string(nameOf(operation.kind)) + " " + why);
 }
 
-bool isEmpty(const ItemContent& content) {
+bool isEmpty(const ItemChange& content) {
   return !content.title && !content.note && !content.isChecked;
 }
 

@@ -19,7 +19,7 @@ struct EditOperation {
   std::vector<std::string> paths;  ///< Of the items that it is about; none for add.
   ItemPlace::Kind placeKind = ItemPlace::Kind::atEnd;
   std::string place;  ///< The path that goes with it, but for atEnd.
-  ItemContent content;
+  ItemChange content;
 
   /// Raises EditRefusal where something that the operation needs is not there, or something is
   /// that it has no use for.
@@ -43,8 +43,10 @@ EditOutcome carryOut(DocumentEditor& editor, const EditOperation& operation);
 /// The operation that a line of JSON describes, such as
 ///
 ///     {"op": "add", "under": "2", "title": "Leeks", "checked": true}
+///     {"op": "set", "paths": ["2.1"], "checked": false}
 ///     {"op": "move", "paths": ["2.1", "2.3"], "before": "1"}
 ///
+/// "unchecked": true says the same as "checked": false, and is for set alone.
 /// Valid when it comes back.  Raises EditRefusal: for what is no JSON, unknown and repeated keys,
 /// values of a wrong kind, text that is no Unicode text, and as validate() does.
 [[nodiscard]] EditOperation editOperationFromJson(std::string_view line);

@@ -91,13 +91,14 @@ class OperationReader {
     operation_.place = textOf(value, key);
   }
 
-  /// Like the options, which are given or not: false is as if the key were not there.
+  /// "checked" says it either way; "unchecked" is the option's name, and means nothing but true.
   void readMark(std::string_view key, const Json& value) {
-    if (!flagOf(value, key)) return;
+    const bool flag = flagOf(value, key);
+    if (key == "unchecked" && !flag) throw EditRefusal("\"unchecked\" can only be true");
     if (operation_.content.isChecked) {
       throw EditRefusal("only one of \"checked\" and \"unchecked\" can be given");
     }
-    operation_.content.isChecked = key == "checked";
+    operation_.content.isChecked = key == "checked" && flag;
   }
 
   EditOperation operation_;

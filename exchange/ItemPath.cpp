@@ -55,4 +55,10 @@ std::string ItemPath::text() const {
   return text;
 }
 
+std::string whyNoItem(std::string_view path) {
+  const std::string name(path);
+  if (ItemPath::parse(path)) return "there is no item " + name;
+  return "\"" + name + "\" is no path of an item, such as 2.1.3";
+}
+
 }  // namespace tavlin

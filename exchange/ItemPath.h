@@ -38,4 +38,7 @@ class ItemPath {
   std::vector<uint64_t> positions_;  // from 1, never empty
 };
 
+/// Why a text names no item of a document: "there is no item 9", or that it is no path at all.
+[[nodiscard]] std::string whyNoItem(std::string_view path);
+
 }  // namespace tavlin

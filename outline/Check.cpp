@@ -124,12 +124,9 @@ void addCheck(CLI::App& table, Action& action) {
   CLI::App* const command =
       table.add_subcommand("check", localized("Says what is wrong with documents, and mends it"));
   const auto options = std::make_shared<CheckOptions>();
-  command
-      ->add_flag("--repair", options->repairs,
-                 localized("Mend what can be mended without losing anything"))
-      ->disable_flag_override();
-  command->add_flag("--json", options->isJson, localized("A JSON value for each document"))
-      ->disable_flag_override();
+  command->add_flag("--repair", options->repairs,
+                    localized("Mend what can be mended without losing anything"));
+  command->add_flag("--json", options->isJson, localized("A JSON value for each document"));
   addSaveOptions(*command, options->saving);
   addFilesAndFolders(*command, options->arguments, options->jobs);
   setAction(*command, action, [options] { return check(*options); });

@@ -59,6 +59,14 @@ void addColoring(CLI::App& command, Coloring& coloring) {
       ->check(CLI::IsMember({"auto", "always", "never"}).description(""));
 }
 
+CLI::Option* addItemPath(CLI::App& command, std::optional<std::string>& path) {
+  return command
+      .add_option_function<std::string>(
+          "--item", [&path](const std::string& given) { path = given; },
+          localized("Only this item and what is below it"))
+      ->type_name("PATH");
+}
+
 CLI::Option* addChangedFile(CLI::App& command, std::string& file) {
   return command.add_option("FILE", file, localized("The document"))->required()->type_name("");
 }
@@ -73,12 +81,9 @@ CLI::Option* addRepeated(CLI::App& command, const std::string& names,
 }
 
 void addSaveOptions(CLI::App& command, SaveOptions& options) {
-  command
-      .add_flag("-n,--dry-run", options.isDryRun,
-                localized("Say what would be done, and touch nothing"))
-      ->disable_flag_override();
-  command.add_flag("--backup", options.keepsBackup, localized("Keep the old file as FILE~"))
-      ->disable_flag_override();
+  command.add_flag("-n,--dry-run", options.isDryRun,
+                   localized("Say what would be done, and touch nothing"));
+  command.add_flag("--backup", options.keepsBackup, localized("Keep the old file as FILE~"));
 }
 
 CLI::Option* addChoice(CLI::App& command, const std::string& names, size_t& chosen,

@@ -2,6 +2,7 @@
 
 #include <CLI/App.hpp>
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -40,6 +41,8 @@ CLI::Option* addFilesAndFolders(CLI::App& command, std::vector<std::string>& arg
                                 JobOptions& jobs);
 /// --color
 void addColoring(CLI::App& command, Coloring& coloring);
+/// --item, the path of an item to which what is shown is limited.
+CLI::Option* addItemPath(CLI::App& command, std::optional<std::string>& path);
 /// FILE, of a document that is changed.
 CLI::Option* addChangedFile(CLI::App& command, std::string& file);
 /// An option that may be given several times, with one value each.

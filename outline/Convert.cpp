@@ -69,10 +69,8 @@ void addConvert(CLI::App& table, Action& action) {
       table.add_subcommand("convert", localized("Makes titles and notes rich or plain text"));
   const auto options = std::make_shared<ConvertOptions>();
   CLI::Option* const rich =
-      command->add_flag("--rich", options->toRich, localized("To text with attributes"))
-          ->disable_flag_override();
+      command->add_flag("--rich", options->toRich, localized("To text with attributes"));
   command->add_flag("--plain", options->toPlain, localized("To text without attributes"))
-      ->disable_flag_override()
       ->excludes(rich);
   addSaveOptions(*command, options->saving);
   command->add_option("FILE", options->files, localized("Documents"))->required()->type_name("");

@@ -5,6 +5,7 @@
 #include <cstring>
 #include <fstream>
 #include <memory>
+#include <optional>
 
 #include "model/runtime/OLNumberLabelFormats.h"
 #include "outline/Commands.h"
@@ -23,8 +24,7 @@ struct ExportOptions {
   std::string file;
   std::string out = "-";
   std::string format;
-  std::string item;
-  bool isItemGiven = false;
+  std::optional<std::string> item;
   size_t numbers = kNumberFormats;  // none
 };
 
@@ -69,28 +69,6 @@ Losses replaceFile(const std::string& file, const Format& format, const ExportSo
   return losses;
 }
 
-/// Lines for a terminal, which is to show characters and not to obey them.
-class TerminalLines {
- public:
-  explicit TerminalLines(Output& output) : output_(output) {}
-  void write(std::string_view piece) {
-    rest_ += piece;
-    size_t begin = 0;
-    for (size_t end; (end = rest_.find('\n', begin)) != std::string::npos; begin = end + 1) {
-      output_ << terminalText(std::string_view(rest_).substr(begin, end - begin)) << "\n";
-    }
-    rest_.erase(0, begin);
-  }
-  void finish() {
-    output_ << terminalText(rest_);
-    rest_.clear();
-  }
-
- private:
-  Output& output_;
-  std::string rest_;  // of a line that is not whole yet
-};
-
 Losses writeToStandardOutput(const Format& format, const ExportSource& source,
                              const NumberLabels& numbers, Output& output) {
   if (!isTerminalOutput()) {
@@ -118,7 +96,7 @@ int exportDocument(const ExportOptions& options, const std::string& file, Output
   }
   const OpenDocument opened = openDocument(file);
   ExportSource source{opened.document, nullptr};
-  if (options.isItemGiven) source.item = itemAtPath(*opened.document, options.item);
+  if (options.item) source.item = itemAtPath(*opened.document, *options.item);
   const NumberLabels numbers =
       options.numbers == kNumberFormats ? nullptr : numberLabels(options.numbers, *opened.document);
   Losses losses;
@@ -168,15 +146,7 @@ void addExport(CLI::App& table, Action& action) {
       ->add_option("-o,--output", options->out,
                    localized("The file to write, in place of what is there; - is standard output"))
       ->type_name("OUT");
-  command
-      ->add_option_function<std::string>(
-          "--item",
-          [options](const std::string& path) {
-            options->item = path;
-            options->isItemGiven = true;
-          },
-          localized("Only this item and what is below it"))
-      ->type_name("PATH");
+  addItemPath(*command, options->item);
   CLI::Option* const numbers =
       addChoice(*command, "--numbers", options->numbers, {"document", "legal", "harvard"},
                 localized("Show number labels in HTML, by default those that the document names"));

@@ -3,6 +3,7 @@
 #include <cstring>
 #include <filesystem>
 #include <memory>
+#include <optional>
 
 #include "outline/Commands.h"
 #include "outline/common/Backup.h"
@@ -51,18 +52,25 @@ void writeNewDocument(const ImportOptions& options, const OLDataManager& documen
     if (options.saving.keepsBackup) old = ns::readFile(file, state);
   }
   if (options.saving.isDryRun) {
+    try {
+      checkFileCanBeMade(file);
+    } catch (const FileFailure& failure) {
+      throw FileFailure(file + ": " + failure.what());
+    }
     output << outputText(file) << ": a document of " << counted(document.countOfAllItems())
            << " would be made\n";
     return;
   }
   try {
     const ns::DataPieces content = *document.dataRepresentationInPieces();
-    if (state.isThere()) keepBackup(file, old);
+    std::optional<Backup> backup;
+    if (state.isThere()) backup.emplace(file, old);
     if (options.replaces && !state.isThere()) {
       ns::writeFileAtomically(file, content);
     } else {
       ns::writeFileAtomically(file, content, state);
     }
+    if (backup) backup->keep();
   } catch (const ns::FileChangedException&) {
     throw FileFailure(file + ": another program has changed it meanwhile; nothing was written");
   } catch (const ns::FileException& exception) {

@@ -77,8 +77,7 @@ void addInfo(CLI::App& table, Action& action) {
   CLI::App* const command =
       table.add_subcommand("info", localized("Tells properties and size of documents"));
   const auto options = std::make_shared<InfoOptions>();
-  command->add_flag("--json", options->isJson, localized("A JSON value for each document"))
-      ->disable_flag_override();
+  command->add_flag("--json", options->isJson, localized("A JSON value for each document"));
   addColoring(*command, options->coloring);
   addFilesAndFolders(*command, options->arguments, options->jobs);
   setAction(*command, action, [options] { return info(*options); });

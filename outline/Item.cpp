@@ -99,8 +99,7 @@ void addPaths(CLI::App& command, ItemOptions& options) {
 }
 
 CLI::Option* addChecked(CLI::App& command, ItemOptions& options) {
-  return command.add_flag("--checked", options.isChecked, localized("With its mark set"))
-      ->disable_flag_override();
+  return command.add_flag("--checked", options.isChecked, localized("With its mark set"));
 }
 
 void addAdd(CLI::App& parent, Action& action) {
@@ -127,7 +126,6 @@ void addSet(CLI::App& parent, Action& action) {
   addText(command, "--note", options->note, "N", "The note; an empty one is none");
   CLI::Option* const checked = addChecked(command, *options);
   command.add_flag("--unchecked", options->isUnchecked, localized("With its mark not set"))
-      ->disable_flag_override()
       ->excludes(checked);
 }
 

@@ -151,8 +151,7 @@ void addKeywords(CLI::App& table, Action& action) {
   command.require_subcommand(1);
   CLI::App& listing = *command.add_subcommand("list", localized("Prints keywords"));
   const Options listed = addReading(listing);
-  listing.add_flag("--json", listed->isJson, localized("A JSON value for each document"))
-      ->disable_flag_override();
+  listing.add_flag("--json", listed->isJson, localized("A JSON value for each document"));
   setAction(listing, action, [listed] { return list(*listed); });
   addEditing(command, action, "add", "Adds keywords that are not there yet", Kind::add);
   addEditing(command, action, "remove", "Removes keywords", Kind::remove);

@@ -33,10 +33,12 @@ std::shared_ptr<OLDataManager> emptyDocument(const NewOptions& options) {
 }
 
 int makeDocument(const NewOptions& options, const std::string& file, Output& output) {
+  if (file == "-") throw FileFailure("a document needs a file; standard output is none");
   const std::shared_ptr<OLDataManager> document = emptyDocument(options);
   if (std::error_code error; std::filesystem::exists(file, error))
     throw FileFailure("the file is there already");
   if (options.saving.isDryRun) {
+    checkFileCanBeMade(file);
     output << outputText(file) << ": a new document would be made\n";
     return kDone;
   }

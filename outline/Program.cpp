@@ -73,6 +73,9 @@ int runProgram(const std::vector<std::string>& arguments) {
   } catch (const UnknownCommand& unknown) {
     report(unknownCommandMessage(*unknown.table, unknown.name));
     return kFailed;
+  } catch (const UnwantedValue& unwanted) {
+    report(unwantedValueMessage(unwanted.option));
+    return kFailed;
   }
   try {
     std::ranges::reverse(prepared);  // the library takes them from the back

@@ -94,14 +94,12 @@ int workOn(const PropertyOptions& options, const std::string& file, Output& outp
   const std::vector<PropertyChange> wanted = changesAskedFor(options);
   const OpenDocument opened = wanted.empty() ? openDocument(file) : openDocumentForChange(file);
   const std::vector<PropertyChange> made = changeProperties(*opened.document, wanted);
-  if (options.saving.isDryRun) {
+  if (options.saving.isDryRun && !options.isJson) {
     for (const PropertyChange& change : made) printChange(file, change, output);
-  } else if (!made.empty()) {
-    saveDocument(opened, options.saving);
   }
-  if (wanted.empty() || (options.isJson && !options.saving.isDryRun)) {
-    print(options, opened, output);
-  }
+  if (!made.empty()) saveDocument(opened, options.saving);
+  // in a dry run as they would be
+  if (wanted.empty() || options.isJson) print(options, opened, output);
   return kDone;
 }
 
@@ -126,8 +124,7 @@ void addProperties(CLI::App& table, Action& action) {
       ->type_name("KEY=VALUE");
   addRepeated(*command, "--unset", options->unset, localized("Remove a property"))
       ->type_name("KEY");
-  command->add_flag("--json", options->isJson, localized("Print a JSON value"))
-      ->disable_flag_override();
+  command->add_flag("--json", options->isJson, localized("Print a JSON value"));
   addSaveOptions(*command, options->saving);
   addColoring(*command, options->coloring);
   addChangedFile(*command, options->file);

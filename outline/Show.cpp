@@ -1,6 +1,7 @@
 // tavlin show: outlines as text.
 
 #include <memory>
+#include <optional>
 
 #include "exchange/DerivedState.h"
 #include "exchange/OutlineWalk.h"
@@ -19,8 +20,7 @@ enum class Checks { automatic, always, never };
 
 struct ShowOptions {
   std::vector<std::string> files;
-  std::string item;
-  bool isItemGiven = false;
+  std::optional<std::string> item;
   size_t depth = 0;  // 0: all
   bool hidesNotes = false;
   bool showsPaths = false;
@@ -58,7 +58,7 @@ class OutlinePrinter {
   void print() {
     const auto& tree = document_.treeController()->tree();
     const std::shared_ptr<OLNode> top =
-        options_.isItemGiven ? itemAtPath(document_, options_.item) : nullptr;
+        options_.item ? itemAtPath(document_, *options_.item) : nullptr;
     derive(*tree);
     auto walk = top ? OutlineWalk::from(top) : OutlineWalk::below(tree->rootNode());
     while (walk.item()) {
@@ -159,15 +159,7 @@ int show(const ShowOptions& options) {
 void addShow(CLI::App& table, Action& action) {
   CLI::App* const command = table.add_subcommand("show", localized("Prints outlines as text"));
   const auto options = std::make_shared<ShowOptions>();
-  command
-      ->add_option_function<std::string>(
-          "--item",
-          [options](const std::string& path) {
-            options->item = path;
-            options->isItemGiven = true;
-          },
-          localized("Only this item and what is below it"))
-      ->type_name("PATH");
+  addItemPath(*command, options->item);
   command->add_option("--depth", options->depth, localized("Only so many levels"))
       ->type_name("N")
       ->check(CLI::Range(size_t{1}, SIZE_MAX).description(""));

@@ -74,6 +74,22 @@ bool looksLikeOption(const std::string& argument) {
   return argument.size() > 1 && argument.front() == '-';
 }
 
+bool isFlag(const CLI::App& command, const std::string& name) {
+  const CLI::Option* const option = optionNamed(command, name);
+  return option && option->get_expected_max() == 0;
+}
+
+/// Whether an argument such as "--json=yes", "-n=1" or "-lc=1" gives a value to what takes none.
+bool hasUnwantedValue(const CLI::App& command, const std::string& argument) {
+  const size_t end = argument.find('=');
+  if (end == std::string::npos) return false;
+  if (argument[1] == '-') return isFlag(command, argument.substr(0, end));
+  const std::string letters = argument.substr(1, end - 1);
+  return !letters.empty() && std::ranges::all_of(letters, [&](char letter) {
+    return isFlag(command, {'-', letter});
+  });
+}
+
 /// Where the command is among the arguments from `begin` on: the first that is no option and no
 /// option's value.
 size_t commandPlace(const CLI::App& table, const std::vector<std::string>& arguments,
@@ -117,6 +133,7 @@ std::vector<std::string> preparedArguments(const CLI::App& table,
   for (size_t i = 0; i < arguments.size() && arguments[i] != "--"; ++i) {
     std::string& argument = arguments[i];
     if (!looksLikeOption(argument)) continue;
+    if (hasUnwantedValue(*command, argument)) throw UnwantedValue{argument};
     const CLI::Option* const option = optionNamed(*command, argument);
     if (!option) continue;
     const auto known = valuesLeftOut().find(option);
@@ -165,6 +182,10 @@ std::string errorMessage(const CLI::App& command, const CLI::ParseError& error) 
                    optionNames(command));
   }
   return error.what();
+}
+
+std::string unwantedValueMessage(const std::string& option) {
+  return localized("this option takes no value:") + " " + option;
 }
 
 std::string unknownCommandMessage(const CLI::App& table, const std::string& name) {

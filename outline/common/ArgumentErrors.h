@@ -12,8 +12,13 @@ struct UnknownCommand {
   std::string name;
 };
 
+/// A value for an option that takes none; as it was given, "-n=1".
+struct UnwantedValue {
+  std::string option;
+};
+
 /// The arguments as the parser takes them: the command comes first, also where options stand before
-/// it, and an option whose value may be left out has one.  Raises UnknownCommand.
+/// it, and an option whose value may be left out has one.  Raises UnknownCommand and UnwantedValue.
 std::vector<std::string> preparedArguments(const CLI::App& table,
                                            std::vector<std::string> arguments);
 
@@ -32,5 +37,6 @@ const CLI::App& deepestParsed(const CLI::App& table);
 /// What is wrong with the arguments, in a line; names an unknown option and the nearest known one.
 std::string errorMessage(const CLI::App& command, const CLI::ParseError& error);
 std::string unknownCommandMessage(const CLI::App& table, const std::string& name);
+std::string unwantedValueMessage(const std::string& option);
 
 }  // namespace tavlin

@@ -140,13 +140,34 @@ void saveContent(const std::string& file, const ns::Data& former, const ns::File
                  const ns::DataPieces& content, const SaveOptions& options) {
   if (options.isDryRun || holds(content, former)) return;
   try {
-    if (options.keepsBackup) keepBackup(file, former);
+    std::optional<Backup> backup;
+    if (options.keepsBackup) backup.emplace(file, former);
     ns::writeFileAtomically(file, content, state);
+    if (backup) backup->keep();
   } catch (const ns::FileChangedException&) {
     throw FileFailure("another program has changed it meanwhile; nothing was written");
   } catch (const ns::FileException& exception) {
     throw FileFailure(std::strerror(exception.error()));
   }
+}
+
+void checkFileCanBeMade(const std::string& file) {
+  const auto fail = [](int error) { throw FileFailure(std::strerror(error)); };
+  struct stat status {};
+  if (::stat(file.c_str(), &status) != 0) {
+    if (errno != ENOENT) fail(errno);
+  } else if (S_ISDIR(status.st_mode)) {
+    fail(EISDIR);
+  }
+  // a link that leads nowhere yet has the file made where it leads
+  std::filesystem::path target = file;
+  std::error_code error;
+  while (std::filesystem::is_symlink(target, error)) {
+    target = target.parent_path() / std::filesystem::read_symlink(target, error);
+  }
+  const std::string folder = target.has_parent_path() ? target.parent_path().string() : ".";
+  if (!target.has_filename()) fail(file.empty() ? ENOENT : EISDIR);
+  if (::faccessat(AT_FDCWD, folder.c_str(), W_OK | X_OK, AT_EACCESS) != 0) fail(errno);
 }
 
 std::vector<std::string> documentFiles(const std::vector<std::string>& arguments,
@@ -170,9 +191,9 @@ std::vector<std::string> documentFiles(const std::vector<std::string>& arguments
 
 std::shared_ptr<OLNode> itemAtPath(const OLDataManager& document, const std::string& path) {
   const std::optional<ItemPath> parsed = ItemPath::parse(path);
-  if (!parsed) throw FileFailure("\"" + path + "\" is no path of an item, such as 2.1.3");
-  std::shared_ptr<OLNode> item = parsed->itemIn(*document.treeController()->tree());
-  if (!item) throw FileFailure("there is no item " + path);
+  std::shared_ptr<OLNode> item =
+      parsed ? parsed->itemIn(*document.treeController()->tree()) : nullptr;
+  if (!item) throw FileFailure(whyNoItem(path));
   return item;
 }
 

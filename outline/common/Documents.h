@@ -44,7 +44,7 @@ struct SaveOptions {
 
 /// Writes the document back over its file, atomically, or does nothing in a dry run.  To be called
 /// only when something was changed.  Raises FileFailure, also when another program changed the file
-/// meanwhile; it is then as that left it.
+/// meanwhile; it is then as that left it, and no backup is made.
 void saveDocument(const OpenDocument& opened, const SaveOptions& options);
 
 /// Writes content over a file whose former content, and state, were read.  For what saveDocument()
@@ -52,11 +52,14 @@ void saveDocument(const OpenDocument& opened, const SaveOptions& options);
 void saveContent(const std::string& file, const ns::Data& former, const ns::FileState& state,
                  const ns::DataPieces& content, const SaveOptions& options);
 
+/// What a dry run can tell of a file that would be made, or replaced: raises FileFailure where its
+/// folder is not there or takes no files, or a folder has its name.
+void checkFileCanBeMade(const std::string& file);
+
 /// The files that arguments name, in order: a file itself, a folder all documents below it (names
-/// that end in
-/// ".tavlin"), by name, those of a folder before those of its subfolders.  Folders that cannot be
-/// read are given to `onFailure` with the reason.  Symbolic links to folders below are not
-/// followed.
+/// that end in ".tavlin"), by name, those of a folder before those of its subfolders.  Folders that
+/// cannot be read are given to `onFailure` with the reason.  Symbolic links to folders below are
+/// not followed.
 [[nodiscard]] std::vector<std::string> documentFiles(
     const std::vector<std::string>& arguments,
     const std::function<void(const std::string& folder, const std::string& reason)>& onFailure);

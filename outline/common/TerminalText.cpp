@@ -73,4 +73,18 @@ std::string outputText(std::string_view text) {
   return isTerminalOutput() ? terminalText(text) : std::string(text);
 }
 
+void TerminalLines::write(std::string_view piece) {
+  rest_ += piece;
+  size_t begin = 0;
+  for (size_t end; (end = rest_.find('\n', begin)) != std::string::npos; begin = end + 1) {
+    output_ << terminalText(std::string_view(rest_).substr(begin, end - begin)) << "\n";
+  }
+  rest_.erase(0, begin);
+}
+
+void TerminalLines::finish() {
+  output_ << terminalText(rest_);
+  rest_.clear();
+}
+
 }  // namespace tavlin

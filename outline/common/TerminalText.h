@@ -3,6 +3,8 @@
 #include <string>
 #include <string_view>
 
+#include "outline/common/Output.h"
+
 namespace tavlin {
 
 /// When to colour.
@@ -20,5 +22,21 @@ enum class Coloring { automatic, always, never };
 [[nodiscard]] std::string terminalText(std::string_view text);
 /// The text, as terminalText() where standard output is a terminal.
 [[nodiscard]] std::string outputText(std::string_view text);
+
+/// Text that comes in pieces, for a terminal: the lines of it as terminalText().
+class TerminalLines {
+ public:
+  explicit TerminalLines(Output& output) : output_(output) {}
+  TerminalLines(const TerminalLines&) = delete;
+  TerminalLines& operator=(const TerminalLines&) = delete;
+
+  void write(std::string_view piece);
+  /// To be called at the end, for a last line without a line break.
+  void finish();
+
+ private:
+  Output& output_;
+  std::string rest_;  // of a line that is not whole yet
+};
 
 }  // namespace tavlin

@@ -61,19 +61,35 @@ TEST_F(DocumentEditorTest, PathsAreThoseOfTheItems) {
 }
 
 TEST_F(DocumentEditorTest, WhereLinksDisagreeNothingIsEdited) {
+  const std::string why =
+      "item 1.2 cannot be edited, since links between items disagree on the way to it; tavlin "
+      "check --repair mends that";
   const auto stray = at("1.2");
   stray->setParent(at("2"));
-  expectRefusal([&] { at("1.2"); },
-                "item 1.2 cannot be edited, since links between items disagree on the way to it");
+  expectRefusal([&] { at("1.2"); }, why);
   stray->setParent(at("1"));
   at("2")->addChild(stray);  // listed by two
-  expectRefusal([&] { at("1.2"); },
-                "item 1.2 cannot be edited, since links between items disagree on the way to it");
+  expectRefusal([&] { at("1.2"); }, why);
   EXPECT_EQ(at("2.2"), stray);
 }
 
+TEST_F(DocumentEditorTest, WhatASiblingIsOnceMoreIsNotEdited) {
+  const auto twice = at("1.1");
+  at("1")->addChild(twice);  // and is 1.4 as well
+  const auto why = [](const std::string& path) {
+    return "item " + path +
+           " cannot be edited, since it or an item above it is listed twice; tavlin check --repair "
+           "mends that";
+  };
+  for (const char* path : {"1.1", "1.4", "1.1.1", "1.4.1"}) {
+    expectRefusal([&] { at(path); }, why(path));
+  }
+  EXPECT_TRUE(editor_.remove({at("1.2")}));
+  EXPECT_EQ(linesOf(*document_), "a\n  b\n    c\n  e\n  b\n    c\ng\n  h\n    i\nj\n");
+}
+
 TEST_F(DocumentEditorTest, AddedItems) {
-  ItemContent content{ns::String("new"), ns::String("note"), true};
+  ItemChange content{ns::String("new"), ns::String("note"), true};
   const auto last = editor_.add(content, {});
   EXPECT_EQ(DocumentEditor::pathOf(last), "4");
   EXPECT_EQ(last->dataForKey("note").string(), "note");

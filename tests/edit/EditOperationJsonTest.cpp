@@ -33,8 +33,11 @@ TEST(EditOperationJson, Operations) {
   EXPECT_EQ(
       editOperationFromJson(R"({"op":"set","paths":["1"],"unchecked":true})").content.isChecked,
       false);
-  EXPECT_FALSE(editOperationFromJson(R"({"op":"set","paths":["1"],"title":"","unchecked":false})")
-                   .content.isChecked);
+  EXPECT_EQ(
+      editOperationFromJson(R"({"op":"set","paths":["1"],"checked":false})").content.isChecked,
+      false);
+  EXPECT_EQ(editOperationFromJson(R"({"op":"add","title":"x","checked":false})").content.isChecked,
+            false);
   for (const char* name : {"delete", "indent", "outdent"}) {
     const std::string line = std::string(R"({"paths":["1"],"op":")") + name + "\"}";
     EXPECT_STREQ(nameOf(editOperationFromJson(line).kind), name);
@@ -67,6 +70,12 @@ TEST(EditOperationJson, WhatIsRefused) {
   EXPECT_EQ(refusalOf(R"({"op":"set","paths":["1","2"],"title":"x"})"), "set takes one path");
   EXPECT_EQ(refusalOf(R"({"op":"set","paths":["1"],"checked":"yes"})"),
             "\"checked\" is neither true nor false");
+  EXPECT_EQ(refusalOf(R"({"op":"set","paths":["1"],"title":"","unchecked":false})"),
+            "\"unchecked\" can only be true");
+  EXPECT_EQ(refusalOf(R"({"op":"set","paths":["1"],"checked":false,"unchecked":true})"),
+            "only one of \"checked\" and \"unchecked\" can be given");
+  EXPECT_EQ(refusalOf(R"({"op":"delete","paths":["1"],"checked":false})"),
+            "delete takes no title, note or mark");
   EXPECT_EQ(refusalOf(R"({"op":"set","paths":["1"],"checked":true,"unchecked":true})"),
             "only one of \"checked\" and \"unchecked\" can be given");
 }

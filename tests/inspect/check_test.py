@@ -19,45 +19,10 @@ import archives
 from archives import (Archive, Conditional, Instance, MUTABLE_ARRAY, MUTABLE_DICTIONARY, NIL, UID,
                       Value, array, attributed, dictionary, document, mutable_data, mutable_string,
                       node, numbers, property_list, ref)
+from graphs import described
 from kinds import KINDS, font, placed, properties
 
 TOOL, KEYWORDS_TOOL, GARDEN = map(os.path.abspath, sys.argv[1:4])
-
-
-def described(data):
-    """The graph of an archive from its top: one description for each object, in the order in which
-    they are reached, and scalars where they stand."""
-    archive = Archive(data)
-    places, order = {}, []
-
-    def entry(number):
-        found = archive.objects[number]
-        if number == 0:
-            return 'null'
-        if found != '$null' and not isinstance(found, (dict, archives.Date)):
-            return archives.exact(found)
-        if number not in places:
-            places[number] = len(order)
-            order.append(number)
-        return places[number]
-
-    def field(value):
-        if isinstance(value, UID):
-            return ('to', entry(value.data))
-        if isinstance(value, list):
-            return ['list'] + [field(each) for each in value]
-        if isinstance(value, dict):
-            return ['map'] + [(key, field(each)) for key, each in value.items()]
-        return archives.exact(value)
-
-    told = [[(key, field(value)) for key, value in archive.top.items()]]
-    for number in order:  # grows
-        found = archive.objects[number]
-        told.append('null entry' if found == '$null' else
-                    archives.exact(found) if isinstance(found, archives.Date) else
-                    [archive.class_of(number)] + [(key, field(value)) for key, value in
-                                                  found.items() if key != '$class'])
-    return told
 
 
 def ballast():

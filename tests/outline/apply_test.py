@@ -77,7 +77,7 @@ class Naive:
         if o['op'] == 'set':
             node = nodes[0]
             node.title, node.note = o.get('title', node.title), o.get('note', node.note)
-            node.checked = (node.checked or o.get('checked', False)) and not o.get('unchecked', False)
+            node.checked = o.get('checked', node.checked) and not o.get('unchecked', False)
             return []
         tops = [x for i, x in enumerate(nodes) if not any(y is x for y in nodes[:i])
                 and not any(y is not x and self.holds(y, x) for y in nodes)]
@@ -144,7 +144,7 @@ def operation(r, tree):
     if op == 'set':
         return {'op': op, 'paths': [r.choice(paths)],
                 **r.choice(({'title': 'set'}, {'note': 'set'}, {'note': ''}, {'checked': True},
-                            {'unchecked': True}, {'title': '', 'checked': True}))}
+                            {'checked': False}, {'unchecked': True}, {'title': '', 'checked': True}))}
     chosen = [r.choice(paths) for _ in range(r.choice((1, 1, 2, 4)))]
     return {'op': op, 'paths': chosen, **(place if op == 'move' else {})}
 
@@ -235,6 +235,7 @@ class Apply(changing.Case):
                          (b'not json', 'no JSON value'), (b'["op"]', 'a JSON object'), (b'{"op": "add"}', 'title'),
                          (b'{"op": "set", "paths": "1", "title": 5}', '"paths" is no array'),
                          (b'{"op": "add", "title": "\xff"}', 'no JSON value'),
+                         (b'{"op": "set", "paths": ["1"], "unchecked": false}', '"unchecked" can only be true'),
                          (b'[' * 1000000, 'no JSON value')):
             result = self.fails('apply', file, stdin=good + b'\n' + bad + b'\n' + good, says=why)
             self.assertTrue(result.startswith('tavlin: %s: operation in line 4: ' % file), result)

@@ -42,6 +42,18 @@ class Arguments(driver.Case):
                           ('find', '--checked', '--unchecked', 'x', self.file)):
             self.assertEqual(self.fails(*arguments).count('\n'), 1, arguments)
 
+    def test_what_takes_no_value_is_told(self):
+        for option in ('--no-notes=1', '--paths=', '--expanded=false'):
+            self.assertEqual(self.fails('show', option, self.file),
+                             'tavlin: this option takes no value: %s\n' % option)
+        for command, option in (('find', '-i=1'), ('find', '-lc=x'), ('info', '--json=yes')):
+            self.assertEqual(self.fails(command, 'x', self.file, option),
+                             'tavlin: this option takes no value: %s\n' % option)
+        for option in ('-n=1', '-n=', '--dry-run=true', '--backup=x'):
+            self.assertEqual(self.fails('item', 'delete', self.file, '1', option),
+                             'tavlin: this option takes no value: %s\n' % option)
+        self.assertEqual(self.ok('keywords', 'set', '-n', '-k=a=b', self.file), self.file + ': a=b\n')
+
     def test_options_stand_anywhere(self):
         flat = self.ok('show', '--depth', '1', self.file)
         self.assertEqual(flat, 'one\n')

@@ -118,6 +118,27 @@ class Items(changing.Case):
         self.assertIn('no UTF-8', self.fails('item', 'add', file, '--title', os.fsdecode(b'\xff')))
         self.untouched(file)
 
+    def test_an_item_that_stands_twice_among_siblings_is_not_taken(self):
+        twice = Item('twice', kids=[Item('below')])
+        file = self.save('d.tavlin', [Item('a', kids=[twice, Item('between'), twice]), Item('e')])
+        with open(file, 'rb') as stream:
+            before = stream.read()
+        for arguments in (['delete', '1.1'], ['delete', '1.3'], ['move', '1.1', '--under', '2'],
+                          ['move', '2', '--before', '1.3'], ['indent', '1.3'], ['outdent', '1.1'],
+                          ['set', '1.1', '--title', 'x'], ['delete', '1.1.1'],
+                          ['add', '--under', '1.3', '--title', 'x']):
+            path = next(x for x in arguments if x.startswith('1.'))
+            self.assertEqual(self.fails('item', arguments[0], file, *arguments[1:]),
+                             'tavlin: %s: item %s cannot be edited, since it or an item above it is listed twice; '
+                             'tavlin check --repair mends that\n' % (file, path))
+            with open(file, 'rb') as stream:
+                self.assertEqual(stream.read(), before)
+        self.ok('item', 'delete', file, '1.2')
+        self.ok('check', '--repair', file)
+        self.ok('item', 'delete', file, '1.1')
+        self.assertEqual([(x.path, x.title) for x in documents.Document(file).items],
+                         [('1', 'a'), ('1.1', 'twice'), ('1.1.1', 'below'), ('2', 'e')])
+
     def test_usage(self):
         file = self.document(garden())
         for arguments in (['add', file], ['add', file, '--title', 'x', '--under', '1', '--after', '1'],
@@ -152,19 +173,31 @@ class Items(changing.Case):
         return plistlib.dumps(archive, fmt=plistlib.FMT_BINARY)
 
     def test_another_program_that_saves_meanwhile_is_not_overwritten(self):
-        # it has read the document, and waits for operations
+        for options, backup in ([], None), (['--backup'], None), (['--backup'], b'an older one'):
+            # it has read the document, and waits for operations
+            file = self.document(garden())
+            process = subprocess.Popen([driver.PROGRAM, 'apply', file, *options], env=driver.ENVIRONMENT,
+                                       stdin=subprocess.PIPE, stderr=subprocess.PIPE)
+            time.sleep(1)
+            self.ok('item', 'add', file, '--title', 'meanwhile')
+            with open(file, 'rb') as stream:
+                wanted = {'doc.tavlin': stream.read()}
+            if backup:
+                wanted['doc.tavlin~'] = backup
+                with open(file + '~', 'wb') as stream:
+                    stream.write(backup)
+            _, err = process.communicate(b'{"op": "delete", "paths": ["1"]}\n', timeout=60)
+            self.assertEqual(process.returncode, 2)
+            self.assertIn(b'another program has changed it meanwhile', err)
+            self.assertEqual({x.name: x.read_bytes() for x in (self.folder / 'd').iterdir()}, wanted)
+
+    def test_without_a_place_for_the_backup_nothing_is_done(self):
         file = self.document(garden())
-        process = subprocess.Popen([driver.PROGRAM, 'apply', file], env=driver.ENVIRONMENT,
-                                   stdin=subprocess.PIPE, stderr=subprocess.PIPE)
-        time.sleep(1)
-        self.ok('item', 'add', file, '--title', 'meanwhile')
-        with open(file, 'rb') as stream:
-            meanwhile = stream.read()
-        _, err = process.communicate(b'{"op": "delete", "paths": ["1"]}\n', timeout=60)
-        self.assertEqual(process.returncode, 2)
-        self.assertIn(b'another program has changed it meanwhile', err)
-        with open(file, 'rb') as stream:
-            self.assertEqual(stream.read(), meanwhile)
+        os.mkdir(file + '~')
+        self.assertEqual(self.fails('item', 'delete', file, '1', '--backup'),
+                         'tavlin: %s: the backup %s~: Is a directory\n' % (file, file))
+        os.rmdir(file + '~')
+        self.untouched(file)
 
     def test_a_thousand_levels(self):
         item = Item('end')

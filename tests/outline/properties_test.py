@@ -36,6 +36,13 @@ class Properties(changing.Case):
         self.assertEqual(json.loads(out), {'file': file, 'properties': wanted})
         self.assertEqual(documents.Document(file).properties, wanted)
 
+    def test_a_dry_run_in_json_is_json_alone(self):
+        file = self.document()
+        out = self.ok('properties', file, '--set', 'title=New', '--unset', 'authors', '-n', '--json')
+        self.assertEqual(json.loads(out), {'file': file, 'properties': {
+            'title': 'New', 'keywords': ['a,b', 'c'], 'comment': 'first\nsecond'}})
+        self.untouched(file)
+
     def test_nothing_is_written_where_nothing_changes(self):
         file = self.document()
         for arguments in (['--set', 'title=Doc: "one"'], ['--set=authors=Ann', '--set=authors=Ben, Jr.'],
@@ -97,6 +104,27 @@ class New(driver.Case):
         file = self.folder / 'new.tavlin'
         self.assertEqual(self.ok('new', '--dry-run', file), '%s: a new document would be made\n' % file)
         self.assertFalse(file.exists())
+
+    def test_a_dry_run_fails_where_there_would_be_no_document(self):
+        (self.folder / 'file').write_text('x')
+        os.symlink('no/x', self.folder / 'link')
+        os.symlink('new', self.folder / 'ready')
+        for name, why in (('no/x', 'No such file or directory'), ('file/x', 'Not a directory'), ('', ''),
+                          ('link', 'No such file or directory'), ('x' * 300, 'File name too long'), ('x/', '')):
+            for option in ([], ['--dry-run']):
+                self.fails('new', *option, '--', name, cwd=self.folder, says='tavlin: %s: %s' % (name, why))
+        if os.geteuid():
+            (self.folder / 'closed').mkdir(0o555)
+            self.fails('new', '-n', 'closed/x', cwd=self.folder, says='Permission denied')
+            (self.folder / 'closed').rmdir()
+        self.assertIn('would be made', self.ok('new', '-n', 'ready', cwd=self.folder))
+        self.assertEqual(sorted(os.listdir(self.folder)), ['file', 'link', 'ready'])
+
+    def test_standard_output_is_no_document(self):
+        for option in ([], ['--dry-run']):
+            self.assertEqual(self.fails('new', '-', *option, cwd=self.folder),
+                             'tavlin: -: a document needs a file; standard output is none\n')
+        self.assertEqual(os.listdir(self.folder), [])
 
     def test_nothing_is_replaced(self):
         file = self.folder / 'there'

@@ -1,6 +1,8 @@
 """The recipes of the README, as they stand there."""
+import json
 import os
 import pathlib
+import shlex
 import subprocess
 
 import changing
@@ -8,6 +10,7 @@ import documents
 import driver
 from changing import NULL, rich
 from driver import Item
+from graphs import Graph
 
 README = pathlib.Path(__file__).resolve().parents[2] / 'README.md'
 
@@ -26,12 +29,13 @@ def recipes():
 
 
 class Recipes(changing.Case):
-    def cook(self, start):
-        """Runs the recipe that begins so."""
+    def cook(self, start, change=None):
+        """Runs the recipe that begins so, or what a function makes of it."""
         block, = [x for x in recipes() if x.startswith(start)]
+        block = change(block) if change else block
         path = os.path.dirname(driver.PROGRAM) + ':' + driver.ENVIRONMENT['PATH']
         done = subprocess.run(['bash', '-eu', '-c', block], cwd=self.folder, capture_output=True,
-                              env={**driver.ENVIRONMENT, 'PATH': path}, text=True, timeout=60)
+                              env={**driver.ENVIRONMENT, 'PATH': path, 'HOME': str(self.folder)}, text=True, timeout=60)
         self.assertEqual((done.returncode, done.stderr), (0, ''), block)
         return done.stdout
 
@@ -68,6 +72,36 @@ class Recipes(changing.Case):
                                               (0, 'Packing', None, False)])
         self.assertEqual(self.titles('template.tavlin'), ['1 Where', '2 How', '3 Packing'])
 
+    def test_look_at_all_documents_every_night(self):
+        def command(line):
+            # the minute, the hour, and every day, month and day of the week
+            self.assertRegex(line, r'^\d+ \d+ \* \* \* .*\n$')
+            self.assertNotIn('%', line)     # which is a line break in a crontab
+            return 'exec /bin/sh -c ' + shlex.quote(line.split(None, 5)[5].strip())
+
+        def told():
+            return self.cook('17 3 * * *', command)
+        sound = self.save('Outlines/sound.tavlin', [Item('a')])
+        with open(sound, 'rb') as stream:
+            data = stream.read()
+        noted = Graph(data)
+        noted.objects[noted.item('1')]['encoding_version'] = 7
+        (self.folder / 'Outlines/noted.tavlin').write_bytes(noted.data())
+        self.assertIn('[version]', self.ok('check', self.folder / 'Outlines/noted.tavlin'))
+        self.assertEqual(told(), '')
+        fault = Graph(data)
+        fault.unlink('1')
+        (self.folder / 'Outlines/sub').mkdir()
+        (self.folder / 'Outlines/sub/fault.tavlin').write_bytes(fault.data())
+        (self.folder / 'Outlines/empty.tavlin').write_bytes(b'')
+        decoder, text, found = json.JSONDecoder(), told(), []
+        while text:
+            value, end = decoder.raw_decode(text)
+            found.append((value['file'], [x['code'] for x in value['findings']]))
+            text = text[end:].lstrip()
+        self.assertEqual(found, [(str(self.folder / 'Outlines/empty.tavlin'), ['archive']),
+                                 (str(self.folder / 'Outlines/sub/fault.tavlin'), ['parent-link'])])
+
     def test_hand_an_outline_to_another_outliner(self):
         self.save('garden.tavlin', [Item('Spring', note='early', kids=[Item('Sow')]), Item('Summer')],
                   {'title': 'Garden', 'authors': ['Ada Moss']})
@@ -79,7 +113,7 @@ class Recipes(changing.Case):
                          ['1 Spring', '1.1 Sow', '1.2 Weeds', '1.2.1 thistles', '2 Summer'])
 
     def test_there_are_no_others(self):
-        self.assertEqual(len(recipes()), 4)
+        self.assertEqual(len(recipes()), 5)
 
 
 if __name__ == '__main__':

@@ -2,7 +2,9 @@
 import json
 import os
 import pathlib
+import signal
 import subprocess
+import time
 
 import driver
 from driver import Item, run
@@ -69,6 +71,24 @@ class Safety(driver.Case):
         self.untouched(file + '~', content)
         self.assertEqual(os.stat(file + '~').st_mode & 0o777, 0o600)
         self.assertEqual(sorted(os.listdir(self.folder)), ['d.tavlin', 'd.tavlin~', 'other'])
+
+    def test_an_interrupt_leaves_the_old_document_or_the_new_one_with_its_backup(self):
+        old = driver.content([Item('item %d' % i, note='x' * 200) for i in range(20000)])
+        for i in range(15):
+            folder = self.folder / str(i)
+            folder.mkdir()
+            file = folder / 'd.tavlin'
+            file.write_bytes(old)
+            process = subprocess.Popen([driver.PROGRAM, 'item', 'delete', '--backup', file, '1'],
+                                       env=driver.ENVIRONMENT)
+            # while the backup is written, and a little later each time
+            while process.poll() is None and len(os.listdir(folder)) == 1:
+                pass
+            time.sleep(i * 0.002)
+            process.send_signal(signal.SIGINT)
+            process.wait(timeout=60)
+            left = {x.name: x.read_bytes() == old for x in folder.iterdir()}
+            self.assertIn(left, ({'d.tavlin': True}, {'d.tavlin': False, 'd.tavlin~': True}))
 
     def test_a_document_is_not_exported_onto_itself(self):
         file = self.save('d.tavlin', [Item('A')])
