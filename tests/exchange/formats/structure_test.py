@@ -2,11 +2,14 @@
 import json
 import os
 import pathlib
+import random
+import subprocess
 import sys
 import time
 
 sys.path.insert(0, str(pathlib.Path(__file__).resolve().parent.parent.parent / 'outline'))
 import driver
+import nasty
 from driver import Item
 
 SHOWN = (
@@ -68,6 +71,29 @@ class Structure(driver.Case):
         self.assertEqual(self.ok('export', '--to=markdown', self.imported('__a__ <b>b</b> <i>c</i>\n')[0]),
                          '- **a** **b** *c*\n')
 
+    def test_long_texts_are_read_as_short_ones(self):
+        """Long ones are read piece by piece unless there may be definitions, which count everywhere."""
+        dice = random.Random(8)
+        blocks = ['- a\n', '- [ ] a\n\n  note\n\n  - b\n\n    deep\n', '* x\n\n', '1. one\n', '2) two\n\n   n\n', '# H\n',
+                  '### h\n', 'S\n===\n', 'text\n', 'lazy\n- [x] y\nz\n', '```\n\ncode\n\n```\n', '```\n\nopen\n\n',
+                  '~~~\n\n# no\n\n~~~\n', '> q\n\n', '> - q\n>\n>   r\n', '    indented\n\n    more\n', '<div>\n\n</div>\n\n',
+                  '<pre>\n\n- in\n\n</pre>\n', '<!--\n\n- in\n\n-->\n', '<!-- open\n\n', '- <pre>\n\n  a\n\n', '- ```\n\n',
+                  '|a|b|\n|-|-|\n|c|d|\n', '---\n', '-\n\n  x\n', '[x](y) **a** `b`\n', '\r\n', '  \n', '\t- t\n', 'a\r\n\r\n']
+        for _ in range(12):
+            # rarely, since nothing comes in but the rest of a text behind one
+            rare = dice.sample([b for b in blocks if 'open' in b or '<pre>\n\n  a' in b], 1) * (dice.random() < 0.3)
+            common = [b for b in blocks if 'open' not in b]
+            text = ''.join(dice.choice(common) + dice.choice(['', '\n', '\n', '\n\n'])
+                           for _ in range(40000))
+            if rare:
+                at = dice.randrange(len(text))
+                text = text[:at] + '\n' + rare[0] + text[at:]
+            got, want = [self.ok('export', '--to=json', self.imported(text + end)[0])
+                         for end in ('\n\n# ];', '\n\n# ]:')]
+            self.assertEqual(nasty.first_difference(
+                got.replace('];', ']:').encode(), want.encode()) or (), ())
+            self.assertGreater(got.count('"title"'), 1000 if not rare else 0)
+
     def test_nothing_hangs(self):
         n = 20000
         texts = {
@@ -84,6 +110,22 @@ class Structure(driver.Case):
                 self.assertLess(time.monotonic() - begin, 30)
         self.assertIn('a <?a <?', self.ok('show', self.imported(texts['instructions'])[0]))
         self.assertNotIn('\ufdd0', self.ok('show', self.imported(texts['declarations'])[0]))
+
+
+class Memory(driver.Case):
+    def test_reading_takes_less_than_thrice_what_is_made(self):
+        if any('SAN_OPTIONS' in key for key in os.environ) or b'asan' in driver.PROGRAM.encode():
+            self.skipTest('sanitizers need memory')
+        source, made = self.folder / 'in.md', self.folder / 'made.tavlin'
+        source.write_text(''.join('- [ ] item %d with **some** words\n\n  and a note of `it`\n\n' % i
+                                  for i in range(50000)))
+        self.ok('import', '-o', made, source)
+        process = subprocess.Popen([driver.PROGRAM, 'import', '--dry-run', '-f', '-o', made, source],
+                                   env=driver.ENVIRONMENT, stdout=subprocess.DEVNULL)
+        _, status, usage = os.wait4(process.pid, 0)
+        process.returncode = os.waitstatus_to_exitcode(status)
+        self.assertEqual(process.returncode, 0)
+        self.assertLess(usage.ru_maxrss * 1024, 3 * made.stat().st_size)
 
 
 class Commands(driver.Case):
