@@ -70,7 +70,7 @@ class MarkdownWriter {
  private:
   void writeItem(const OLNode& item, size_t indentation) {
     const ItemContent content = contentOfItem(item);
-    losses_.values += content.otherValues;
+    losses_.values += content.otherValues + (content.isFolded ? 1 : 0);
     // a mark that is hidden stays hidden, and whether it is set has no place
     if (!content.showsCheck && (content.isChecked || !hasMarks_)) ++losses_.values;
     if (hasNote_) out_.put('\n');

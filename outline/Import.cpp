@@ -1,9 +1,13 @@
 // tavlin import: documents from other formats.
 
+#include <unistd.h>
+
+#include <cerrno>
 #include <cstring>
 #include <filesystem>
 #include <memory>
 
+#include "exchange/ItemContent.h"
 #include "outline/Commands.h"
 #include "outline/common/Backup.h"
 #include "outline/common/Formats.h"
@@ -42,15 +46,33 @@ Imported readImported(const ImportOptions& options, const std::string& in) {
   return format->read({reinterpret_cast<const char*>(content.bytes()), content.length()});
 }
 
+/// Raises where no file could be made, or replaced.
+void checkPlace(const std::string& file) {
+  const std::filesystem::path path(file);
+  const std::string folder = path.has_parent_path() ? path.parent_path().string() : ".";
+  std::error_code error;
+  if (std::filesystem::is_directory(path, error)) throw FileFailure(file, std::strerror(EISDIR));
+  if (std::filesystem::exists(folder, error) && !std::filesystem::is_directory(folder, error)) {
+    throw FileFailure(file, std::strerror(ENOTDIR));
+  }
+  if (::access(folder.c_str(), W_OK | X_OK) != 0) throw FileFailure(file, std::strerror(errno));
+}
+
+/// What the document holds beside its items, which does not go into another one.
+uint64_t countOfDocumentValues(const OLDataManager& document) {
+  return documentProperties(document).size() + countOfOtherDocumentValues(document);
+}
+
 void writeNewDocument(const ImportOptions& options, const OLDataManager& document, Output& output) {
   const std::string& file = options.out;
   ns::FileState state;
   ns::Data old;
   if (isThere(file)) {
-    if (!options.replaces) throw FileFailure(file + ": the file is there already; see --force");
+    if (!options.replaces) throw FileFailure(file, "the file is there already; see --force");
     if (options.saving.keepsBackup) old = ns::readFile(file, state);
   }
   if (options.saving.isDryRun) {
+    checkPlace(file);
     output << outputText(file) << ": a document of " << counted(document.countOfAllItems())
            << " would be made\n";
     return;
@@ -64,9 +86,9 @@ void writeNewDocument(const ImportOptions& options, const OLDataManager& documen
       ns::writeFileAtomically(file, content, state);
     }
   } catch (const ns::FileChangedException&) {
-    throw FileFailure(file + ": another program has changed it meanwhile; nothing was written");
+    throw FileFailure(file, "another program has changed it meanwhile; nothing was written");
   } catch (const ns::FileException& exception) {
-    throw FileFailure(file + ": " + std::strerror(exception.error()));
+    throw FileFailure(file, std::strerror(exception.error()));
   }
 }
 
@@ -76,7 +98,7 @@ void addToDocument(const ImportOptions& options, const OLDataManager& imported, 
     try {
       return openDocument(options.into);
     } catch (const FileFailure& failure) {
-      throw FileFailure(options.into + ": " + failure.what());
+      throw FileFailure(options.into, failure.what());
     }
   }();
   const auto parent = [&] {
@@ -84,7 +106,7 @@ void addToDocument(const ImportOptions& options, const OLDataManager& imported, 
     try {
       return itemAtPath(*opened.document, options.under);
     } catch (const FileFailure& failure) {
-      throw FileFailure(options.into + ": " + failure.what());
+      throw FileFailure(options.into, failure.what());
     }
   }();
   const uint64_t count = imported.countOfAllItems();
@@ -100,16 +122,17 @@ void addToDocument(const ImportOptions& options, const OLDataManager& imported, 
   try {
     saveDocument(opened, options.saving);
   } catch (const FileFailure& failure) {
-    throw FileFailure(options.into + ": " + failure.what());
+    throw FileFailure(options.into, failure.what());
   }
 }
 
 int importFile(const ImportOptions& options, const std::string& in, Output& output) {
   if (!options.out.empty() && !options.replaces && isThere(options.out)) {
-    throw FileFailure(options.out + ": the file is there already; see --force");
+    throw FileFailure(options.out, "the file is there already; see --force");
   }
   Imported imported = readImported(options, in);
   if (options.out.empty()) {
+    imported.losses.values += countOfDocumentValues(*imported.document);
     addToDocument(options, *imported.document, output);
   } else {
     writeNewDocument(options, *imported.document, output);
@@ -126,6 +149,7 @@ std::string faultOf(const ImportOptions& options) {
   }
   if (options.out == "-") return "import: a document needs a file; standard output is none";
   if (options.into == "-") return "import: standard input cannot be changed";
+  if (options.replaces && options.out.empty()) return "import: --force needs -o";
   if (options.isUnderGiven && options.into.empty()) return "import: --under needs --into";
   if (options.format.empty()) {
     const Format* const format = formatOfFile(options.in);

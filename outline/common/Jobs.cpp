@@ -53,7 +53,7 @@ int workOnFile(const std::string& file, Output& output, const FileWork& work) {
   try {
     return work(file, output);
   } catch (const FileFailure& failure) {
-    report(file, failure.what());
+    report(failure.file().empty() ? file : failure.file(), failure.what());
   } catch (const OLException& exception) {
     report(file, exception.what());
   } catch (const ns::Exception& exception) {
