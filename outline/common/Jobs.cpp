@@ -75,12 +75,16 @@ JobSummary forEachFile(const std::vector<std::string>& files, const JobOptions& 
   if (processes > 1) return JobProcesses(files, processes, output, work).run();
   JobSummary summary;
   Progress progress(files.size());
+  const auto workOn = [&](const std::string& file) {
+    const FileProgress shown(file);
+    return workOnFile(file, output, work);
+  };
   for (const std::string& file : files) {
     if (options.finishesWhenInterrupted && wasInterrupted()) {
       summary.isInterrupted = true;
       break;
     }
-    summary.count(workOnFile(file, output, work));
+    summary.count(workOn(file));
     progress.step();
   }
   return summary;

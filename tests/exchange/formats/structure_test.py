@@ -2,6 +2,7 @@
 import json
 import os
 import pathlib
+import plistlib
 import random
 import subprocess
 import sys
@@ -133,7 +134,8 @@ class Memory(driver.Case):
 class Commands(driver.Case):
     def setUp(self):
         super().setUp()
-        self.document = self.save('d.tavlin', [Item('a', kids=[Item('b', kids=[Item('c')])]), Item('d')],
+        self.document = self.save('d.tavlin', [
+            Item('a', expanded=True, kids=[Item('b', expanded=True, kids=[Item('c')])]), Item('d')],
                                   {'title': 'T'})
         self.out = self.folder / 'out'
 
@@ -187,7 +189,10 @@ class Commands(driver.Case):
 
     def test_import_into(self):
         (self.folder / 'in.md').write_text('---\ntitle: other\n---\n- x\n  - y\n- z\n')
-        self.ok('import', '--into', self.document, self.folder / 'in.md')
+        result = driver.run('import', '--into', self.document, self.folder / 'in.md')
+        self.assertEqual((result.status, result.err), (
+            0, 'tavlin: %s: 1 value has no place in a document\n' % (self.folder / 'in.md')))
+        (self.folder / 'in.md').write_text('- x\n  - y\n- z\n')
         self.assertEqual(self.ok('show', '--paths', self.document),
                          '1 a\n  1.1 b\n    1.1.1 c\n2 d\n3 x\n  3.1 y\n4 z\n')
         self.ok('import', '--into', self.document, '--under', '1.1', '--backup', self.folder / 'in.md')
@@ -222,6 +227,54 @@ class Commands(driver.Case):
         self.fails('import', '-o', self.out, '--from=html', self.folder / 'in.md')
         self.fails('import', '-o', self.out, self.folder / 'none.md')
         self.assertFalse(self.out.exists())
+
+    def test_failures_name_the_file_that_is_meant(self):
+        (self.folder / 'in.md').write_text('- x\n')
+        gone, folder = self.folder / 'no' / 'x.md', self.folder / 'folder'
+        folder.mkdir()
+        for arguments, file in (
+                (('import', '-o', gone, self.folder / 'in.md'), gone),
+                (('import', '-n', '-o', gone, self.folder / 'in.md'), gone),
+                (('import', '-n', '-f', '-o', folder, self.folder / 'in.md'), folder),
+                (('import', '-n', '-o', self.folder / 'in.md' / 'x', self.folder / 'in.md'),
+                 self.folder / 'in.md' / 'x'),
+                (('import', '-o', self.document, self.folder / 'in.md'), self.document),
+                (('import', '--into', gone, self.folder / 'in.md'), gone),
+                (('import', '--into', self.document, '--under', '9', self.folder / 'in.md'), self.document),
+                (('export', '-o', gone, self.document), gone),
+                (('export', '--to=text', '-o', self.document, self.document), self.document)):
+            err = self.fails(*arguments)
+            self.assertTrue(err.startswith('tavlin: %s: ' % file), err)
+            self.assertNotIn('in.md: ' + str(self.folder), err)
+        self.assertFalse(gone.parent.exists())
+
+    def test_force_is_for_files_that_are_made(self):
+        (self.folder / 'in.md').write_text('- x\n')
+        self.fails('import', '--into', self.document, '--force', self.folder / 'in.md', says='--force needs -o')
+
+    def test_every_loss_is_counted(self):
+        folded = self.save('f.tavlin', [Item('a', kids=[Item('b', expanded=True)])])
+        for name, lost in (('text', 1), ('markdown', 1), ('opml', 0), ('html', 0), ('json', 0)):
+            self.assertEqual(self.lost('export', '--to=' + name, folded), lost, name)
+        settings = self.save('s.tavlin', [Item('a')], window='{{0, 0}, {640, 480}}')
+        for name, lost in (('text', 1), ('markdown', 1), ('opml', 1), ('html', 1), ('json', 0)):
+            self.assertEqual(self.lost('export', '--to=' + name, settings), lost, name)
+        more = self.folder / 'top.tavlin'
+        archive = plistlib.loads(pathlib.Path(self.save('t.tavlin', [Item('a')])).read_bytes())
+        archive['$top']['other'] = archive['$top']['root']
+        more.write_bytes(plistlib.dumps(archive, fmt=plistlib.FMT_BINARY))
+        for name in ('text', 'markdown', 'opml', 'html', 'json'):
+            self.assertEqual(self.lost('export', '--to=' + name, more), 1, name)
+
+    def test_what_stays_behind_is_counted(self):
+        self.ok('export', '-o', self.folder / 'd.json', self.save(
+            'p.tavlin', [Item('x')], {'title': 'T', 'authors': ['A']}, window='w'))
+        self.assertEqual(self.lost('import', '--into', self.document, self.folder / 'd.json'), 3)
+
+    def lost(self, *arguments):
+        result = driver.run(*arguments)
+        self.assertEqual(result.status, 0, result)
+        return sum(int(word) for word in result.err.split() if word.isdigit())
 
     def test_losses_are_counted_in_one_line(self):
         path = self.save('r.tavlin', [Item(driver.archives.attributed('ab', driver.archives.dictionary(
