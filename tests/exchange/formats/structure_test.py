@@ -177,7 +177,24 @@ class Commands(driver.Case):
         self.ok('export', '--to=markdown', '-o', '/dev/null', self.document)
         self.assertEqual(self.fails('export', '--to=markdown', '-o', '/dev/full', self.document).count('\n'), 1)
 
+    def test_long_names_of_options(self):
+        (self.folder / 'in').write_text('- x\n')
+        self.ok('export', '--to', 'markdown', '--output', self.out, self.document)
+        self.assertEqual(self.out.read_text(), self.ok('export', '--to=markdown', self.document))
+        made = self.folder / 'made.tavlin'
+        self.ok('import', '--from', 'markdown', '--output', made, self.folder / 'in')
+        self.fails('import', '--from=markdown', '--output=%s' % made, self.folder / 'in', says='--force')
+        self.ok('import', '--from=markdown', '--force', '--backup', '--output=%s' % made, self.folder / 'in')
+        self.assertTrue((self.folder / 'made.tavlin~').exists())
+        self.assertIn('1 item ', self.ok('import', '--from=markdown', '--dry-run', '--force', '-o', made,
+                                         self.folder / 'in'))
+
     def test_numbers(self):
+        page = self.ok('export', '--to=html', '--numbers=harvard', self.document)
+        self.assertIn('I.', page)
+        self.assertNotIn('1.1.1', page)
+        self.assertEqual(self.ok('export', '--to=html', '--numbers', self.document),
+                         self.ok('export', '--to=html', '--numbers=document', self.document))
         self.assertIn('1.1.1', self.ok('export', '--to=html', '--numbers=legal', self.document))
 
     def test_standard_input_and_output(self):
