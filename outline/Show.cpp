@@ -77,7 +77,7 @@ class OutlinePrinter {
     prepare(*tree);
     auto walk = top ? OutlineWalk::from(top) : OutlineWalk::below(tree->rootNode());
     while (walk.item()) {
-      if (walk.level() == 0) derive(branchOf(walk.item(), *tree));
+      if (walk.level() == 0) derive(top ? branchOfItem() : walk.item());
       printItem(walk);
       const bool isDeepest = options_.depth > 0 && walk.level() + 1 >= options_.depth;
       const bool isFolded = options_.followsExpansion && !walk.item()->isExpanded();
@@ -99,12 +99,10 @@ class OutlinePrinter {
     if (showsNumbers_) controller_->setNumberLabelFormat(formatOf(numbers, tree));
   }
 
-  /// The item at the top that this one is, or is below.
-  static std::shared_ptr<OLNode> branchOf(std::shared_ptr<OLNode> item, const OLTree& tree) {
-    for (auto parent = item->parent(); parent && !tree.isRoot(parent); parent = item->parent()) {
-      item = std::move(parent);
-    }
-    return item;
+  /// The item at the top that the one asked for is, or is below: by lists of children, since
+  /// parent links may say something else.
+  [[nodiscard]] std::shared_ptr<OLNode> branchOfItem() const {
+    return itemAtPath(document_, options_.item.substr(0, options_.item.find('.')));
   }
 
   /// Builds marks and labels of an item at the top and all below it, which depend on no others.
