@@ -7,6 +7,7 @@
 #include "exchange/HtmlFormat.h"
 #include "exchange/HtmlPage.h"
 #include "exchange/HtmlText.h"
+#include "exchange/ItemContent.h"
 #include "exchange/OutlineWalk.h"
 #include "exchange/PieceWriter.h"
 #include "model/OLTree.h"
@@ -62,6 +63,7 @@ class HtmlExport {
   }
 
   Losses run() {
+    losses_.values += countOfOtherDocumentValues(*source_.document);
     const std::vector<Property> properties = documentProperties(*source_.document);
     writeHead(properties);
     writeProperties(properties);

@@ -1,5 +1,6 @@
 #include "exchange/ItemContent.h"
 
+#include "platform/archive/BinaryPropertyList.h"
 #include "platform/foundation/Array.h"
 #include "platform/foundation/Dictionary.h"
 #include "platform/text/AttributedString.h"
@@ -36,6 +37,7 @@ void appendCount(std::string& text, uint64_t count, std::string_view noun, std::
 
 ItemContent contentOfItem(const OLNode& item) {
   ItemContent content;
+  content.isFolded = item.countChildren() > 0 && !item.isExpanded();
   const auto data = item.dataInPassing();
   if (!data) return content;
   for (const auto& [key, value] : data->entries()) {
@@ -97,6 +99,18 @@ uint64_t countOfOtherDocumentValues(const OLDataManager& document) {
     }
   }
   return count;
+}
+
+uint64_t countOfOtherArchiveEntries(const ns::Data& archive) {
+  const ns::BinaryPropertyList list(archive);
+  const auto top = list.object(list.topObject());
+  if (top.type != ns::BinaryPropertyList::Type::dictionary) return 0;
+  for (uint64_t i = 0; i < top.count; ++i) {
+    if (list.object(list.reference(top.bytes, i)).text() != "$top") continue;
+    const auto entries = list.object(list.reference(top.bytes, top.count + i));
+    return entries.count > 0 ? entries.count - 1 : 0;
+  }
+  return 0;
 }
 
 void setDocumentProperties(OLDataManager& document, const std::vector<Property>& properties) {

@@ -19,6 +19,7 @@ struct ItemContent {
   ns::Value note;   ///< The same.
   bool isChecked = false;
   bool showsCheck = true;
+  bool isFolded = false;     ///< Has children, and does not show them.
   uint64_t otherValues = 0;  ///< Entries of the item beside these.
 };
 
@@ -44,6 +45,9 @@ class Utf8Text {
 /// What of the document beside its items is no property, or of another kind than its key asks for:
 /// entries of the root, of the properties, elements of lists.
 [[nodiscard]] uint64_t countOfOtherDocumentValues(const OLDataManager& document);
+/// What an archive names beside its root object, which has no place but in documents.  Costs next
+/// to nothing; raises as opening the archive does.
+[[nodiscard]] uint64_t countOfOtherArchiveEntries(const ns::Data& archive);
 /// Makes them the properties of a document; none makes no dictionary.
 void setDocumentProperties(OLDataManager& document, const std::vector<Property>& properties);
 

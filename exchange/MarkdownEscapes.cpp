@@ -28,9 +28,10 @@ char32_t decoded(std::string_view bytes) {
   return value;
 }
 
-/// The same for a character at the edge of a stretch.  Readers make something else of references
-/// to some characters: an empty comment beside them is punctuation too.
-void appendEdge(std::string& out, std::string_view bytes, bool isFirst) {
+/// The same for a character at the beginning of a stretch, at its end, or at both.  Readers make
+/// something else of references to some characters: an empty comment beside them is punctuation
+/// too.
+void appendEdge(std::string& out, std::string_view bytes, bool isFirst, bool isLast) {
   constexpr std::string_view kNothing = "<!-- -->";
   const char32_t character = decoded(bytes);
   const bool hasReference =
@@ -38,7 +39,7 @@ void appendEdge(std::string& out, std::string_view bytes, bool isFirst) {
   if (hasReference) return appendReference(out, character);
   if (isFirst) out += kNothing;
   out += bytes;
-  if (!isFirst) out += kNothing;
+  if (isLast) out += kNothing;
 }
 
 size_t lengthOfFirst(std::string_view utf8) {
@@ -57,7 +58,7 @@ constexpr std::array<bool, 256> plainBytes() {
   std::array<bool, 256> plain{};
   for (size_t i = 0x80; i < plain.size(); ++i) plain[i] = true;
   for (size_t i = 0x21; i < 0x7F; ++i) plain[i] = true;
-  for (const char c : std::string_view("\\*`[]~_<&:."))
+  for (const char c : std::string_view("\\*`[]~_<&:.!"))
     plain[static_cast<unsigned char>(c)] = false;
   return plain;
 }
@@ -147,6 +148,8 @@ class Escaping {
         return isInWord() ? void(out_ += c) : escape(c);
       case '<':
         return beginsTag() ? escape(c) : void(out_ += c);
+      case '!':
+        return isCutOff() ? escape(c) : void(out_ += c);  // a link may follow
       case '&':
         return beginsReference() ? escape(c) : void(out_ += c);
       case ':':
@@ -218,9 +221,9 @@ void appendMarkdownText(std::string& out, std::string_view utf8, const MarkdownP
                         size_t indentation) {
   MarkdownPlace rest = place;
   if (place.refersToFirst && !utf8.empty()) {
-    const size_t length = lengthOfFirst(utf8);
-    appendEdge(out, utf8.substr(0, length), true);
-    utf8.remove_prefix(length);
+    const std::string_view first = utf8.substr(0, lengthOfFirst(utf8));
+    utf8.remove_prefix(first.size());
+    appendEdge(out, first, true, place.refersToLast && utf8.empty());
     rest.isAtLineStart = false;
   }
   std::string_view last;
@@ -230,7 +233,7 @@ void appendMarkdownText(std::string& out, std::string_view utf8, const MarkdownP
     rest.isLast = false;
   }
   Escaping(out, utf8, rest, indentation).run();
-  if (!last.empty()) appendEdge(out, last, false);
+  if (!last.empty()) appendEdge(out, last, false, true);
 }
 
 void appendMarkdownDestination(std::string& out, std::string_view utf8) {
@@ -266,6 +269,12 @@ char32_t firstCharacter(std::string_view utf8) {
 
 char32_t lastCharacter(std::string_view utf8) {
   return decoded(utf8.substr(utf8.size() - lengthOfLast(utf8)));
+}
+
+std::string_view textBehindFirst(std::string_view utf8) { return utf8.substr(lengthOfFirst(utf8)); }
+
+std::string_view textBeforeLast(std::string_view utf8) {
+  return utf8.substr(0, utf8.size() - lengthOfLast(utf8));
 }
 
 MarkdownEdge markdownEdgeOf(char32_t c) {

@@ -27,6 +27,9 @@ void appendMarkdownDestination(std::string& out, std::string_view utf8);
 /// The code points of the first and last characters; the text is not empty.
 [[nodiscard]] char32_t firstCharacter(std::string_view utf8);
 [[nodiscard]] char32_t lastCharacter(std::string_view utf8);
+/// The text without its first, and without its last character.
+[[nodiscard]] std::string_view textBehindFirst(std::string_view utf8);
+[[nodiscard]] std::string_view textBeforeLast(std::string_view utf8);
 
 /// What a character, as it is written, is to a delimiter beside it.  Control characters are written
 /// as references, and so are punctuation.

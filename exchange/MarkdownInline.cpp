@@ -1,9 +1,9 @@
 #include "exchange/MarkdownInline.h"
 
 #include <algorithm>
-#include <array>
 
 #include "exchange/ItemContent.h"
+#include "exchange/MarkdownCode.h"
 #include "exchange/MarkdownEscapes.h"
 
 namespace tavlin {
@@ -30,21 +30,6 @@ using Edge = MarkdownEdge;
 
 bool mayBeBlank(Edge edge) { return edge == Edge::blank || edge == Edge::unsureBlank; }
 
-/// A run of backticks that the text of a code span does not have; empty where it has all that
-/// readers know.
-std::string fenceFor(std::string_view code) {
-  constexpr size_t kLongest = 80;
-  std::array<bool, kLongest + 1> isUsed{};
-  for (size_t at = code.find('`'); at != std::string_view::npos; at = code.find('`', at)) {
-    const size_t end = std::min(code.find_first_not_of('`', at), code.size());
-    if (end - at <= kLongest) isUsed[end - at] = true;
-    at = end;
-  }
-  const auto* const unused = std::find(isUsed.begin() + 1, isUsed.end(), false);
-  return std::string(unused == isUsed.end() ? 0 : static_cast<size_t>(unused - isUsed.begin()),
-                     '`');
-}
-
 class Paragraph {
  public:
   Paragraph(std::string& out, const std::vector<MarkdownSpan>& spans, size_t indentation,
@@ -61,6 +46,7 @@ class Paragraph {
       writeGroup(i > 0 ? &groups_[i - 1] : nullptr, groups_[i],
                  i + 1 < groups_.size() ? &groups_[i + 1] : nullptr);
     }
+    losses_.attributes += waitingBreaks_;
   }
 
  private:
@@ -88,19 +74,27 @@ class Paragraph {
   }
 
   [[nodiscard]] Edge leftEdge(const Group& group) const {
-    const MarkdownSpan& span = spans_[group.begin];
-    return isCode(span) ? Edge::punctuation : markdownEdgeOf(firstCharacter(span.text));
+    const std::string_view text = spans_[group.begin].text;
+    const size_t length = text.size() - textBehindFirst(text).size();
+    return edgeOf(spans_[group.begin], text.substr(0, length));
   }
   [[nodiscard]] Edge rightEdge(const Group& group) const {
-    const MarkdownSpan& span = spans_[group.end - 1];
-    return isCode(span) ? Edge::punctuation : markdownEdgeOf(lastCharacter(span.text));
+    const std::string_view text = spans_[group.end - 1].text;
+    return edgeOf(spans_[group.end - 1], text.substr(textBeforeLast(text).size()));
   }
 
-  /// Fixed width that stands in backticks at both ends of its text.
-  static bool isCode(const MarkdownSpan& span) {
-    const std::string_view breaks("\n\r");
-    return span.style.isFixedWidth && breaks.find(span.text.front()) == std::string_view::npos &&
-           breaks.find(span.text.back()) == std::string_view::npos && !fenceFor(span.text).empty();
+  /// What the character at an end of a span is, as it is written there.
+  static Edge edgeOf(const MarkdownSpan& span, std::string_view character) {
+    if (isCodeAt(span, character)) return Edge::punctuation;
+    const Edge edge = markdownEdgeOf(firstCharacter(character));
+    // a single one may have to be a reference for the sake of the span's other end
+    return edge == Edge::letter && character == span.text ? Edge::unsure : edge;
+  }
+
+  /// Whether a character at an end of a span stands in backticks.
+  static bool isCodeAt(const MarkdownSpan& span, std::string_view character) {
+    return span.style.isFixedWidth && character != "\n" && character != "\r" &&
+           !markdownFenceFor(span.text).empty();
   }
 
   static bool isDelimited(const Group& group) {
@@ -191,7 +185,9 @@ class Paragraph {
     if (group.isStruckOut && (closesLink || !after->isStruckOut)) out_ += "~~";
     if (closesLink && !group.link->empty()) {
       out_ += "](";
-      appendMarkdownDestination(out_, utf8_.of(*group.link, losses_));
+      const std::string_view link = utf8_.of(*group.link, losses_);
+      losses_.characters += static_cast<uint64_t>(std::count(link.begin(), link.end(), '\0'));
+      appendMarkdownDestination(out_, link);
       out_ += ')';
     }
   }
@@ -206,6 +202,8 @@ class Paragraph {
     if (span.style.isFixedWidth) {
       writeCode(span.text, place);
     } else {
+      const bool isBreak = span.text.find_first_not_of('\n') == std::string_view::npos;
+      if (!isBreak || place.refersToFirst || place.refersToLast) endBreaks(false);
       appendMarkdownText(out_, span.text, place, indentation_);
     }
   }
@@ -218,8 +216,9 @@ class Paragraph {
 
   /// Code spans, between them what none can hold.
   void writeCode(std::string_view text, const MarkdownPlace& place) {
-    const std::string fence = fenceFor(text);
+    const std::string fence = markdownFenceFor(text);
     if (fence.empty()) {
+      endBreaks(false);
       ++losses_.attributes;
       return appendMarkdownText(out_, text, place, indentation_);
     }
@@ -227,7 +226,8 @@ class Paragraph {
       const size_t begin = at;
       at = std::min(text.find_first_of("\n\r", begin), text.size());
       if (at > begin) {
-        writeCodeSpan(text.substr(begin, at - begin), fence);
+        endBreaks(true);
+        appendMarkdownCode(out_, text.substr(begin, at - begin), fence);
         continue;
       }
       MarkdownPlace between;
@@ -236,20 +236,22 @@ class Paragraph {
       between.isLast = place.isLast && at == text.size();
       between.refersToFirst = place.refersToFirst && begin == 0;
       between.refersToLast = place.refersToLast && at == text.size();
-      appendMarkdownText(out_, text.substr(begin, at - begin), between, indentation_);
+      const std::string_view breaks = text.substr(begin, at - begin);
+      ++waitingBreaks_;
+      if (between.isLast || between.refersToFirst || between.refersToLast ||
+          breaks.find('\r') != std::string_view::npos) {
+        endBreaks(false);
+      }
+      appendMarkdownText(out_, breaks, between, indentation_);
     }
   }
 
-  void writeCodeSpan(std::string_view code, const std::string& fence) {
-    // readers take one blank away at both ends where there are two and anything between them
-    const bool isBlank = code.find_first_not_of(' ') == std::string_view::npos;
-    const bool hasBlanks = code.starts_with(' ') && code.ends_with(' ') && !isBlank;
-    const bool isPadded = hasBlanks || code.starts_with('`') || code.ends_with('`');
-    out_ += fence;
-    if (isPadded) out_ += ' ';
-    out_ += code;
-    if (isPadded) out_ += ' ';
-    out_ += fence;
+  /// Something else than a line break follows.  Breaks of fixed width come back as such only
+  /// between code spans.
+  void endBreaks(bool isCode) {
+    if (!isCode || !isBehindCode_) losses_.attributes += waitingBreaks_;
+    waitingBreaks_ = 0;
+    isBehindCode_ = isCode;
   }
 
   std::string& out_;
@@ -258,6 +260,8 @@ class Paragraph {
   Losses& losses_;
   Utf8Text utf8_;
   std::vector<Group> groups_;
+  uint64_t waitingBreaks_ = 0;  // of fixed width, that nothing has followed yet
+  bool isBehindCode_ = false;   // but for breaks
 };
 
 }  // namespace

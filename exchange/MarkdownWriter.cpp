@@ -70,7 +70,7 @@ class MarkdownWriter {
  private:
   void writeItem(const OLNode& item, size_t indentation) {
     const ItemContent content = contentOfItem(item);
-    losses_.values += content.otherValues;
+    losses_.values += content.otherValues + (content.isFolded ? 1 : 0);
     // a mark that is hidden stays hidden, and whether it is set has no place
     if (!content.showsCheck && (content.isChecked || !hasMarks_)) ++losses_.values;
     if (hasNote_) out_.put('\n');
@@ -103,8 +103,20 @@ class MarkdownWriter {
       out_.put('\n');
       out_.repeat(" ", indentation);
       writeParagraph(begin, end, indentation);
+      if (!isLast && !isLookKept(end)) ++losses_.attributes;
       begin = isLast ? end : end + 2;
     }
+  }
+
+  /// Whether the line feeds that part paragraphs have no look but what importing gives them.
+  [[nodiscard]] bool isLookKept(size_t end) const {
+    if (looks_.empty()) return true;
+    const TextStyle given = commonStyle(lookAt(end - 1), lookAt(end + 2));
+    return commonStyle(lookAt(end), given) == lookAt(end) &&
+           commonStyle(lookAt(end + 1), given) == lookAt(end + 1);
+  }
+  [[nodiscard]] const TextStyle& lookAt(size_t index) const {
+    return std::ranges::upper_bound(looks_, index, {}, &Look::end)->style;
   }
 
   /// Takes over a title or note: its text, and what has a look of its own.

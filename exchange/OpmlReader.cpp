@@ -1,9 +1,6 @@
 #include <expat.h>
-#include <iconv.h>
 
 #include <algorithm>
-#include <cerrno>
-#include <charconv>
 #include <exception>
 #include <memory>
 #include <string>
@@ -11,9 +8,10 @@
 #include <vector>
 
 #include "exchange/ItemContent.h"
+#include "exchange/OpmlExpansion.h"
 #include "exchange/OpmlFormat.h"
 #include "exchange/OutlineMaking.h"
-#include "exchange/OutlineWalk.h"
+#include "exchange/TextEncoding.h"
 
 namespace tavlin {
 
@@ -23,33 +21,6 @@ constexpr char kNamespaceEnd = '\n';  // parts a namespace from a name; no names
 
 bool isBlank(std::string_view text) {
   return text.find_first_not_of(" \t\r\n") == std::string_view::npos;
-}
-
-/// The numbers of an <expansionState>, ascending; what is no number is passed over.
-std::vector<uint64_t> lineNumbers(std::string_view text) {
-  std::vector<uint64_t> lines;
-  const char* at = text.data();
-  const char* const end = at + text.size();
-  while (at < end) {
-    uint64_t line = 0;
-    const auto [next, error] = std::from_chars(at, end, line);
-    if (error == std::errc()) lines.push_back(line);
-    at = next == at ? at + 1 : next;
-  }
-  std::sort(lines.begin(), lines.end());
-  return lines;
-}
-
-void expand(const std::shared_ptr<OLNode>& root, const std::vector<uint64_t>& lines) {
-  uint64_t line = 0;
-  auto next = lines.begin();
-  for (auto walk = OutlineWalk::below(root); walk.item() && next != lines.end();) {
-    ++line;
-    next = std::lower_bound(next, lines.end(), line);
-    const bool isExpanded = next != lines.end() && *next == line;
-    if (isExpanded) walk.item()->setIsExpanded(true);
-    walk.next(isExpanded);
-  }
 }
 
 /// Raised from within for an encoding that the parser does not know.
@@ -89,7 +60,7 @@ class OpmlReader {
     }
     setDocumentProperties(making_.document(), properties_);
     if (hasExpansion_) {
-      expand(making_.root(), expansion_);
+      expandOpmlLines(making_.root(), expansion_);
     } else {
       making_.expandAll();
     }
@@ -282,7 +253,7 @@ class OpmlReader {
     if (element == Element::owner) addProperty("authors");
     if (element == Element::expansion) {
       hasExpansion_ = true;
-      expansion_ = lineNumbers(elementText_);
+      expansion_ = opmlLineNumbers(elementText_);
     }
     elementText_.clear();
   }
@@ -334,41 +305,13 @@ class OpmlReader {
   std::exception_ptr exception_;
 };
 
-/// Bytes in an encoding that the system knows by that name, as UTF-8.
-std::string converted(std::string_view content, const std::string& encoding) {
-  const bool isName = std::ranges::all_of(encoding, [](char c) {
-    return std::string_view("-_.:()").find(c) != std::string_view::npos || (c >= '0' && c <= '9') ||
-           (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z');
-  });
-  const iconv_t conversion = isName ? iconv_open("UTF-8", encoding.c_str()) : iconv_t(-1);
-  if (conversion == iconv_t(-1)) {
-    throw ExchangeException("line 1: unknown encoding \"" + encoding.substr(0, 40) + "\"");
-  }
-  const std::unique_ptr<void, int (*)(iconv_t)> closing(conversion, iconv_close);
-  std::string text;
-  std::string piece(size_t{64} << 10, '\0');
-  char* in = const_cast<char*>(content.data());  // which iconv does not change
-  size_t left = content.size();
-  while (true) {
-    char* out = piece.data();
-    size_t room = piece.size();
-    const size_t result = iconv(conversion, left > 0 ? &in : nullptr, &left, &out, &room);
-    text.append(piece.data(), piece.size() - room);
-    if (result != size_t(-1)) {
-      if (left == 0 && room == piece.size()) return text;
-      continue;
-    }
-    if (errno != E2BIG) throw ExchangeException("text that is not in its encoding, " + encoding);
-  }
-}
-
 }  // namespace
 
 Imported importOpml(std::string_view content) {
   try {
     return OpmlReader(nullptr).read(content);
   } catch (const UnknownEncoding& unknown) {
-    return OpmlReader("UTF-8").read(converted(content, unknown.name));
+    return OpmlReader("UTF-8").read(utf8OfEncoded(content, unknown.name));
   }
 }
 

@@ -20,8 +20,8 @@ class TextWriter {
 
   void writeItem(const OLNode& item, size_t level) {
     const ItemContent content = contentOfItem(item);
-    losses.values +=
-        content.otherValues + (content.isChecked ? 1 : 0) + (content.showsCheck ? 0 : 1);
+    losses.values += content.otherValues + (content.isChecked ? 1 : 0) +
+                     (content.showsCheck ? 0 : 1) + (content.isFolded ? 1 : 0);
     losses.attributes += countOfAttributes(content.title) + countOfAttributes(content.note);
     writeTitle(utf8_.of(content.title, losses), level);
     writeNote(utf8_.of(content.note, losses), level + 1);

@@ -7,6 +7,7 @@
 #include <memory>
 #include <optional>
 
+#include "exchange/ItemContent.h"
 #include "model/runtime/OLNumberLabelFormats.h"
 #include "outline/Commands.h"
 #include "outline/common/ArgumentErrors.h"
@@ -45,7 +46,7 @@ Losses writeThrough(const std::string& file, const Format& format, const ExportS
   std::ofstream stream(file, std::ios::binary);
   const auto write = [&](std::string_view piece) {
     stream.write(piece.data(), static_cast<std::streamsize>(piece.size()));
-    if (!stream) throw FileFailure(file + ": it cannot be written");
+    if (!stream) throw FileFailure(file, "it cannot be written");
   };
   if (!stream) write("");
   const Losses losses = format.write(source, numbers, write);
@@ -64,7 +65,7 @@ Losses replaceFile(const std::string& file, const Format& format, const ExportSo
   try {
     ns::writeFileAtomically(file, pieces);
   } catch (const ns::FileException& exception) {
-    throw FileFailure(file + ": " + std::strerror(exception.error()));
+    throw FileFailure(file, std::strerror(exception.error()));
   }
   return losses;
 }
@@ -92,7 +93,7 @@ int exportDocument(const ExportOptions& options, const std::string& file, Output
   const Format* const format =
       options.format.empty() ? formatOfFile(options.out) : formatNamed(options.format);
   if (options.out != "-" && file != "-" && areOneFile(file, options.out)) {
-    throw FileFailure("the document itself would be replaced");
+    throw FileFailure(options.out, "the document itself would be replaced");
   }
   const OpenDocument opened = openDocument(file);
   ExportSource source{opened.document, nullptr};
@@ -108,6 +109,7 @@ int exportDocument(const ExportOptions& options, const std::string& file, Output
     losses = replaceFile(options.out, *format, source, numbers);
   }
   output.flush();
+  losses.values += countOfOtherArchiveEntries(opened.content);
   reportLosses(file, losses, format->name, " of text");
   return kDone;
 }

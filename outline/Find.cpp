@@ -157,11 +157,15 @@ void addFind(CLI::App& table, Action& action) {
       ->add_flag("--unchecked", options->isUnchecked,
                  localized("Only items that show a mark that is not set"))
       ->excludes(checked);
-  command->add_flag("-l,--files-with-matches", options->listsFiles,
-                    localized("Print only the names of files with a match"));
-  command->add_flag("-c,--count", options->counts,
-                    localized("Print only how many items of each file match"));
-  command->add_flag("--json", options->isJson, localized("A JSON value for each match"));
+  CLI::Option* const lists =
+      command->add_flag("-l,--files-with-matches", options->listsFiles,
+                        localized("Print only the names of files with a match"));
+  CLI::Option* const counts = command->add_flag(
+      "-c,--count", options->counts, localized("Print only how many items of each file match"));
+  counts->excludes(lists);
+  command->add_flag("--json", options->isJson, localized("A JSON value for each match"))
+      ->excludes(lists)
+      ->excludes(counts);
   addColoring(*command, options->coloring);
   command->add_option("PATTERN", options->pattern, localized("A regular expression (RE2)"))
       ->required()

@@ -1,10 +1,14 @@
 // tavlin import: documents from other formats.
 
+#include <unistd.h>
+
+#include <cerrno>
 #include <cstring>
 #include <filesystem>
 #include <memory>
 #include <optional>
 
+#include "exchange/ItemContent.h"
 #include "outline/Commands.h"
 #include "outline/common/Backup.h"
 #include "outline/common/Formats.h"
@@ -43,19 +47,24 @@ Imported readImported(const ImportOptions& options, const std::string& in) {
   return format->read({reinterpret_cast<const char*>(content.bytes()), content.length()});
 }
 
+/// What the document holds beside its items, which does not go into another one.
+uint64_t countOfDocumentValues(const OLDataManager& document) {
+  return documentProperties(document).size() + countOfOtherDocumentValues(document);
+}
+
 void writeNewDocument(const ImportOptions& options, const OLDataManager& document, Output& output) {
   const std::string& file = options.out;
   ns::FileState state;
   ns::Data old;
   if (isThere(file)) {
-    if (!options.replaces) throw FileFailure(file + ": the file is there already; see --force");
+    if (!options.replaces) throw FileFailure(file, "the file is there already; see --force");
     if (options.saving.keepsBackup) old = ns::readFile(file, state);
   }
   if (options.saving.isDryRun) {
     try {
       checkFileCanBeMade(file);
     } catch (const FileFailure& failure) {
-      throw FileFailure(file + ": " + failure.what());
+      throw FileFailure(file, failure.what());
     }
     output << outputText(file) << ": a document of " << counted(document.countOfAllItems())
            << " would be made\n";
@@ -72,9 +81,9 @@ void writeNewDocument(const ImportOptions& options, const OLDataManager& documen
     }
     if (backup) backup->keep();
   } catch (const ns::FileChangedException&) {
-    throw FileFailure(file + ": another program has changed it meanwhile; nothing was written");
+    throw FileFailure(file, "another program has changed it meanwhile; nothing was written");
   } catch (const ns::FileException& exception) {
-    throw FileFailure(file + ": " + std::strerror(exception.error()));
+    throw FileFailure(file, std::strerror(exception.error()));
   }
 }
 
@@ -84,7 +93,7 @@ void addToDocument(const ImportOptions& options, const OLDataManager& imported, 
     try {
       return openDocument(options.into);
     } catch (const FileFailure& failure) {
-      throw FileFailure(options.into + ": " + failure.what());
+      throw FileFailure(options.into, failure.what());
     }
   }();
   const auto parent = [&] {
@@ -92,7 +101,7 @@ void addToDocument(const ImportOptions& options, const OLDataManager& imported, 
     try {
       return itemAtPath(*opened.document, options.under);
     } catch (const FileFailure& failure) {
-      throw FileFailure(options.into + ": " + failure.what());
+      throw FileFailure(options.into, failure.what());
     }
   }();
   const uint64_t count = imported.countOfAllItems();
@@ -108,16 +117,17 @@ void addToDocument(const ImportOptions& options, const OLDataManager& imported, 
   try {
     saveDocument(opened, options.saving);
   } catch (const FileFailure& failure) {
-    throw FileFailure(options.into + ": " + failure.what());
+    throw FileFailure(options.into, failure.what());
   }
 }
 
 int importFile(const ImportOptions& options, const std::string& in, Output& output) {
   if (!options.out.empty() && !options.replaces && isThere(options.out)) {
-    throw FileFailure(options.out + ": the file is there already; see --force");
+    throw FileFailure(options.out, "the file is there already; see --force");
   }
   Imported imported = readImported(options, in);
   if (options.out.empty()) {
+    imported.losses.values += countOfDocumentValues(*imported.document);
     addToDocument(options, *imported.document, output);
   } else {
     writeNewDocument(options, *imported.document, output);
@@ -134,6 +144,7 @@ std::string faultOf(const ImportOptions& options) {
   }
   if (options.out == "-") return "import: a document needs a file; standard output is none";
   if (options.into == "-") return "import: standard input cannot be changed";
+  if (options.replaces && options.out.empty()) return "import: --force needs -o";
   if (options.isUnderGiven && options.into.empty()) return "import: --under needs --into";
   if (options.format.empty()) {
     const Format* const format = formatOfFile(options.in);

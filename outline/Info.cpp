@@ -53,16 +53,19 @@ void printText(const OpenDocument& opened, const OutlineStatistics& statistics, 
 
 int info(const InfoOptions& options) {
   const DocumentArguments documents = documentsOfArguments(options.arguments);
-  Output output(Output::toStandardOutput);
+  bool isFirst = true;
+  Output output([&isFirst](std::string_view piece) {
+    if (isFirst && piece.starts_with('\n')) piece.remove_prefix(1);
+    isFirst = false;
+    Output::toStandardOutput(piece);
+  });
   const bool hasHeads = documents.files.size() > 1 && !options.isJson;
   const auto infoOfFile = [&](const std::string& file, Output& out) {
     const OpenDocument opened = openDocument(file);
     const OutlineStatistics statistics =
         outlineStatistics(*opened.document->treeController()->tree());
-    if (hasHeads) {
-      if (file != documents.files.front()) out << "\n";
-      out << outputText(file) << ":\n";
-    }
+    // the first that can be read has no empty line above it, which only the output knows
+    if (hasHeads) out << "\n" + outputText(file) + ":\n";
     options.isJson ? printJson(opened, statistics, out) : printText(opened, statistics, out);
     return kDone;
   };

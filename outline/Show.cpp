@@ -46,11 +46,26 @@ const char* markOf(OLRuntimeCheckState state) {
   return "   ";
 }
 
-/// Prints one document.
+/// Whether any item may have a mark, as the bytes of the document tell without a look at items.
+bool mayHaveMarks(std::string_view archive) {
+  if (!archive.starts_with("bplist00")) return true;  // others may write the key in other ways
+  constexpr std::string_view kBegin = "check";        // of "checkStatus"
+  constexpr std::string_view kWideBegin{"\0c\0h\0e\0c\0k\0", 11};
+  for (size_t at = archive.find('S'); at != std::string_view::npos;
+       at = archive.find('S', at + 1)) {
+    const std::string_view before = archive.substr(0, at);
+    if (before.ends_with(kBegin) || before.ends_with(kWideBegin)) return true;
+  }
+  return false;
+}
+
+/// Prints one document, from its first item on at once: marks and labels are derived branch by
+/// branch.
 class OutlinePrinter {
  public:
-  OutlinePrinter(const OLDataManager& document, const ShowOptions& options, Output& output)
-      : document_(document),
+  OutlinePrinter(const OpenDocument& opened, const ShowOptions& options, Output& output)
+      : document_(*opened.document),
+        archive_(opened.content.view()),
         options_(options),
         output_(output),
         style_(usesColors(options.coloring)) {}
@@ -59,9 +74,10 @@ class OutlinePrinter {
     const auto& tree = document_.treeController()->tree();
     const std::shared_ptr<OLNode> top =
         options_.item ? itemAtPath(document_, *options_.item) : nullptr;
-    derive(*tree);
+    prepare(*tree);
     auto walk = top ? OutlineWalk::from(top) : OutlineWalk::below(tree->rootNode());
     while (walk.item()) {
+      if (walk.level() == 0) derive(top ? branchOfItem() : walk.item());
       printItem(walk);
       const bool isDeepest = options_.depth > 0 && walk.level() + 1 >= options_.depth;
       const bool isFolded = options_.followsExpansion && !walk.item()->isExpanded();
@@ -70,18 +86,29 @@ class OutlinePrinter {
   }
 
  private:
-  /// Builds what is shown of marks and labels.
-  void derive(const OLTree& tree) {
+  /// Decides what is shown of marks and labels.
+  void prepare(const OLTree& tree) {
     const auto checks = static_cast<Checks>(options_.checks);
     showsChecks_ =
-        checks == Checks::always || (checks == Checks::automatic && hasShownCheckedItem(tree));
+        checks == Checks::always ||
+        (checks == Checks::automatic && mayHaveMarks(archive_) && hasShownCheckedItem(tree));
     const auto numbers = static_cast<Numbers>(options_.numbers);
-    if (!showsChecks_ && numbers == Numbers::none) return;
+    showsNumbers_ = numbers != Numbers::none;
+    if (!showsChecks_ && !showsNumbers_) return;
     controller_ = derivingController(document_);
-    if (showsChecks_) controller_->buildRuntimeCheckState();
-    if (numbers == Numbers::none) return;
-    controller_->setNumberLabelFormat(formatOf(numbers, tree));
-    controller_->buildRuntimeNumberLabel();
+    if (showsNumbers_) controller_->setNumberLabelFormat(formatOf(numbers, tree));
+  }
+
+  /// The item at the top that the one asked for is, or is below: by lists of children, since
+  /// parent links may say something else.
+  [[nodiscard]] std::shared_ptr<OLNode> branchOfItem() const {
+    return itemAtPath(document_, options_.item->substr(0, options_.item->find('.')));
+  }
+
+  /// Builds marks and labels of an item at the top and all below it, which depend on no others.
+  void derive(const std::shared_ptr<OLNode>& branch) {
+    if (showsChecks_) controller_->buildRuntimeCheckStateByItem(branch);
+    if (showsNumbers_) controller_->buildRuntimeNumberLabelByItem(branch);
   }
 
   static std::shared_ptr<OLNumberLabelFormat> formatOf(Numbers numbers, const OLTree& tree) {
@@ -99,7 +126,7 @@ class OutlinePrinter {
       head += ' ';
     }
     if (options_.showsPaths) head += walk.path() + " ";
-    if (static_cast<Numbers>(options_.numbers) != Numbers::none) {
+    if (showsNumbers_) {
       const ns::Value label = OLTreeRuntimeAttributesController::numberLabelByItem(item);
       if (label.isString()) head += outputText(label.string().utf8()) + " ";
     }
@@ -125,10 +152,12 @@ class OutlinePrinter {
   }
 
   const OLDataManager& document_;
+  std::string_view archive_;
   const ShowOptions& options_;
   Output& output_;
   StyledText style_;
   bool showsChecks_ = false;
+  bool showsNumbers_ = false;
   std::shared_ptr<OLTreeRuntimeAttributesController> controller_;
   std::string line_;
 };
@@ -145,7 +174,7 @@ int show(const ShowOptions& options) {
         out << outputText(name) << ":\n";
       }
       isFirst = false;
-      OutlinePrinter(*opened.document, options, out).print();
+      OutlinePrinter(opened, options, out).print();
       return kDone;
     };
     status = std::max(status, forEachFile({file}, {.count = 1}, output, showFile).status());

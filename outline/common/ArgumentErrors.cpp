@@ -5,6 +5,7 @@
 #include <numeric>
 
 #include "outline/common/Messages.h"
+#include "outline/common/ParserMessages.h"
 
 namespace tavlin {
 
@@ -181,7 +182,7 @@ std::string errorMessage(const CLI::App& command, const CLI::ParseError& error) 
     return unknown(localized("unknown option"), rest.substr(0, rest.find('=')),
                    optionNames(command));
   }
-  return error.what();
+  return localizedParserMessage(error.what());
 }
 
 std::string unwantedValueMessage(const std::string& option) {

@@ -15,6 +15,14 @@ namespace tavlin {
 class FileFailure : public std::runtime_error {
  public:
   using std::runtime_error::runtime_error;
+  /// The same of another file than the one that is worked on.
+  FileFailure(std::string file, const std::string& reason)
+      : std::runtime_error(reason), file_(std::move(file)) {}
+  /// That file; empty where it is the one that is worked on.
+  [[nodiscard]] const std::string& file() const { return file_; }
+
+ private:
+  std::string file_;
 };
 
 /// A document and the file that it was read from.

@@ -53,7 +53,7 @@ int workOnFile(const std::string& file, Output& output, const FileWork& work) {
   try {
     return work(file, output);
   } catch (const FileFailure& failure) {
-    report(file, failure.what());
+    report(failure.file().empty() ? file : failure.file(), failure.what());
   } catch (const OLException& exception) {
     report(file, exception.what());
   } catch (const ns::Exception& exception) {
@@ -75,12 +75,16 @@ JobSummary forEachFile(const std::vector<std::string>& files, const JobOptions& 
   if (processes > 1) return JobProcesses(files, processes, output, work).run();
   JobSummary summary;
   Progress progress(files.size());
+  const auto workOn = [&](const std::string& file) {
+    const FileProgress shown(file);
+    return workOnFile(file, output, work);
+  };
   for (const std::string& file : files) {
     if (options.finishesWhenInterrupted && wasInterrupted()) {
       summary.isInterrupted = true;
       break;
     }
-    summary.count(workOnFile(file, output, work));
+    summary.count(workOn(file));
     progress.step();
   }
   return summary;

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cerrno>
 
+#include "outline/common/Progress.h"
 #include "outline/common/TerminalText.h"
 #include "platform/archive/Bundle.h"
 
@@ -18,6 +19,7 @@ MessageSink& messageSink() {
 }
 
 void toStandardError(std::string_view line) {
+  clearProgress();
   while (!line.empty()) {
     const ssize_t written = ::write(STDERR_FILENO, line.data(), line.size());
     if (written < 0 && errno == EINTR) continue;

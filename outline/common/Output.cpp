@@ -5,6 +5,8 @@
 #include <cerrno>
 #include <cstring>
 
+#include "outline/common/Progress.h"
+
 namespace tavlin {
 
 namespace {
@@ -28,6 +30,7 @@ void Output::flush() {
 }
 
 void Output::toStandardOutput(std::string_view piece) {
+  clearProgress();
   while (!piece.empty()) {
     const ssize_t written = ::write(STDOUT_FILENO, piece.data(), piece.size());
     if (written < 0 && errno == EINTR) continue;

@@ -157,10 +157,12 @@ ArchiveAdditions::Target ArchiveAdditions::targetOfContainer(const Value& value,
                                                              int depth) {
   const auto known = containers_.find(value.body().get());
   if (known != containers_.end()) return known->second;
-  // what others refer to, too, stays theirs with everything in it
-  const Old own{old.number, old.mayGo && !archive_.isShared(old.number)};
+  // what others refer to, too, stays theirs with everything in it, and is one value at most
+  Old own{old.number, old.mayGo && !archive_.isShared(old.number)};
+  if (unchanged_.contains(old.number)) own = {};
   const Target target = value.isArray() ? targetOfArray(value.array(), own, depth)
                                         : targetOfDictionary(value.dictionary(), own, depth);
+  if (!target.isNew) unchanged_.insert(target.id);
   containers_.emplace(value.body().get(), target);
   return target;
 }

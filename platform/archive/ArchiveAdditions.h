@@ -4,6 +4,7 @@
 #include <optional>
 #include <string>
 #include <unordered_map>
+#include <unordered_set>
 #include <utility>
 #include <vector>
 
@@ -95,6 +96,7 @@ class ArchiveAdditions {
   std::vector<std::pair<const ClassInfo*, Target>> classes_;
   // of the value; one that it mentions twice is one object
   std::unordered_map<const ValueBody*, Target> containers_;
+  std::unordered_set<uint32_t> unchanged_;  // containers of the archive that values are equal to
 };
 
 }  // namespace ns

@@ -73,6 +73,17 @@ class Find(driver.Case):
         empty = json.loads(self.ok('find', '--json', 'x*', self.save('k.tavlin', [Item('éx')])))
         self.assertEqual(empty['matches'], [[0, 0], [2, 3], [3, 3]])
 
+    def test_forms_of_output_exclude_each_other(self):
+        for options in (('-l', '--json'), ('-c', '--json'), ('-l', '-c'), ('--json', '--count')):
+            self.assertIn('excludes', self.fails('find', *options, 'a', self.file))
+
+    def test_long_names_of_options(self):
+        for short, long in (('-i', '--ignore-case'), ('-F', '--fixed-strings'), ('-w', '--word-regexp'),
+                            ('-l', '--files-with-matches'), ('-c', '--count'), ('-j2', '--jobs=2')):
+            for pattern in ('A.B', 'a.b', 'nes'):
+                self.assertEqual(repr(run('find', short, pattern, self.file)),
+                                 repr(run('find', long, pattern, self.file)))
+
     def test_patterns_that_are_none(self):
         for pattern in ('(', '[a', '*a', r'(a)\1', '(?=a)', '(?<!x)a'):
             self.assertEqual(self.fails('find', pattern, self.file).count('\n'), 1)

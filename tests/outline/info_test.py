@@ -69,6 +69,21 @@ bytes:          %d
         self.assertTrue(text.startswith(a + ':\nitems:'), text)
         self.assertIn('\n\n' + b + ':\nitems:', text)
 
+    def test_one_that_cannot_be_read_leaves_no_empty_line(self):
+        a, b, gone = self.save('a.tavlin', []), self.save('b.tavlin', []), self.folder / 'gone.tavlin'
+        for jobs in ('-j1', '-j3'):
+            result = driver.run('info', jobs, gone, a, gone, b)
+            self.assertEqual(result.status, 2)
+            self.assertTrue(result.out.startswith(a + ':\nitems:'), result)
+            self.assertEqual(result.out.count('\n\n'), 1)
+            self.assertIn('\n\n' + b + ':\n', result.out)
+
+    def test_jobs_and_colors(self):
+        files = [self.save('%d.tavlin' % i, [Item('x')]) for i in range(9)]
+        one = self.ok('info', '-j', '1', *files)
+        for more in (['--jobs=4'], ['-j4'], ['--color=never'], ['--color', 'always']):
+            self.assertEqual(self.ok('info', *more, *files), one)
+
     def test_a_terminal_obeys_nothing(self):
         file = self.save('t.tavlin', [], {'title': '\x1b[31m'})
         self.assertIn(b'title:          \\x1b[31m\n', driver.on_terminal('info', file)[1])

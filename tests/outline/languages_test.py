@@ -171,6 +171,22 @@ class Languages(driver.Case):
             self.assertEqual(self.fails('shwo', environment=in_language(language)),
                              'tavlin: ' + message + '\n')
 
+    def test_what_the_parser_says_is_in_the_language(self):
+        for arguments, german, japanese in (
+                (('show',), 'FILE fehlt', 'FILE が必要です'),
+                (('show', '--depth=0', 'x'), '--depth: 0 liegt nicht zwischen 1 und', '--depth: 0 は 1 から'),
+                (('show', '--checks=%2', 'x'), '--checks: %2 ist keines von {auto,always,never}',
+                 '--checks: %2 は {auto,always,never}'),
+                (('show', '--depth'), '--depth: N fehlt', '--depth: N が必要です'),
+                (('show', '--depth=1', '--depth=2', 'x'), '--depth: höchstens 1-mal', '--depth: 指定できるのは'),
+                (('find', '-l', '--json', 'x', 'y'), '--files-with-matches schließt --json aus',
+                 '--files-with-matches と --json'),
+                (('export', '--to=text', 'a', 'b'), 'überzähliges Argument: b', '余分な引数: b'),
+                (('info', '--json=x', 'y'), 'json nimmt keinen Wert', 'json に値は'),
+                (('keywords',), 'ein Befehl fehlt', 'コマンドが必要です')):
+            for language, text in (('de', german), ('ja', japanese)):
+                self.assertIn('tavlin: ' + text, self.fails(*arguments, environment=in_language(language)))
+
     def test_english(self):
         english = self.ok('show', '--help', environment={'LC_ALL': 'C.UTF-8'})
         self.assertTrue(english.startswith(

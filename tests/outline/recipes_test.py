@@ -3,6 +3,7 @@ import json
 import os
 import pathlib
 import shlex
+import shutil
 import subprocess
 
 import changing
@@ -29,15 +30,27 @@ def recipes():
 
 
 class Recipes(changing.Case):
-    def cook(self, start, change=None):
+    def cook(self, start, change=None, says=lambda err: err == ''):
         """Runs the recipe that begins so, or what a function makes of it."""
         block, = [x for x in recipes() if x.startswith(start)]
         block = change(block) if change else block
-        path = os.path.dirname(driver.PROGRAM) + ':' + driver.ENVIRONMENT['PATH']
-        done = subprocess.run(['bash', '-eu', '-c', block], cwd=self.folder, capture_output=True,
-                              env={**driver.ENVIRONMENT, 'PATH': path, 'HOME': str(self.folder)}, text=True, timeout=60)
-        self.assertEqual((done.returncode, done.stderr), (0, ''), block)
+        path = ':'.join([str(self.folder / 'bin'), os.path.dirname(driver.PROGRAM),
+                         driver.ENVIRONMENT['PATH']])
+        done = subprocess.run(['bash', '-eu', '-o', 'pipefail', '-c', block], cwd=self.folder,
+                              env={**driver.ENVIRONMENT, 'PATH': path, 'HOME': str(self.folder),
+                                   'GIT_PAGER': 'cat', 'GIT_CONFIG_GLOBAL': os.devnull,
+                                   'GIT_CONFIG_NOSYSTEM': '1'},
+                              capture_output=True, text=True, timeout=120)
+        self.assertEqual(done.returncode, 0, (block, done.stderr))
+        self.assertTrue(says(done.stderr), (block, done.stderr))
         return done.stdout
+
+    def needs(self, tool):
+        """The place of a tool; the test is skipped where there is none."""
+        place = shutil.which(tool)
+        if not place:
+            self.skipTest(tool + ' is not there')
+        return place
 
     def titles(self, name):
         return ['%s %s' % (x.path, x.title) for x in documents.Document(self.folder / name).items]
@@ -112,8 +125,62 @@ class Recipes(changing.Case):
         self.assertEqual(self.titles('returned.tavlin'),
                          ['1 Spring', '1.1 Sow', '1.2 Weeds', '1.2.1 thistles', '2 Summer'])
 
+    def test_search_with_rg(self):
+        self.needs('rg')
+        self.save('Garden/beds.tavlin', [Item('Weeds', kids=[Item('Pull Thistles')])])
+        self.save('Garden/old/a b.tavlin', [Item('x', note='no thistle')])
+        self.save('Garden/none.tavlin', [Item('roses')])
+        (self.folder / 'Garden/plain.txt').write_text('a thistle\n')
+        self.assertEqual(sorted(self.cook('printf').splitlines()),
+                         ['Garden/beds.tavlin:  1.1 Pull Thistles', 'Garden/old/a b.tavlin:    no thistle',
+                          'Garden/plain.txt:a thistle'])
+
+    def test_differences_in_git(self):
+        git = [self.needs('git'), '-C', self.folder, '-c', 'user.name=A', '-c', 'user.email=a@b.c']
+        environment = {**driver.ENVIRONMENT, 'GIT_CONFIG_GLOBAL': os.devnull, 'GIT_CONFIG_NOSYSTEM': '1'}
+        file = self.save('todo.tavlin', [Item('milk'), Item('bread', checked=False)])
+        for arguments in (['init', '-q'], ['add', 'todo.tavlin'], ['commit', '-q', '-m', 'first']):
+            subprocess.run([*git, *arguments], check=True, env=environment)
+        self.save('todo.tavlin', [Item('milk'), Item('bread'), Item('butter')])
+        self.assertTrue(os.path.exists(file))
+        lines = self.cook('git config').splitlines()
+        self.assertEqual([line for line in lines if line[:1] in ' +-' and line[:3] not in ('+++', '---')],
+                         [' milk', ' bread', '+butter'])
+
+    def test_markdown_beside_each_document(self):
+        for name in ('beds', 'a b', "it's", 'line\nbreak', '-x'):
+            self.save('Garden/%s.tavlin' % name, [Item(name.split('\n')[0])])
+            self.save('Garden/deep/%s.tavlin' % name, [Item('deep')])
+        self.cook('find Garden')
+        for name in ('beds', 'a b', "it's", 'line\nbreak', '-x'):
+            self.assertIn(name.split('\n')[0].lstrip('-'), (self.folder / ('Garden/%s.md' % name)).read_text())
+            self.assertEqual((self.folder / ('Garden/deep/%s.md' % name)).read_text(), '- deep\n')
+
+    def test_ask_with_jq(self):
+        self.needs('jq')
+        self.save('todo.tavlin', [Item('open', checked=False, kids=[Item('done', checked=True)]),
+                                  Item(rich('rich and done'), checked=True)])
+        self.save('Garden/a.tavlin', [Item('one two')])
+        self.save('Garden/b/c.tavlin', [Item('three')])
+        self.assertEqual(self.cook('tavlin export --to=json'), 'done\nrich and done\n3\n')
+
+    def test_a_page_and_a_pdf(self):
+        chromium = self.needs('chromium')
+        (self.folder / 'bin').mkdir()
+        # tests may run as root, whom the browser refuses otherwise
+        (self.folder / 'bin/chromium').write_text(
+            '#!/bin/sh\nexec %s --no-sandbox --disable-gpu --disable-dev-shm-usage --user-data-dir=%s "$@"\n'
+            % (chromium, self.folder / 'profile'))
+        (self.folder / 'bin/chromium').chmod(0o755)
+        self.save('garden.tavlin', [Item('Beds', kids=[Item('Peas')])])
+        self.cook('tavlin export -o garden.html', says=lambda err: 'tavlin: ' not in err)
+        self.assertIn('Peas', (self.folder / 'garden.html').read_text())
+        pdf = (self.folder / 'garden.pdf').read_bytes()
+        self.assertTrue(pdf.startswith(b'%PDF-'))
+        self.assertGreater(len(pdf), 3000)
+
     def test_there_are_no_others(self):
-        self.assertEqual(len(recipes()), 5)
+        self.assertEqual(len(recipes()), 10)
 
 
 if __name__ == '__main__':

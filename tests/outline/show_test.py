@@ -1,4 +1,8 @@
 """tavlin show: columns, marks, labels, paths, parts, looks."""
+import os
+import subprocess
+import time
+
 import driver
 from driver import Item, archives
 
@@ -149,6 +153,34 @@ Summer
         items = [Item('a\nb')]
         self.assertEqual(self.show(items, '--numbers', documentNumberLabelFormatPrefix='第'),
                          '第1 a\n    b\n')
+
+    def test_marks_and_labels_do_not_delay_the_first_line(self):
+        items = [Item('item %d' % i, checked=i % 2 == 0, kids=[Item('x', checked=True)])
+                 for i in range(20000)]
+        file = self.save('d.tavlin', items)
+
+        def seconds(*options):
+            """Of the processor, until the pipe is full of what comes first."""
+            process = subprocess.Popen([driver.PROGRAM, 'show', *options, file],
+                                       env=driver.ENVIRONMENT, stdout=subprocess.PIPE)
+            first = process.stdout.readline()
+            time.sleep(0.1)
+            process.kill()
+            _, status, usage = os.wait4(process.pid, 0)
+            process.returncode = os.waitstatus_to_exitcode(status)
+            process.stdout.close()
+            return usage.ru_utime, first
+        plain, all_derived = [], []
+        for _ in range(7):
+            plain.append(seconds('--checks=never', '--paths'))
+            all_derived.append(seconds('--numbers'))
+        self.assertEqual(all_derived[0][1], b'[x] 1 item 0\n')
+        self.assertLess(min(all_derived)[0], 2 * min(plain)[0])
+
+    def test_a_document_without_marks(self):
+        self.assertEqual(self.show([Item('a'), Item('checkStatus', kids=[Item('b')])]),
+                         'a\ncheckStatus\n  b\n')
+        self.assertEqual(self.show([Item('a', checked=False)]), 'a\n')
 
     def test_many_levels(self):
         item = Item('deepest')

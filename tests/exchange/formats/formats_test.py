@@ -210,10 +210,10 @@ class Deep(driver.Case):
         self.ok('import', '-o', self.folder / 'md.tavlin', self.folder / 'deep.md', timeout=300)
 
     def test_thousands_of_levels(self):
-        top = Item('x')
+        top = Item('x', expanded=True)
         item = top
         for _ in range(3000):
-            item.kids = [Item('x')]
+            item.kids = [Item('x', expanded=True)]
             item = item.kids[0]
         path = self.save('d.tavlin', [top])
         for name in ('text', 'markdown'):

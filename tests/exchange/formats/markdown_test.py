@@ -23,6 +23,12 @@ def as_shown(text):
     return text
 
 
+# what stands beside delimiters: letters, punctuation, blanks, and what readers do not agree on
+BESIDE = list('a2(.*_`~[]<>&!\\-#:)') + [
+    '\n', '\n', ' ', '\t', '\r', '\x85', '\x9f', '\u2028', '\u200b', '\xa0', '\ufffe', 'é', '“', '€', '日', '😀',
+    'ab', 'a b', '\n\n', 'a\n', '\nb', 'www.', 'http://']
+
+
 class Case(driver.Case):
     maxDiff = None
 
@@ -137,6 +143,68 @@ class Rich(Case):
                     self.compare(runs, item)
             # line breaks have the look of the text around them by now
             self.assertEqual(nasty.first_difference(self.again(again), again) or (), ())
+
+    def shown_titles(self, all_runs):
+        """What is shown of titles, and the number of attributes that were lost."""
+        path = self.save('d.tavlin', [Item(self.rich(runs)) for runs in all_runs])
+        result = driver.run('export', '--to=markdown', path)
+        got = markdown_text.shown(result.raw, EXTENSIONS)
+        self.assertEqual(len(got), len(all_runs), result.out)
+        return got, result
+
+    def test_short_looks_beside_each_other(self):
+        """Where a delimiter counts depends on the characters on both sides of it."""
+        dice = random.Random(11)
+        for _ in range(3):
+            all_runs = [[(''.join(dice.choice(BESIDE) for _ in range(dice.choice([1, 1, 1, 2, 2, 3]))),
+                          dice.random() < 0.4, *(dice.random() < 0.3 for _ in range(3)),
+                          dice.choice(['', '', '', '', 'u', 'v'])) for _ in range(dice.randint(1, 5))]
+                        for _ in range(4000)]
+            got, result = self.shown_titles(all_runs)
+            lines = ('\n' + result.raw.decode()).split('\n- ')[1:]
+            for runs, shown, line in zip(all_runs, got, lines):
+                with self.subTest(runs=runs, markdown=line):
+                    self.compare(runs, shown)
+
+    def test_looks_that_readers_took_for_others(self):
+        plain, bold, fixed, struck = (False,) * 4, (True,) + (False,) * 3, (True, False, True, False), (
+            False, False, False, True)
+        for runs in ([('2', *plain, ''), ('a\n', *fixed, ''), ('b', *plain, '')],
+                     [('b', *plain, ''), ('\na', *fixed, ''), ('2', *plain, '')],
+                     [('(', *bold, ''), ('a', *struck, ''), ('b', *plain, '')],
+                     [('b', *plain, ''), ('a', *struck, ''), ('(', *bold, '')],
+                     [('a', *struck, ''), ('\x85', *plain, ''), ('b', *struck, '')],
+                     [('wow!', *plain, ''), ('link', *plain, 'http://x.y/')]):
+            with self.subTest(runs=runs):
+                self.compare(runs, self.shown_titles([runs])[0][0])
+
+    def test_fixed_width_of_breaks_is_counted_where_it_is_lost(self):
+        code, plain = (False, False, True, False, ''), (False,) * 4 + ('',)
+        bold = (True, *code[1:])
+        for runs, lost in (([('a\nb', *code)], 0), ([('a\n', *code), ('b', *plain)], 1),
+                           ([('a', *plain), ('\nb', *code)], 1), ([('\n', *code)], 1),
+                           ([('a', *code), ('\n', *plain), ('b', *code)], 0),
+                           ([('a\n', *code), ('b', *bold)], 0), ([('a\n', *bold), ('b', *code)], 1),
+                           ([('a\rb', *code)], 1), ([('a', *plain), ('\n', *code), ('b', *code)], 1)):
+            noun = 'attribute of text has' if lost == 1 else 'attributes of text have'
+            path = self.save('d.tavlin', [Item(self.rich(runs))])
+            err = driver.run('export', '--to=markdown', path).err
+            self.assertEqual(err, 'tavlin: %s: %d %s no place in markdown\n' % (path, lost, noun)
+                             if lost else '', runs)
+        counts = []
+        for look in (code, plain):
+            note = self.rich([('a\n\n', *look), ('b', *plain)])
+            err = driver.run('export', '--to=markdown', self.save('d.tavlin', [Item('x', note=note)])).err
+            counts.append(sum(int(word) for word in err.split() if word.isdigit()))
+        self.assertEqual(counts[0], counts[1] + 1)
+
+    def test_zeros_are_counted(self):
+        path = self.save('d.tavlin', [Item(self.rich([('x', *(False,) * 4, 'http://x.y/\0')]))])
+        self.assertIn(': 1 character has', driver.run('export', '--to=markdown', path).err)
+        source = self.folder / 'zeros.md'
+        source.write_bytes(b'- a\0b\0\n')
+        result = driver.run('import', '-o', self.folder / 'zeros.tavlin', source)
+        self.assertEqual(result.err, 'tavlin: %s: 2 characters have no place in a document\n' % source)
 
     def compare(self, runs, shown):
         want = self.expected(runs)

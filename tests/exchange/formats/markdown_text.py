@@ -91,7 +91,7 @@ def item_of(li, level):
             else:
                 title, has_title = text, True
             continue
-        if name == 'comment' and not head.plain().strip('\n'):
+        if name == 'comment' and all(part == ('\n', frozenset()) for part in head):
             has_title = True
             head.clear()
             continue
