@@ -32,7 +32,7 @@ set(private_headers
   model/runtime/PointerScope.h model/runtime/SubtreeItems.h model/runtime/UpwardRefresh.h
   model/scan/WalkGuard.h
   model/undo/PlacedItems.h
-  platform/archive/XmlPropertyList.h
+  platform/propertylist/XmlPropertyList.h
   platform/drawing/CairoSupport.h platform/drawing/Drawing.h platform/drawing/GradientFill.h
   platform/drawing/ImagePiece.h platform/drawing/PixelArea.h platform/drawing/PngCoding.h
   platform/drawing/ShadowBlur.h

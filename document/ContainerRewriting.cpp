@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "platform/foundation/Array.h"
+#include "platform/foundation/ContainerAccess.h"
 #include "platform/foundation/Dictionary.h"
 
 namespace tavlin {
@@ -35,19 +36,24 @@ Frame frameOf(const ns::Value& container) {
   return frame;
 }
 
+/// What rewriting a container leaves of its origin.
+ns::Ref<const ns::Origin> leftOf(const ns::Origin* origin) {
+  return origin ? origin->afterEdit() : ns::Ref<const ns::Origin>();
+}
+
 ns::Value finished(Frame& frame) {
   if (!frame.isChanged) return frame.container;
   if (frame.container.isArray()) {
-    ns::Array array(std::move(frame.elements));
-    array.setArchivedClass(frame.container.archivedClass());
-    return ns::Value(array);
+    const ns::Array old = frame.container.array();
+    return ns::Value(ns::ArrayAccess::make(std::move(frame.elements),
+                                           frame.container.archivedClass(),
+                                           leftOf(ns::ArrayAccess::origin(old))));
   }
   const ns::Dictionary old = frame.container.dictionary();
   std::vector<ns::Dictionary::Entry> entries(old.begin(), old.end());
   for (size_t i = 0; i < entries.size(); ++i) entries[i].second = std::move(frame.elements[i]);
-  ns::Dictionary dictionary(std::move(entries));
-  dictionary.setArchivedClass(frame.container.archivedClass());
-  return ns::Value(dictionary);
+  return ns::Value(ns::DictionaryAccess::make(std::move(entries), frame.container.archivedClass(),
+                                              leftOf(ns::DictionaryAccess::origin(old))));
 }
 
 }  // namespace

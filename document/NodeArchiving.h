@@ -18,6 +18,12 @@ inline constexpr char kEncodingVersionKey[] = "encoding_version";
 inline constexpr char kRootKey[] = "root";
 inline constexpr char kTreeKey[] = "tree";
 
+/// All of a node's, a tree's and a controller's.
+inline constexpr const char* kNodeKeys[] = {kParentKey,   kChildrenKey,     kDataKey,
+                                            kExpandedKey, kOutlineStyleKey, kEncodingVersionKey};
+inline constexpr const char* kTreeKeys[] = {kRootKey};
+inline constexpr const char* kControllerKeys[] = {kTreeKey};
+
 /// What is written under "encoding_version".
 inline constexpr int64_t kEncodingVersion = 2;
 

@@ -28,8 +28,8 @@ std::optional<ns::Data> OLDataManager::dataRepresentation() const {
 std::optional<ns::DataPieces> OLDataManager::dataRepresentationInPieces() const {
   if (!treeController_) return std::nullopt;
   if (std::optional<ns::DataPieces> revised = revision_.data(*treeController_)) return revised;
-  return ns::KeyedArchiver::archivedDataWithRootObject(ns::Value(treeController_),
-                                                       otherTopEntries_);
+  return ns::KeyedArchiver::archivedDataWithRootObject(ns::Value(treeController_), otherTopEntries_,
+                                                       archive_);
 }
 
 bool OLDataManager::loadDataRepresentationOfType(const std::optional<ns::Data>& data,
@@ -60,6 +60,7 @@ bool OLDataManager::loadDataRepresentationOfType(const std::optional<ns::Data>& 
     OLExceptionController::raiseWithString("unarchiver put not nil but nil");
   }
   otherTopEntries_ = std::move(otherTopEntries);
+  archive_ = archive;
   revision_ = DocumentRevision(archive, controller);
   return true;
 }

@@ -188,6 +188,7 @@ class OLDataManager : public ns::Object {
 
   std::shared_ptr<OLTreeController> treeController_;
   bool isDocumentRichText_ = false;
+  std::shared_ptr<const ns::KeyedArchive> archive_;  // that was loaded, or none
   DocumentRevision revision_;
   ns::Fields otherTopEntries_;  // of the archive that was loaded, beside the controller
 };

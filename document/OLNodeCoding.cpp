@@ -133,14 +133,23 @@ void OLNode::encodeWithCoder(ns::Coder& coder) const {
   if (archived_.data != 0 && archiver) {
     archiver->encodeArchivedValueForKey(archived_.archive, archived_.data,
                                         &dataForSaving(isArchivedDataEscaped_), kDataKey);
-  } else if (const std::optional<ns::Dictionary> data = dataForArchive()) {
-    coder.encodeObjectForKey(ns::Value(*data), kDataKey);
+  } else if (std::optional<ns::Dictionary> data = dataForArchive()) {
+    ns::Value value(*data);
+    data.reset();
+    if (archiver) {
+      archiver->encodePassingObjectForKey(std::move(value), kDataKey);
+    } else {
+      coder.encodeObjectForKey(value, kDataKey);
+    }
   } else {
     coder.encodeObjectForKey(ns::Value(), kDataKey);
   }
   coder.encodeBoolForKey(isExpanded_, kExpandedKey);
   coder.encodeBoolForKey(isOutlineStyle_, kOutlineStyleKey);
   coder.encodeIntegerForKey(kEncodingVersion, kEncodingVersionKey);
+  if (formerRecord_ != 0 && archiver) {
+    archiver->encodeOtherFields(archived_.archive, formerRecord_, kNodeKeys);
+  }
 }
 
 std::optional<ns::Dictionary> OLNode::dataForArchive() const {
@@ -221,7 +230,10 @@ void OLNode::readArchived(ns::KeyedUnarchiver& unarchiver) {
         unarchiver.decodeListForKey(kChildrenKey, makeChildren));
     archived_.data = fields.reference(kDataKey);
   }
-  if (archived_.children != 0 || archived_.data != 0) archived_.archive = unarchiver.archive();
+  formerRecord_ = fields.hasOnly(kNodeKeys) ? 0 : fields.number();
+  if (archived_.children != 0 || archived_.data != 0 || formerRecord_ != 0) {
+    archived_.archive = unarchiver.archive();
+  }
   isExpanded_ = fields.boolean(kExpandedKey);
   isOutlineStyle_ = fields.boolean(kOutlineStyleKey);
   isArchivedDataEscaped_ = fields.integer(kEncodingVersionKey) >= kFirstEscapingVersion;
@@ -318,7 +330,7 @@ void OLNode::loadArchivedData() const {
 }
 
 void OLNode::leaveArchive() const {
-  if (archived_.children == 0 && archived_.data == 0) archived_ = {};
+  if (archived_.children == 0 && archived_.data == 0 && formerRecord_ == 0) archived_ = {};
 }
 
 void OLNode::replaceOccurenceOfStringWithStringInDictionary(const ns::String& target,

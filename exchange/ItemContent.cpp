@@ -1,8 +1,8 @@
 #include "exchange/ItemContent.h"
 
-#include "platform/archive/BinaryPropertyList.h"
 #include "platform/foundation/Array.h"
 #include "platform/foundation/Dictionary.h"
+#include "platform/propertylist/BinaryPropertyList.h"
 #include "platform/text/AttributedString.h"
 
 namespace tavlin {

@@ -5,8 +5,8 @@
 #include <cstdlib>
 #include <string>
 
-#include "platform/archive/PropertyList.h"
 #include "platform/foundation/Exception.h"
+#include "platform/propertylist/PropertyList.h"
 
 namespace {
 

@@ -5,7 +5,7 @@
 #include <optional>
 
 #include "inspect/ArchivePatch.h"
-#include "platform/archive/PropertyListWriter.h"
+#include "platform/propertylist/PropertyListWriter.h"
 
 namespace tavlin {
 

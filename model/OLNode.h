@@ -322,6 +322,8 @@ class OLNode : public ns::Object {
   bool isArchivedDataEscaped_ : 1 = false;
   mutable uint8_t archivedReads_ = 0;  // of values of data that stayed in the archive
   mutable ChildrenForm childrenForm_ = ChildrenForm::mutableArray;
+  /// The node's record in its archive, where that has fields that nodes do not know; else 0.
+  uint32_t formerRecord_ = 0;
   /// Where children or data lie that nobody has asked for since they were loaded.
   struct Archived {
     uint32_t children = 0;  ///< of the array, 0 when the children are here

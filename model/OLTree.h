@@ -6,6 +6,7 @@
 
 #include "model/OLItems.h"
 #include "model/OLNode.h"
+#include "platform/archive/ArchiveOrigin.h"
 #include "platform/foundation/Dictionary.h"
 #include "platform/foundation/IndexSet.h"
 #include "platform/foundation/Object.h"
@@ -264,7 +265,8 @@ class OLTree : public ns::Object {
   [[nodiscard]] static bool isNoteKey(const ns::Value& key);
 
   std::shared_ptr<OLNode> rootNode_;
-  EditSteps* steps_ = nullptr;  ///< where the running edit is noted
+  ns::Ref<const ns::FormerRecord> formerRecord_;  // with fields that trees do not know, or none
+  EditSteps* steps_ = nullptr;                    ///< where the running edit is noted
 };
 
 }  // namespace tavlin

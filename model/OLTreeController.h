@@ -8,6 +8,7 @@
 #include "model/OLItems.h"
 #include "model/OLNode.h"
 #include "model/OLTree.h"
+#include "platform/archive/ArchiveOrigin.h"
 #include "platform/foundation/IndexSet.h"
 #include "platform/foundation/Object.h"
 #include "platform/foundation/Value.h"
@@ -142,6 +143,8 @@ class OLTreeController : public ns::Object {
   /// Objects that data in an archive names, kept for the data's sake as long as the document.
   std::vector<std::shared_ptr<ns::Object>> company_;
   std::shared_ptr<OLTree> tree_;
+  ns::Ref<const ns::FormerRecord>
+      formerRecord_;  // with fields that controllers do not know, or none
 };
 
 }  // namespace tavlin

@@ -1,6 +1,6 @@
 #include "ui/SNUIString.h"
 
-#include "platform/archive/Bundle.h"
+#include "platform/propertylist/Bundle.h"
 
 namespace tavlin {
 

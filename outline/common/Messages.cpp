@@ -7,7 +7,7 @@
 
 #include "outline/common/Progress.h"
 #include "outline/common/TerminalText.h"
-#include "platform/archive/Bundle.h"
+#include "platform/propertylist/Bundle.h"
 
 namespace tavlin {
 

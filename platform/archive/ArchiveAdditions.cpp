@@ -3,6 +3,7 @@
 #include <set>
 
 #include "platform/archive/ArchivedClasses.h"
+#include "platform/archive/RecordForm.h"
 
 namespace ns {
 
@@ -10,11 +11,6 @@ namespace {
 
 // Values that somebody makes for a document are flat; deeper ones are left to the archiver.
 constexpr int kDeepest = 32;
-
-bool isNumberedKey(const String& key) {
-  return key.isAscii() &&
-         (key.ascii().starts_with("NS.key.") || key.ascii().starts_with("NS.object."));
-}
 
 }  // namespace
 
@@ -73,12 +69,10 @@ ArchiveAdditions::Target ArchiveAdditions::newRecord(Fields fields, const ClassI
                                                      Old old) {
   if (old.number != 0) {
     const KeyedArchive::Record record = archive_.record(old.number);
+    const auto own = ownKeysOf(record.archivedClass->kind());
     for (uint32_t i = 0; i < record.shape->count(); ++i) {
       const String& name = record.shape->key(i);
-      if (i == record.shape->classPosition() || name == "NS.keys" || name == "NS.objects" ||
-          isNumberedKey(name)) {
-        continue;
-      }
+      if (i == record.shape->classPosition() || isOwnKey(name, own)) continue;
       fields.emplace_back(Place{false, archive_.keyIndex(*record.shape, i)},
                           Place{false, archive_.fieldIndex(record, i)});
     }
@@ -130,6 +124,9 @@ ArchiveAdditions::Target ArchiveAdditions::targetOf(const Value& value, Old old,
         (transform && archive_.isChangedBy(*transform, origin->number()))) {
       throw NeedsArchiver();
     }
+    // it is itself, and another value that is equal to it is not
+    if (equals_.contains(origin->number())) throw NeedsArchiver();
+    unchanged_.insert(origin->number());
     return {false, origin->number()};
   }
   switch (value.kind()) {
@@ -162,7 +159,10 @@ ArchiveAdditions::Target ArchiveAdditions::targetOfContainer(const Value& value,
   if (unchanged_.contains(old.number)) own = {};
   const Target target = value.isArray() ? targetOfArray(value.array(), own, depth)
                                         : targetOfDictionary(value.dictionary(), own, depth);
-  if (!target.isNew) unchanged_.insert(target.id);
+  if (!target.isNew) {
+    unchanged_.insert(target.id);
+    equals_.insert(target.id);
+  }
   containers_.emplace(value.body().get(), target);
   return target;
 }
@@ -221,7 +221,12 @@ ArchiveAdditions::Target ArchiveAdditions::targetOfDictionary(const Dictionary& 
     placesBefore.emplace(scratch_.value(KeyedArchive::scalar(entry.object)), i);
   }
   const auto placeOf = [&](const Value& key, size_t position) {
-    if (key.kind() != Kind::string || key.archivedClass()) return keysBefore.size();
+    if (key.kind() != Kind::string || key.archivedClass()) {
+      const ArchiveOrigin* origin = archiveOriginOf(key);
+      const bool isThere = origin && origin->archive().get() == &archive_ &&
+                           position < keysBefore.size() && origin->number() == keysBefore[position];
+      return isThere ? position : keysBefore.size();
+    }
     const PropertyListWriter::Reference written = scratch_.value(key);
     if (placesBefore.contains({written, position})) return position;
     const auto found = placesBefore.lower_bound({written, 0});

@@ -9,7 +9,7 @@
 #include <vector>
 
 #include "platform/archive/KeyedArchive.h"
-#include "platform/archive/PropertyListWriter.h"
+#include "platform/propertylist/PropertyListWriter.h"
 
 namespace ns {
 
@@ -96,7 +96,8 @@ class ArchiveAdditions {
   std::vector<std::pair<const ClassInfo*, Target>> classes_;
   // of the value; one that it mentions twice is one object
   std::unordered_map<const ValueBody*, Target> containers_;
-  std::unordered_set<uint32_t> unchanged_;  // containers of the archive that values are equal to
+  std::unordered_set<uint32_t> unchanged_;  // objects of the archive that values are
+  std::unordered_set<uint32_t> equals_;     // those that values are only equal to
 };
 
 }  // namespace ns

@@ -6,6 +6,7 @@
 
 #include "platform/archive/KeyedArchive.h"
 #include "platform/archive/Record.h"
+#include "platform/archive/RecordForm.h"
 
 namespace ns {
 
@@ -18,6 +19,12 @@ class CachedOrigin final : public ArchiveOrigin {
   ~CachedOrigin() override {
     forget(transform());
     for (const ValueTransform* alias : aliases_) forget(alias);
+  }
+
+  [[nodiscard]] Ref<const Origin> afterEdit() const override {
+    const StoredArchive::Record record = archive()->record(number());
+    if (record.shape->hasOnly(ownKeysOf(record.archivedClass->kind()))) return {};
+    return Ref<const Origin>(new FormerRecord(archive(), number()));
   }
 
   void remember(const ValueBody* body) {

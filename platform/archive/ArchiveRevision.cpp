@@ -9,8 +9,8 @@
 
 #include "platform/archive/ArchiveAdditions.h"
 #include "platform/archive/ArchiveUses.h"
-#include "platform/archive/PropertyListWriter.h"
 #include "platform/archive/RevisedFile.h"
+#include "platform/propertylist/PropertyListWriter.h"
 
 namespace ns {
 

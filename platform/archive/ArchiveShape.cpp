@@ -18,6 +18,16 @@ uint32_t ArchiveShape::findNew(const char* literal) const {
   return position;
 }
 
+bool ArchiveShape::findOthers(std::span<const char* const> keys) const {
+  uint32_t known = class_ == count() ? 0 : 1;
+  for (const char* key : keys) {
+    if (std::ranges::find(keys_, String(key)) != keys_.end()) ++known;
+  }
+  if (known != count()) return false;
+  whole_ = keys.data();
+  return true;
+}
+
 uint32_t ArchiveShape::find(const String& key) const {
   return static_cast<uint32_t>(std::ranges::find(keys_, key) - keys_.begin());
 }

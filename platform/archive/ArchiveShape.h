@@ -2,12 +2,13 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <span>
 #include <vector>
 
-#include "platform/archive/BinaryPropertyList.h"
 #include "platform/archive/ClassRegistry.h"
 #include "platform/foundation/ClassInfo.h"
 #include "platform/foundation/String.h"
+#include "platform/propertylist/BinaryPropertyList.h"
 
 namespace ns {
 
@@ -47,6 +48,11 @@ class ArchiveShape {
   }
   /// The same for any other text, which need not stay.
   [[nodiscard]] uint32_t find(const String& key) const;
+  /// Whether there are no keys but these, which stay, and "$class".  Quick where it was the last
+  /// that was asked.
+  [[nodiscard]] bool hasOnly(std::span<const char* const> keys) const {
+    return keys.data() == whole_ || findOthers(keys);
+  }
   /// The position of "$class", or count().
   [[nodiscard]] uint32_t classPosition() const { return class_; }
   /// The position of "$classname", or count().
@@ -70,13 +76,15 @@ class ArchiveShape {
 
  private:
   [[nodiscard]] uint32_t findNew(const char* literal) const;
+  [[nodiscard]] bool findOthers(std::span<const char* const> keys) const;
 
   std::vector<String> keys_;
   uint32_t count_;
-  mutable std::vector<const char*> literals_;  // by position, of keys that were found once
-  mutable uint32_t recent_ = 0;                // the position found last
-  mutable const char* absent_ = nullptr;       // a literal that was looked for in vain
-  const uint8_t* references_;                  // of the keys, in the file
+  mutable std::vector<const char*> literals_;   // by position, of keys that were found once
+  mutable uint32_t recent_ = 0;                 // the position found last
+  mutable const char* absent_ = nullptr;        // a literal that was looked for in vain
+  mutable const char* const* whole_ = nullptr;  // keys beside which there are none
+  const uint8_t* references_;                   // of the keys, in the file
   uint32_t number_;
   mutable RecentClass recentClasses_[2];
   uint32_t class_;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <optional>
+#include <span>
 #include <string>
 
 #include "platform/archive/StoredArchive.h"
@@ -25,6 +26,12 @@ class FieldReader {
   FieldReader(const StoredArchive& archive, uint32_t number, const StoredArchive::Record& record)
       : archive_(&archive), number_(number), record_(record) {}
 
+  /// The number of the object.
+  [[nodiscard]] uint32_t number() const { return number_; }
+  /// Whether it has no keys but these, which stay.
+  [[nodiscard]] bool hasOnly(std::span<const char* const> keys) const {
+    return record_.shape->hasOnly(keys);
+  }
   /// What is stored under a key, or nothing.
   [[nodiscard]] std::optional<Object> field(const char* key) const {
     const uint32_t position = positionOf(key);

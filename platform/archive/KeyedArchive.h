@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "platform/archive/ArchiveFindings.h"
+#include "platform/archive/ArchiveOrigin.h"
 #include "platform/archive/DecodedValues.h"
 #include "platform/archive/StoredArchive.h"
 #include "platform/archive/TransformEffects.h"
@@ -118,32 +119,5 @@ class KeyedArchive : public StoredArchive, public std::enable_shared_from_this<K
   mutable DecodedValues decoded_;
   mutable TransformEffects effects_;
 };
-
-/// Where a value came from.
-class ArchiveOrigin : public Origin {
- public:
-  ArchiveOrigin(std::shared_ptr<const KeyedArchive> archive, uint32_t number,
-                const ValueTransform* transform)
-      : archive_(std::move(archive)), number_(number), transform_(transform) {}
-
-  [[nodiscard]] const std::shared_ptr<const KeyedArchive>& archive() const { return archive_; }
-  [[nodiscard]] uint32_t number() const { return number_; }
-  [[nodiscard]] const ValueTransform* transform() const { return transform_; }
-
- private:
-  const std::shared_ptr<const KeyedArchive> archive_;
-  const uint32_t number_;
-  const ValueTransform* const transform_;
-};
-
-/// Where a value came from; none for a value that was made or changed, and for scalars, which are
-/// equal or not and otherwise have no identity.  Valid while the value lives.
-const ArchiveOrigin* archiveOriginOf(const Value& value);
-
-/// An array, a dictionary or a string with an archived class that is what `transform` makes of an
-/// archive's object, said to come from there: written again it is the same object as all others
-/// that come from there in that way.  Other values are answered as they are.
-Value withArchiveOrigin(const Value& value, const std::shared_ptr<const KeyedArchive>& archive,
-                        uint32_t number, const ValueTransform* transform);
 
 }  // namespace ns

@@ -2,12 +2,14 @@
 
 #include <deque>
 #include <memory>
-#include <unordered_map>
+#include <span>
 #include <vector>
 
+#include "platform/archive/ArchiveCopier.h"
+#include "platform/archive/EntryWriter.h"
 #include "platform/archive/KeyedArchive.h"
-#include "platform/archive/PropertyListWriter.h"
 #include "platform/archive/Record.h"
+#include "platform/foundation/AddressMap.h"
 #include "platform/foundation/Coder.h"
 
 namespace ns {
@@ -28,14 +30,21 @@ struct ObjectList {
 ///
 /// What was read from an archive and has not been changed since is copied from there, record by
 /// record, without being decoded.
-class KeyedArchiver final : public Coder {
+class KeyedArchiver final : public Coder, private ArchiveCopier::Client {
  public:
   /// The archive of a root object, as the data of a file, with what else "$top" is to hold beside
   /// "root".  What they refer to must not change meanwhile.
-  static Data archivedDataWithRootObject(const Value& root, const Fields& otherTopEntries = {});
+  ///
+  /// Class records keep what those of the same class had beside their names in the archive that the
+  /// object was read from, if it was.
+  static Data archivedDataWithRootObject(
+      const Value& root, const Fields& otherTopEntries = {},
+      const std::shared_ptr<const KeyedArchive>& former = nullptr);
 
   [[nodiscard]] bool allowsKeyedCoding() const override { return true; }
   void encodeObjectForKey(const Value& value, const char* key) override;
+  /// The same for a value that is nowhere else, and is let go once it is written.
+  void encodePassingObjectForKey(Value value, const char* key);
   void encodeConditionalObjectForKey(const std::shared_ptr<Object>& object,
                                      const char* key) override;
   void encodeBoolForKey(bool value, const char* key) override;
@@ -50,89 +59,62 @@ class KeyedArchiver final : public Coder {
   void encodePrimitiveForKey(const Value& value, const char* key);
   /// Any field of a record.
   void encodeFieldForKey(const Field& field, const String& key);
+  /// The fields that a record of an archive has, as they are, but for those under these keys.
+  void encodeOtherFields(const std::shared_ptr<const KeyedArchive>& archive, uint32_t number,
+                         std::span<const char* const> own);
   /// A list of references inside the record.
   void encodeReferencesForKey(const std::vector<Value>& values, const char* key);
 
  private:
-  using Reference = PropertyListWriter::Reference;
+  using Reference = EntryWriter::Reference;
 
-  /// An archive that objects are copied from.
-  struct Source {
-    std::shared_ptr<const KeyedArchive> archive;
-    std::vector<uint32_t> numbers;  // by number there: the number here, or 0
-    std::unordered_map<const KeyedArchive::Shape*, std::vector<Reference>> keys;
-    std::unordered_map<uint32_t, Reference> containers;  // long ones copied whole
-    std::unordered_map<uint32_t, Reference> texts;       // long ones, by place in the file
-    std::unordered_map<uint32_t, uint32_t> textNumbers;  // those that are entries
-  };
-  enum class What : uint8_t { object, value, list, archived, rewritten };
+  enum class What : uint8_t { object, value, passing, list, copy };
   /// An object that has a number and is still to be written.
   struct Pending {
-    uint32_t number;
-    uint32_t index;  // into the table of its kind, or the number in the source
-    uint16_t source;
     What what;
-  };
-  struct Rewritten {
-    uint32_t number;
-    const ValueTransform* transform;
+    CopyTask task;  // of anything but a copy, `original` is its place in the table of its kind
   };
 
-  KeyedArchiver();
+  explicit KeyedArchiver(size_t topCount) : writer_(topCount), copier_(writer_, *this) {}
   Data run(const Value& root, const Fields& otherTopEntries);
   void write(const Pending& pending);
-  void writeArchived(uint32_t number, Source& source, uint32_t original);
-  void writeRewritten(uint32_t number, uint16_t source, const Rewritten& rewritten);
-  void writeValue(uint32_t number, const Value& value);
+  void writeObject(uint32_t number, const Object& object);
+  void writeList(uint32_t number, const ObjectList& list);
+  void writeValue(uint32_t number, const Value& value) override;
   void writeRecord(uint32_t number, const ClassRef& archivedClass);
-  /// Writes the fields gathered so far as the record of a number.
-  void writeFields(uint32_t number);
-  void addField(Reference key, Reference value);
+  /// Adds what an edited container's former record has beside its own.
+  void addFormerFields(const Origin* origin, Kind kind);
 
-  uint32_t newNumber();
   /// The number of a value, assigned now if need be; 0 for none.
   uint32_t numberOf(const Value& value);
+  uint32_t numberOfString(const Value& value);
   uint32_t numberOfObject(const std::shared_ptr<const Object>& object);
   uint32_t numberOfObject(const Object* object);
-  uint32_t numberOfArchived(uint16_t source, uint32_t original);
-  uint32_t numberOfRewritten(uint16_t source, uint32_t original, const ValueTransform* transform);
-  /// The number, or 0 so far, of an object as a transform that changes it makes it.
-  uint32_t& rewrittenNumber(uint16_t source, uint32_t original, const ValueTransform* transform);
-  uint32_t newPendingValue(const Value& value);
-  uint32_t numberOfScalar(Reference scalar);
-  uint32_t numberOfClass(const ClassRef& archivedClass);
-  uint16_t sourceOf(const std::shared_ptr<const KeyedArchive>& archive);
-  Reference referenceTo(uint32_t number) { return writer_.uid(number); }
-
-  Reference copyScalar(uint16_t source, const KeyedArchive::Object& object, uint32_t place);
-  Reference copyScalar(const KeyedArchive::Object& object);
-  Reference copyInline(uint16_t source, const KeyedArchive::Object& object, uint32_t index);
+  uint32_t numberOfArchivedObject(const ArchiveCopier::Archive& archive,
+                                  uint32_t original) override;
+  uint32_t numberOfValue(const Value& value) override { return numberOf(value); }
+  uint32_t numberOfClass(const ClassRef& archivedClass) override;
+  void leaveForLater(const CopyTask& task) override { pending_.push_back({What::copy, task}); }
+  void leaveForLater(What what, uint32_t number, size_t place) {
+    pending_.push_back({what, {number, static_cast<uint32_t>(place), 0, 0}});
+  }
+  uint32_t newPendingValue(const Value& value, What what = What::value);
+  Reference referenceTo(const Value& value) { return writer_.referenceTo(numberOf(value)); }
   Reference fieldReference(const Field& field);
-  Reference listOf(const std::vector<Reference>& references);
-  Reference mapOf(const std::vector<Reference>& references);
-  Reference key(const char* key);
 
-  PropertyListWriter writer_;
-  std::vector<Reference> entries_;  // by number; kUnwritten until it is written
+  EntryWriter writer_;
+  ArchiveCopier copier_;
+  std::shared_ptr<const KeyedArchive> former_;  // that the root was read from, or none
   std::deque<Pending> pending_;
-  std::vector<Source> sources_;
-  std::unordered_map<const Object*, uint32_t> objectNumbers_;
+  AddressMap objectNumbers_;
   std::vector<const Object*> objects_;
-  std::unordered_map<const ValueBody*, uint32_t> valueNumbers_;
+  AddressMap valueNumbers_;
   std::vector<Value> values_;
-  std::unordered_map<const void*, uint32_t> listNumbers_;
+  AddressMap listNumbers_;
   std::vector<ObjectList> lists_;
-  std::unordered_map<uint64_t, uint32_t> rewrittenNumbers_;
-  std::vector<Rewritten> rewritten_;
-  std::vector<const void*> rules_;  // of rewriting, by place in the keys of rewrittenNumbers_
-  std::unordered_map<const ClassInfo*, uint32_t> classNumbers_;
-  std::unordered_multimap<std::string, std::pair<ClassRef, uint32_t>> classes_;  // by name
-  std::vector<ClassRef> keptClasses_;
-  Value nullText_;  // the text "$null" in a form that is not null
-  std::unordered_map<const char*, Reference> keys_;
-  std::vector<std::shared_ptr<const Object>> kept_;      // objects that only values hold
-  std::vector<std::shared_ptr<Object>> company_;         // objects made anew to be copied
-  std::vector<std::pair<Reference, Reference>> fields_;  // of the record being written
+  Value nullText_;                                   // the text "$null" in a form that is not null
+  std::vector<std::shared_ptr<const Object>> kept_;  // objects that only values hold
+  std::vector<std::shared_ptr<Object>> company_;     // objects made anew to be copied
 };
 
 }  // namespace ns

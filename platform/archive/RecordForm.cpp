@@ -67,6 +67,20 @@ RecordForm::RecordForm(const StoredArchive::Shape& itsShape, const ArchivedClass
   for (const FieldForm& field : coding->fields) assign(field.key, roleOf(field.form));
 }
 
+std::span<const char* const> ownKeysOf(Kind kind) {
+  static constexpr const char* kArray[] = {"NS.objects"};
+  static constexpr const char* kDictionary[] = {"NS.keys", "NS.objects"};
+  if (kind == Kind::array) return kArray;
+  if (kind == Kind::dictionary) return kDictionary;
+  return {};
+}
+
+bool isOwnKey(const String& key, std::span<const char* const> own) {
+  if (std::ranges::any_of(own, [&](const char* each) { return key == each; })) return true;
+  return key.isAscii() &&
+         (key.ascii().starts_with("NS.key.") || key.ascii().starts_with("NS.object."));
+}
+
 const char* RecordForm::faultOf(Kind kind) { return kind == Kind::string ? kNoString : kNoData; }
 
 void RecordForm::assign(const char* key, Role role) {

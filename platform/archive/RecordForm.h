@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <span>
 #include <vector>
 
 #include "platform/archive/StoredArchive.h"
@@ -55,5 +56,11 @@ struct RecordForm {
  private:
   void assign(const char* key, Role role);
 };
+
+/// The keys that records of the foundation's classes of a kind have; those of all other kinds:
+/// none.
+std::span<const char* const> ownKeysOf(Kind kind);
+/// Whether a key of an array or dictionary is one of its own: one of those, or numbered.
+bool isOwnKey(const String& key, std::span<const char* const> own);
 
 }  // namespace ns

@@ -2,8 +2,8 @@
 
 #include <algorithm>
 
-#include "platform/archive/PropertyListWriter.h"
 #include "platform/foundation/Buffer.h"
+#include "platform/propertylist/PropertyListWriter.h"
 
 namespace ns {
 

@@ -5,8 +5,8 @@
 #include <utility>
 #include <vector>
 
-#include "platform/archive/BinaryPropertyList.h"
 #include "platform/foundation/DataPieces.h"
+#include "platform/propertylist/BinaryPropertyList.h"
 
 namespace ns {
 

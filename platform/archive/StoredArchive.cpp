@@ -1,10 +1,7 @@
 #include "platform/archive/StoredArchive.h"
 
-#include <bit>
 #include <charconv>
 #include <iterator>
-
-#include "platform/foundation/AsciiCheck.h"
 
 namespace ns {
 
@@ -164,42 +161,13 @@ Kind StoredArchive::kind(uint32_t number) const {
 }
 
 String StoredArchive::string(const Object& object) {
-  if (object.type != Type::ascii) return String::fromUtf16BigEndian(object.text());
-  if (!isAllAscii(object.text())) refuse("an ASCII string holds bytes above 127");
-  return String::fromAscii(object.text());
+  std::optional<String> text = BinaryPropertyList::string(object);
+  if (!text) refuse("an ASCII string holds bytes above 127");
+  return *std::move(text);
 }
 
 Value StoredArchive::scalar(const Object& object) {
-  switch (object.type) {
-    case Type::boolean:
-      return Value(object.width != 0);
-    case Type::integer: {
-      if (object.width == 16) {
-        return Value(Integer{BinaryPropertyList::load(object.bytes + 8, 8),
-                             BinaryPropertyList::load(object.bytes, 8), false, true});
-      }
-      return Value(Integer{BinaryPropertyList::load(object.bytes, object.width), 0, true, false});
-    }
-    case Type::real: {
-      if (object.width == 4) {
-        return Value(
-            std::bit_cast<float>(static_cast<uint32_t>(BinaryPropertyList::load(object.bytes, 4))));
-      }
-      return Value(std::bit_cast<double>(BinaryPropertyList::load(object.bytes, 8)));
-    }
-    case Type::date:
-      return Value(Date{std::bit_cast<double>(BinaryPropertyList::load(object.bytes, 8))});
-    case Type::data:
-      return Value(Data(std::string(object.text())));
-    case Type::ascii:
-    case Type::utf16:
-      return Value(string(object));
-    case Type::uid:
-    case Type::array:
-    case Type::dictionary:
-      break;
-  }
-  return {};
+  return object.isString() ? Value(string(object)) : BinaryPropertyList::scalar(object);
 }
 
 std::optional<StoredArchive::Object> StoredArchive::storedText(uint32_t number,

@@ -9,10 +9,10 @@
 #include <vector>
 
 #include "platform/archive/ArchiveShapes.h"
-#include "platform/archive/BinaryPropertyList.h"
 #include "platform/archive/ClassRegistry.h"
 #include "platform/archive/StoredText.h"
 #include "platform/foundation/Value.h"
+#include "platform/propertylist/BinaryPropertyList.h"
 
 namespace ns {
 

@@ -3,7 +3,7 @@
 #include <cstddef>
 #include <cstdint>
 
-#include "platform/archive/BinaryPropertyList.h"
+#include "platform/propertylist/BinaryPropertyList.h"
 
 namespace ns {
 

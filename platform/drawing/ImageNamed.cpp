@@ -3,8 +3,8 @@
 #include <map>
 #include <utility>
 
-#include "platform/archive/Bundle.h"
 #include "platform/drawing/Image.h"
+#include "platform/propertylist/Bundle.h"
 
 namespace ns {
 namespace {

@@ -21,8 +21,10 @@ void checkIndex(size_t index, size_t limit, size_t count) {
                        std::to_string(count) + " elements");
 }
 
-/// The body for changes: its own, without the origin that it no longer matches.
+/// The body for changes: its own, with what is left of its origin.
 ArrayBody& editable(Ref<const ValueBody>& body) {
+  const Origin* const old = body ? bodyOf(body).origin.get() : nullptr;
+  Ref<const Origin> origin = old ? old->afterEdit() : Ref<const Origin>();
   if (!body) {
     body = Ref<const ValueBody>(new ArrayBody());
   } else if (body->isShared()) {
@@ -34,7 +36,7 @@ ArrayBody& editable(Ref<const ValueBody>& body) {
   }
   // bodies are made as mutable objects; handles only see them as constants
   auto& mine = const_cast<ArrayBody&>(bodyOf(body));
-  mine.origin = {};
+  mine.origin = std::move(origin);
   return mine;
 }
 

@@ -12,17 +12,19 @@ const DictionaryBody& bodyOf(const Ref<const ValueBody>& body) {
   return body ? static_cast<const DictionaryBody&>(*body) : *empty;
 }
 
-/// The body for changes: its own, with room for so many more entries, without the origin that it
-/// no longer matches.
+/// The body for changes: its own, with room for so many more entries, with what is left of
+/// its origin.
 DictionaryBody& editable(Ref<const ValueBody>& body, size_t more = 0) {
   // bodies are made as mutable objects; handles only see them as constants
   auto& old = const_cast<DictionaryBody&>(bodyOf(body));
+  Ref<const Origin> origin = old.origin() ? old.origin()->afterEdit() : Ref<const Origin>();
   if (!body || body->isShared() || !old.hasRoomFor(more)) {
     const Ref<DictionaryBody> made = DictionaryBody::remake(old, more);
+    made->setOrigin(std::move(origin));
     body = made;
     return *made;
   }
-  old.setOrigin({});
+  old.setOrigin(std::move(origin));
   return old;
 }
 

@@ -10,9 +10,9 @@
 
 #include "platform/archive/KeyedArchiver.h"
 #include "platform/archive/KeyedUnarchiver.h"
-#include "platform/archive/PropertyList.h"
 #include "platform/foundation/Exception.h"
 #include "platform/foundation/File.h"
+#include "platform/propertylist/PropertyList.h"
 #include "platform/text/TextClasses.h"
 #include "platform/text/Unarchiver.h"
 

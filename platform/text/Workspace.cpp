@@ -5,13 +5,13 @@
 #include <algorithm>
 #include <cstdlib>
 
-#include "platform/archive/Bundle.h"
-#include "platform/archive/PropertyList.h"
 #include "platform/foundation/Array.h"
 #include "platform/foundation/Dictionary.h"
 #include "platform/foundation/Exception.h"
 #include "platform/foundation/File.h"
 #include "platform/foundation/Log.h"
+#include "platform/propertylist/Bundle.h"
+#include "platform/propertylist/PropertyList.h"
 
 namespace ns {
 

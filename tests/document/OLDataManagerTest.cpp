@@ -9,10 +9,10 @@
 #include "model/OLTree.h"
 #include "model/undo/OLTreeUndoController.h"
 #include "platform/archive/KeyedArchiver.h"
-#include "platform/archive/PropertyList.h"
 #include "platform/foundation/Array.h"
 #include "platform/foundation/Dictionary.h"
 #include "platform/foundation/Log.h"
+#include "platform/propertylist/PropertyList.h"
 
 namespace tavlin {
 namespace {

@@ -4,8 +4,8 @@
 #include <filesystem>
 #include <fstream>
 
-#include "platform/archive/Bundle.h"
 #include "platform/drawing/GraphicsContext.h"
+#include "platform/propertylist/Bundle.h"
 #include "tests/drawing/DrawingTesting.h"
 
 using namespace drawing_testing;

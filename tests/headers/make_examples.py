@@ -16,7 +16,7 @@ CODE = re.compile(r'[;{}]\s*(//.*)?$')
 
 ITEM = 'std::shared_ptr<OLNode> item'
 TREE = 'std::shared_ptr<OLTree> tree'
-NOT_CODE = ['platform/archive/StringsTable.h']
+NOT_CODE = ['platform/propertylist/StringsTable.h']
 DRAWING = ('platform/drawing/', 'ui/ImageHelpers.h')
 
 # header: [(parameters, declarations), ...]

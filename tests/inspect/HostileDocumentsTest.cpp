@@ -10,7 +10,7 @@
 #include <vector>
 
 #include "inspect/DocumentInspection.h"
-#include "platform/archive/PropertyListWriter.h"
+#include "platform/propertylist/PropertyListWriter.h"
 #include "platform/text/FontSource.h"
 
 namespace {

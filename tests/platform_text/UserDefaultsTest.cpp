@@ -7,10 +7,10 @@
 
 #include "TextTesting.h"
 #include "platform/archive/KeyedArchiver.h"
-#include "platform/archive/PropertyList.h"
 #include "platform/foundation/Array.h"
 #include "platform/foundation/Exception.h"
 #include "platform/foundation/File.h"
+#include "platform/propertylist/PropertyList.h"
 #include "platform/text/Color.h"
 
 namespace ns {

@@ -5,11 +5,11 @@
 #include <fstream>
 
 #include "TextTesting.h"
-#include "platform/archive/PropertyList.h"
 #include "platform/foundation/Array.h"
 #include "platform/foundation/Dictionary.h"
 #include "platform/foundation/File.h"
 #include "platform/foundation/Log.h"
+#include "platform/propertylist/PropertyList.h"
 
 namespace ns {
 namespace {

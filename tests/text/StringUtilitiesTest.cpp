@@ -5,8 +5,8 @@
 #include <fstream>
 
 #include "../platform_text/TextTesting.h"
-#include "platform/archive/PropertyList.h"
 #include "platform/foundation/Array.h"
+#include "platform/propertylist/PropertyList.h"
 #include "platform/text/Workspace.h"
 #include "text/FieldEditor.h"
 #include "text/TypeUtilities.h"

@@ -12,8 +12,8 @@
 #include <string>
 #include <vector>
 
-#include "platform/archive/Bundle.h"
 #include "platform/foundation/File.h"
+#include "platform/propertylist/Bundle.h"
 
 namespace tavlin {
 namespace {

@@ -6,8 +6,8 @@
 #include <string_view>
 #include <vector>
 
-#include "platform/archive/StringsTable.h"
 #include "platform/foundation/String.h"
+#include "platform/propertylist/StringsTable.h"
 
 namespace ns {
 

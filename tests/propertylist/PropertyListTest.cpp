@@ -1,15 +1,15 @@
-#include "platform/archive/PropertyList.h"
+#include "platform/propertylist/PropertyList.h"
 
 #include <gtest/gtest.h>
 
 #include <cmath>
 #include <limits>
 
-#include "ArchiveTesting.h"
-#include "platform/archive/BinaryPropertyList.h"
+#include "tests/archive/ArchiveTesting.h"
 #include "platform/archive/Record.h"
 #include "platform/foundation/Array.h"
 #include "platform/foundation/Dictionary.h"
+#include "platform/propertylist/BinaryPropertyList.h"
 
 namespace {
 

@@ -1,6 +1,9 @@
-#include "platform/archive/BinaryPropertyList.h"
+#include "platform/propertylist/BinaryPropertyList.h"
 
+#include <bit>
 #include <cstdio>
+
+#include "platform/foundation/AsciiCheck.h"
 
 namespace ns {
 
@@ -118,6 +121,47 @@ const char* BinaryPropertyList::nameOf(Type type) {
       return "a dictionary";
   }
   return "nothing known";
+}
+
+std::optional<String> BinaryPropertyList::string(const Object& object) {
+  if (object.type != Type::ascii) return String::fromUtf16BigEndian(object.text());
+  if (!isAllAscii(object.text())) return std::nullopt;
+  return String::fromAscii(object.text());
+}
+
+Value BinaryPropertyList::scalar(const Object& object) {
+  switch (object.type) {
+    case Type::boolean:
+      return Value(object.width != 0);
+    case Type::integer: {
+      if (object.width == 16) {
+        return Value(Integer{BinaryPropertyList::load(object.bytes + 8, 8),
+                             BinaryPropertyList::load(object.bytes, 8), false, true});
+      }
+      return Value(Integer{BinaryPropertyList::load(object.bytes, object.width), 0, true, false});
+    }
+    case Type::real: {
+      if (object.width == 4) {
+        return Value(
+            std::bit_cast<float>(static_cast<uint32_t>(BinaryPropertyList::load(object.bytes, 4))));
+      }
+      return Value(std::bit_cast<double>(BinaryPropertyList::load(object.bytes, 8)));
+    }
+    case Type::date:
+      return Value(Date{std::bit_cast<double>(BinaryPropertyList::load(object.bytes, 8))});
+    case Type::data:
+      return Value(Data(std::string(object.text())));
+    case Type::ascii:
+    case Type::utf16: {
+      const std::optional<String> text = string(object);
+      return text ? Value(*text) : Value();
+    }
+    case Type::uid:
+    case Type::array:
+    case Type::dictionary:
+      break;
+  }
+  return {};
 }
 
 void BinaryPropertyList::failObject(uint32_t index, uint64_t offset) const {

@@ -1,15 +1,14 @@
-#include "platform/archive/PropertyList.h"
+#include "platform/propertylist/PropertyList.h"
 
 #include <algorithm>
 #include <bit>
 #include <unordered_map>
 
-#include "platform/archive/BinaryPropertyList.h"
-#include "platform/archive/KeyedArchive.h"
-#include "platform/archive/PropertyListWriter.h"
-#include "platform/archive/XmlPropertyList.h"
 #include "platform/foundation/Array.h"
 #include "platform/foundation/Dictionary.h"
+#include "platform/propertylist/BinaryPropertyList.h"
+#include "platform/propertylist/PropertyListWriter.h"
+#include "platform/propertylist/XmlPropertyList.h"
 
 namespace ns {
 
@@ -60,7 +59,11 @@ class Reader {
       made.value = object.type == Type::array ? array(object, depth, made.height)
                                               : dictionary(index, object, depth, made.height);
     } else {
-      made.value = KeyedArchive::scalar(object);
+      made.value = BinaryPropertyList::scalar(object);
+      if (made.value.isNone()) {
+        throw ArchiveException("property list: object " + std::to_string(index) +
+                               " is an ASCII string with bytes above 127");
+      }
     }
     made.isComplete = true;
     return made;

@@ -1,10 +1,10 @@
-#include "platform/archive/PropertyListWriter.h"
+#include "platform/propertylist/PropertyListWriter.h"
 
 #include <bit>
 #include <cstring>
 
-#include "platform/archive/BinaryPropertyList.h"
 #include "platform/foundation/Exception.h"
+#include "platform/propertylist/BinaryPropertyList.h"
 
 namespace ns {
 
@@ -85,7 +85,7 @@ void PropertyListWriter::appendMarker(std::string& out, uint8_t type, size_t cou
   }
 }
 
-PropertyListWriter::PropertyListWriter() { buffer_ = "bplist00"; }
+PropertyListWriter::PropertyListWriter() { buffer_.append("bplist00"); }
 
 void PropertyListWriter::reserve(size_t bytes, size_t objects) {
   buffer_.reserve(bytes);
@@ -141,7 +141,7 @@ PropertyListWriter::Reference PropertyListWriter::find(uint64_t hash, std::strin
     if (slot.hash != shortHash) continue;
     // an object's marker tells its length, so equal leading bytes are the same object
     const uint64_t offset = offsetOf(slot.reference - 1);
-    const std::string_view known = std::string_view(buffer_).substr(offset);
+    const std::string_view known = buffer_.view().substr(offset);
     if (known.size() >= length && known.starts_with(head) &&
         known.substr(head.size()).starts_with(content)) {
       word_ = &slot.word;
@@ -165,7 +165,7 @@ PropertyListWriter::Reference PropertyListWriter::boolean(bool value) {
   Known& known = booleans_[value ? 1 : 0];
   if (known.reference == 0) {
     known.reference = begin() + 1;
-    buffer_.push_back(value ? 0x09 : 0x08);
+    buffer_.append(value ? uint8_t{0x09} : uint8_t{0x08});
   }
   word_ = &known.word;
   return known.reference - 1;
@@ -176,8 +176,8 @@ PropertyListWriter::Reference PropertyListWriter::integer(int64_t value) {
     Known& known = bytes_[value];
     if (known.reference == 0) {
       known.reference = begin() + 1;
-      buffer_.push_back(0x10);
-      buffer_.push_back(static_cast<char>(value));
+      buffer_.append(uint8_t{0x10});
+      buffer_.append(static_cast<uint8_t>(value));
     }
     word_ = &known.word;
     return known.reference - 1;
@@ -277,7 +277,7 @@ PropertyListWriter::Reference PropertyListWriter::value(const Value& value) {
 std::string_view PropertyListWriter::bytesOf(Reference reference) const {
   const uint64_t from = offsetOf(reference);
   const uint64_t to = reference + 1 < offsets_.size() ? offsetOf(reference + 1) : buffer_.size();
-  return std::string_view(buffer_).substr(from, to - from);
+  return buffer_.view().substr(from, to - from);
 }
 
 PropertyListWriter::Reference PropertyListWriter::uid(uint32_t value) {
@@ -295,9 +295,9 @@ PropertyListWriter::Reference PropertyListWriter::uid(uint32_t value) {
   if (known == 0) {
     known = begin() + 1;
     const unsigned width = widthFor(value);
-    buffer_.push_back(static_cast<char>(0x80 | (width - 1)));
+    buffer_.append(static_cast<uint8_t>(0x80 | (width - 1)));
     for (unsigned byte = width; byte-- > 0;) {
-      buffer_.push_back(static_cast<char>(static_cast<uint8_t>(value >> (8 * byte))));
+      buffer_.append(static_cast<uint8_t>(value >> (8 * byte)));
     }
   }
   return known - 1;
@@ -306,9 +306,11 @@ PropertyListWriter::Reference PropertyListWriter::uid(uint32_t value) {
 PropertyListWriter::Container PropertyListWriter::container(uint8_t type, size_t count,
                                                             size_t references) {
   const Reference reference = begin();
-  appendMarker(buffer_, type, count);
+  std::string head;
+  appendMarker(head, type, count);
+  buffer_.append(head);
   const size_t at = buffer_.size();
-  buffer_.append(references * 4, '\0');
+  std::memset(buffer_.extend(references * 4), 0, references * 4);
   return {reference, at, references};
 }
 
@@ -322,23 +324,25 @@ PropertyListWriter::Container PropertyListWriter::dictionary(size_t count) {
 
 /// Rewrites the objects with references of fewer bytes.
 void PropertyListWriter::narrow(unsigned width) {
-  std::string narrowed(buffer_, 0, BinaryPropertyList::kHeaderLength);
-  narrowed.reserve(buffer_.size());
+  const std::string_view wide = buffer_.view();
+  GrowingBytes narrowed;
+  narrowed.reserve(wide.size());
+  narrowed.append(wide.substr(0, BinaryPropertyList::kHeaderLength));
   for (size_t index = 0; index < offsets_.size(); ++index) {
     const size_t from = offsets_[index];
-    const size_t to = index + 1 < offsets_.size() ? offsets_[index + 1] : buffer_.size();
+    const size_t to = index + 1 < offsets_.size() ? offsets_[index + 1] : wide.size();
     offsets_[index] = static_cast<uint32_t>(narrowed.size());
-    const auto type = static_cast<uint8_t>(static_cast<uint8_t>(buffer_[from]) & 0xF0);
-    if (type != 0xA0 && type != 0xD0) {
-      narrowed.append(buffer_, from, to - from);
+    const auto marker = static_cast<uint8_t>(wide[from]);
+    if ((marker & 0xF0) != 0xA0 && (marker & 0xF0) != 0xD0) {
+      narrowed.append(wide.substr(from, to - from));
       continue;
     }
     size_t at = from + 1;
-    if ((buffer_[from] & 15) == 15) at += 1 + (size_t{1} << (buffer_[at] & 15));
-    narrowed.append(buffer_, from, at - from);
-    for (; at < to; at += 4) narrowed.append(buffer_, at + 4 - width, width);
+    if ((marker & 15) == 15) at += 1 + (size_t{1} << (wide[at] & 15));
+    narrowed.append(wide.substr(from, at - from));
+    for (; at < to; at += 4) narrowed.append(wide.substr(at + 4 - width, width));
   }
-  buffer_.swap(narrowed);
+  buffer_ = std::move(narrowed);
 }
 
 void PropertyListWriter::storeTrailer(uint8_t* at, unsigned offsetSize, unsigned referenceSize,
@@ -361,8 +365,7 @@ Data PropertyListWriter::finish(Reference top) {
   const unsigned offsetSize = widthFor(tableOffset);
   uint64_t high = 0;
   size_t wrap = 0;
-  buffer_.resize(tableOffset + count * offsetSize + kTrailerLength);
-  auto* out = reinterpret_cast<uint8_t*>(buffer_.data()) + tableOffset;
+  uint8_t* out = buffer_.extend(count * offsetSize + kTrailerLength);
   for (size_t index = 0; index < count; ++index) {
     while (wrap < wraps_.size() && wraps_[wrap] <= index) {
       ++wrap;
@@ -371,7 +374,7 @@ Data PropertyListWriter::finish(Reference top) {
     out = storeInTable(out, high | offsets_[index], offsetSize);
   }
   storeTrailer(out, offsetSize, referenceSize, count, top, tableOffset);
-  Data result(std::move(buffer_));
+  Data result = buffer_.finish();
   *this = PropertyListWriter();
   return result;
 }

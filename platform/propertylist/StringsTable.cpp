@@ -1,4 +1,4 @@
-#include "platform/archive/StringsTable.h"
+#include "platform/propertylist/StringsTable.h"
 
 #include <array>
 #include <cstdint>
@@ -6,10 +6,10 @@
 #include <string>
 #include <string_view>
 
-#include "platform/archive/PropertyList.h"
 #include "platform/foundation/Dictionary.h"
 #include "platform/foundation/Exception.h"
 #include "platform/foundation/Value.h"
+#include "platform/propertylist/PropertyList.h"
 
 namespace ns {
 

@@ -1,4 +1,4 @@
-#include "platform/archive/Bundle.h"
+#include "platform/propertylist/Bundle.h"
 
 #include <limits.h>
 #include <sys/stat.h>

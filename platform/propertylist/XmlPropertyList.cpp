@@ -1,4 +1,4 @@
-#include "platform/archive/XmlPropertyList.h"
+#include "platform/propertylist/XmlPropertyList.h"
 
 #include <expat.h>
 
@@ -12,9 +12,9 @@
 #include <string_view>
 #include <vector>
 
-#include "platform/archive/PropertyListWriter.h"
 #include "platform/foundation/Exception.h"
 #include "platform/foundation/String.h"
+#include "platform/propertylist/PropertyListWriter.h"
 
 namespace ns {
 

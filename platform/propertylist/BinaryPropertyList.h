@@ -2,11 +2,13 @@
 
 #include <cstdint>
 #include <cstring>
+#include <optional>
 #include <string>
 #include <string_view>
 
 #include "platform/foundation/Data.h"
 #include "platform/foundation/Exception.h"
+#include "platform/foundation/Value.h"
 
 namespace ns {
 
@@ -52,6 +54,11 @@ class BinaryPropertyList {
       return {reinterpret_cast<const char*>(bytes), type == Type::utf16 ? count * 2 : count};
     }
   };
+
+  /// The text of a string; none for an ASCII string with bytes above 127.
+  static std::optional<String> string(const Object& object);
+  /// The value of a scalar; none for a container, a UID, and text that is none.
+  static Value scalar(const Object& object);
 
   static constexpr size_t kHeaderLength = 8;  ///< of "bplist00"
   /// Whether the data begins like a binary property list.

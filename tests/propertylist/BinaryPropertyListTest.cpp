@@ -1,10 +1,10 @@
-#include "platform/archive/BinaryPropertyList.h"
+#include "platform/propertylist/BinaryPropertyList.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "ArchiveTesting.h"
-#include "platform/archive/PropertyList.h"
+#include "tests/archive/ArchiveTesting.h"
+#include "platform/propertylist/PropertyList.h"
 
 namespace {
 

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "platform/foundation/Data.h"
+#include "platform/foundation/GrowingBytes.h"
 #include "platform/foundation/Value.h"
 
 namespace ns {
@@ -62,7 +63,7 @@ class PropertyListWriter {
   /// `count` pairs: references 0 to count - 1 are the keys, count to 2 count - 1 the values.
   Container dictionary(size_t count);
   void set(const Container& container, size_t position, Reference reference) {
-    store(buffer_.data() + container.at + position * 4, reference);
+    store(buffer_.bytes() + container.at + position * 4, reference);
   }
   [[nodiscard]] uint32_t objectCount() const { return static_cast<uint32_t>(offsets_.size()); }
   /// An object as it stands in the file, but for the width of references; valid until the next
@@ -99,7 +100,7 @@ class PropertyListWriter {
   static void storeTrailer(uint8_t* at, unsigned offsetSize, unsigned referenceSize, uint64_t count,
                            uint64_t top, uint64_t tableOffset);
 
-  static void store(char* at, uint32_t value) {
+  static void store(uint8_t* at, uint32_t value) {
     const uint32_t bigEndian = __builtin_bswap32(value);
     __builtin_memcpy(at, &bigEndian, sizeof bigEndian);
   }
@@ -126,7 +127,7 @@ class PropertyListWriter {
     uint32_t word = 0;
   };
 
-  std::string buffer_;
+  GrowingBytes buffer_;
   std::vector<uint32_t> offsets_;  // the low 32 bits
   std::vector<Reference> wraps_;   // first object of each further 4 GiB
   std::vector<Slot> slots_;

@@ -1,13 +1,13 @@
-#include "platform/archive/XmlPropertyList.h"
+#include "platform/propertylist/XmlPropertyList.h"
 
 #include <gtest/gtest.h>
 
 #include <cmath>
 
-#include "ArchiveTesting.h"
-#include "platform/archive/PropertyList.h"
+#include "tests/archive/ArchiveTesting.h"
 #include "platform/foundation/Array.h"
 #include "platform/foundation/Dictionary.h"
+#include "platform/propertylist/PropertyList.h"
 
 namespace {
 

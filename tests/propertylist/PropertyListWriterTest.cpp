@@ -1,9 +1,9 @@
-#include "platform/archive/PropertyListWriter.h"
+#include "platform/propertylist/PropertyListWriter.h"
 
 #include <gtest/gtest.h>
 
-#include "ArchiveTesting.h"
-#include "platform/archive/BinaryPropertyList.h"
+#include "tests/archive/ArchiveTesting.h"
+#include "platform/propertylist/BinaryPropertyList.h"
 
 namespace {
 

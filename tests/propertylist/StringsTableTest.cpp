@@ -1,4 +1,4 @@
-#include "platform/archive/StringsTable.h"
+#include "platform/propertylist/StringsTable.h"
 
 #include <gtest/gtest.h>
 
