@@ -123,8 +123,12 @@ void OLNode::encodeWithCoder(ns::Coder& coder) const {
     // lists that nodes share are known by their address, and so is a node's own empty list
     const size_t count = countChildren();
     const void* list = children_ ? static_cast<const void*>(children_.get()) : this;
-    archiver->encodeListForKey(
-        {list, count, childAt, childrenForm_ == ChildrenForm::immutableArray}, kChildrenKey);
+    ns::ObjectList encoded{list, count, childAt, childrenForm_ == ChildrenForm::immutableArray};
+    if (formerRecord_ != 0) {
+      encoded.archive = &archived_.archive;
+      encoded.number = ns::FieldReader(*archived_.archive, formerRecord_).reference(kChildrenKey);
+    }
+    archiver->encodeListForKey(encoded, kChildrenKey);
   } else {
     std::vector<ns::Value> values;
     for (const auto& child : children()) values.emplace_back(child);
@@ -230,7 +234,9 @@ void OLNode::readArchived(ns::KeyedUnarchiver& unarchiver) {
         unarchiver.decodeListForKey(kChildrenKey, makeChildren));
     archived_.data = fields.reference(kDataKey);
   }
-  formerRecord_ = fields.hasOnly(kNodeKeys) ? 0 : fields.number();
+  const bool hasOnlyKnown =
+      fields.hasOnly(kNodeKeys) && !unarchiver.archive()->findings().haveListsOtherFields;
+  formerRecord_ = hasOnlyKnown ? 0 : fields.number();
   if (archived_.children != 0 || archived_.data != 0 || formerRecord_ != 0) {
     archived_.archive = unarchiver.archive();
   }

@@ -67,8 +67,11 @@ ArchiveAdditions::Target ArchiveAdditions::newEntry(Entry entry) {
 
 ArchiveAdditions::Target ArchiveAdditions::newRecord(Fields fields, const ClassInfo& info,
                                                      Old old) {
+  Place archivedClass{};
   if (old.number != 0) {
     const KeyedArchive::Record record = archive_.record(old.number);
+    // the same class may have several records
+    archivedClass = {false, archive_.fieldIndex(record, record.shape->classPosition())};
     const auto own = ownKeysOf(record.archivedClass->kind());
     for (uint32_t i = 0; i < record.shape->count(); ++i) {
       const String& name = record.shape->key(i);
@@ -77,7 +80,8 @@ ArchiveAdditions::Target ArchiveAdditions::newRecord(Fields fields, const ClassI
                           Place{false, archive_.fieldIndex(record, i)});
     }
   }
-  fields.emplace_back(key("$class"), uid(targetOfClass(info)));
+  if (old.number == 0) archivedClass = uid(targetOfClass(info));
+  fields.emplace_back(key("$class"), archivedClass);
   return newEntry({dictionary(fields), old.mayGo ? old.number : 0});
 }
 

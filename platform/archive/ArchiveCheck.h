@@ -33,7 +33,6 @@ std::vector<bool> reachedNumbers(const StoredArchive& archive);
 class ArchiveCheck {
  public:
   explicit ArchiveCheck(const StoredArchive& archive);
-  ~ArchiveCheck();
 
   void runByNumber();
   void runFromRoot();
@@ -46,7 +45,17 @@ class ArchiveCheck {
  private:
   using Object = StoredArchive::Object;
   using Type = StoredArchive::Type;
-  struct Plan;
+  /// A form, with what is known of the records that have it.
+  struct Plan {
+    Plan(const StoredArchive::Shape& shape, const ArchivedClass& archivedClass)
+        : form(shape, archivedClass) {}
+
+    const RecordForm form;
+    uint8_t kind = 0;                    // as in a place
+    uint32_t classIndex = 0;             // what names the class, in the record looked at last
+    bool isNoted = false;                // in the findings, as the form of members or lists
+    uint32_t integerIndex = UINT32_MAX;  // where the integer field of the last member leads
+  };
 
   /// What is known about an archive number.
   struct Place {
@@ -107,15 +116,30 @@ class ArchiveCheck {
   void notePlan(Plan& plan);
   void noteInteger(std::optional<double> value);
 
-  void refer(uint32_t number, uint16_t forbidden);
-  void reach(uint32_t number);
+  void refer(uint32_t number, uint16_t forbidden) {
+    Place& place = places_[number];
+    if (place.mentions < 2) place.mentions = place.mentions + 1U;
+    place.forbidden = static_cast<uint16_t>(place.forbidden | forbidden);
+    if (isFromRoot_) reach(number);
+  }
+  void reach(uint32_t number) {
+    if (reached_[number]) return;
+    reached_[number] = true;
+    pending_.push_back(number);
+  }
   [[nodiscard]] bool isTree();
   /// Whether a parent, as far as it is known, has a child in its list of children.
   [[nodiscard]] bool isChildOf(uint32_t child, uint32_t parent) const {
     const uint32_t list = places_[child].owner;
     return list != 0 && places_[list].owner == parent && places_[parent].kind == kMember;
   }
-  void spend(uint64_t steps);
+  void spend(uint64_t steps) {
+    if (steps > budget_) {
+      throw ArchiveException(
+          "keyed archive: shared containers expand to far more than the file holds");
+    }
+    budget_ -= steps;
+  }
 
   const StoredArchive& archive_;
   const BinaryPropertyList& list_;

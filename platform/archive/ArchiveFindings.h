@@ -25,6 +25,9 @@ struct ArchiveFindings {
   /// Strings that hold "$null".
   std::vector<uint32_t> markedTexts;
 
+  /// Whether some list of children has fields beside its elements.
+  bool haveListsOtherFields = false;
+
   // Of a tree only.
 
   /// What all objects of the tree, or all lists of their children, have in common.

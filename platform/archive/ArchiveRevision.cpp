@@ -240,8 +240,10 @@ std::optional<DataPieces> revisedArchive(const std::shared_ptr<const KeyedArchiv
   try {
     return Revision(*archive).replacing(number, key, value);
   } catch (const NeedsArchiver&) {
-    return std::nullopt;
+  } catch (const ArchiveException&) {
+    // what the root does not lead to may be anything
   }
+  return std::nullopt;
 }
 
 }  // namespace ns

@@ -114,6 +114,16 @@ std::optional<uint32_t> ArchiveShapes::classNumber(const ClassInfo& info) const 
   return first;
 }
 
+const ArchivedClass* ArchiveShapes::classLike(const ClassInfo& info) const {
+  const ArchivedClass* like = nullptr;
+  for (const auto& entry : classes_) {
+    const ClassInfo& known = *entry.second.info;
+    if (known == info) return &entry.second;
+    if (known.name == info.name && known.chain == info.chain) like = &entry.second;
+  }
+  return like;
+}
+
 const ArchiveShape* ArchiveShapes::shapeWithKey(const String& key) const {
   for (const auto& shape : shapes_) {
     if (shape->find(key) != shape->count()) return shape.get();

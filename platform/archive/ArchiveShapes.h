@@ -40,6 +40,8 @@ class ArchiveShapes {
                                           const uint8_t* references, uint64_t count);
   /// The number of a class record with this content, if a record that was looked at has that class.
   [[nodiscard]] std::optional<uint32_t> classNumber(const ClassInfo& info) const;
+  /// The class with this content, or else one with the same name and chain, or none.
+  [[nodiscard]] const ArchivedClass* classLike(const ClassInfo& info) const;
   /// A shape that has a key, or none.
   [[nodiscard]] const ArchiveShape* shapeWithKey(const String& key) const;
 

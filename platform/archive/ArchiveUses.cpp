@@ -1,6 +1,7 @@
 #include "platform/archive/ArchiveUses.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace ns {
 
@@ -8,7 +9,8 @@ ArchiveUses::ArchiveUses(const StoredArchive& archive)
     : archive_(archive),
       list_(archive.propertyList()),
       numbers_(archive.objectCount()),
-      objects_(list_.objectCount()) {}
+      objects_(list_.objectCount()),
+      isUsed_(list_.objectCount()) {}
 
 void ArchiveUses::replace(uint32_t number) {
   if (number == 0 || numbers_[number] != Use::other) return;
@@ -84,6 +86,22 @@ void ArchiveUses::spread() {
 void ArchiveUses::find() {
   findSpares();
   findNulls();
+  const std::vector<Use> numbers(numbers_.begin(), numbers_.end());
+  const std::vector<Use> objects(objects_.begin(), objects_.end());
+  lookAtAll();
+  isUsed_[list_.topObject()] = true;
+  for (const uint32_t spare : spareObjects()) isUsed_[spare] = true;
+  if (std::ranges::find(isUsed_, false) != isUsed_.end()) {
+    // other writers leave objects behind that nothing uses; what those mention is not used by that
+    std::ranges::copy(numbers, numbers_.begin());
+    std::ranges::copy(objects, objects_.begin());
+    findUsed();
+    lookAtAll();
+  }
+  areApart_ = areApart_ && (extents_.areApart() || areApartInAnyOrder());
+}
+
+void ArchiveUses::lookAtAll() {
   const uint32_t count = list_.objectCount();
   for (uint32_t index = 0; index < count;) {
     try {
@@ -95,7 +113,25 @@ void ArchiveUses::find() {
     }
   }
   lookAtEntries();
-  areApart_ = areApart_ && (isAscending_ || isDescending_ || areApartInAnyOrder());
+}
+
+void ArchiveUses::findUsed() {
+  std::ranges::fill(isUsed_, false);
+  std::vector<uint32_t> pending{list_.topObject()};
+  isUsed_[list_.topObject()] = true;
+  while (!pending.empty()) {
+    const uint32_t index = pending.back();
+    pending.pop_back();
+    const Object object = list_.object(index);
+    if (!object.isContainer()) continue;
+    list_.forEachReference(object.bytes, BinaryPropertyList::referenceCount(object),
+                           [&](uint32_t used) {
+                             if (isUsed_[used]) return;
+                             isUsed_[used] = true;
+                             pending.push_back(used);
+                           });
+  }
+  areUsedKnown_ = true;
 }
 
 void ArchiveUses::findSpares() {
@@ -116,20 +152,23 @@ void ArchiveUses::findNulls() {
 }
 
 inline void ArchiveUses::lookAt(uint32_t index) {
-  const Object object = list_.object(index);
   if (objects_[index] == Use::spare) return;
-  noteExtent(index, object);
-  // its uses are told by the entries, and those that are replaced use nothing
-  if (index == archive_.objectsIndex() || objects_[index] == Use::replaced) return;
-  if (object.type == Type::uid) {
+  const Object object = list_.object(index);
+  if (!areUsedKnown_) extents_.add(list_.offsetOf(index), list_.endOf(object));
+  if (areUsedKnown_ && !isUsed_[index]) return;
+  const bool isReplaced = objects_[index] == Use::replaced;
+  if (object.type == Type::uid && !isReplaced) {
     const uint64_t number = BinaryPropertyList::load(object.bytes, object.width);
     if (number < numbers_.size() && numbers_[number] == Use::replaced) {
       keepEntry(static_cast<uint32_t>(number));
     }
   } else if (object.isContainer()) {
+    // the uses of "$objects" are told by the entries, and what is replaced uses nothing
+    const bool keeps = !isReplaced && index != archive_.objectsIndex();
     list_.forEachReference(object.bytes, BinaryPropertyList::referenceCount(object),
                            [&](uint32_t used) {
-                             if (objects_[used] != Use::other) keepObject(used);
+                             isUsed_[used] = true;
+                             if (keeps && objects_[used] != Use::other) keepObject(used);
                            });
   }
 }
@@ -142,25 +181,14 @@ void ArchiveUses::lookAtEntries() {
   }
 }
 
-inline void ArchiveUses::noteExtent(uint32_t index, const Object& object) {
-  const uint64_t begin = list_.offsetOf(index);
-  const uint64_t end = list_.endOf(object);
-  isAscending_ = isAscending_ && begin >= lastEnd_;
-  isDescending_ = isDescending_ && end <= lastBegin_;
-  lastBegin_ = begin;
-  lastEnd_ = end;
-}
-
 bool ArchiveUses::areApartInAnyOrder() const {
-  std::vector<std::pair<uint64_t, uint64_t>> extents;
+  std::vector<ObjectExtents::Extent> extents;
   extents.reserve(list_.objectCount());
   for (uint32_t index = 0; index < list_.objectCount(); ++index) {
     if (objects_[index] == Use::spare) continue;
-    extents.emplace_back(list_.offsetOf(index), list_.endOf(list_.object(index)));
+    extents.push_back({list_.offsetOf(index), list_.endOf(list_.object(index))});
   }
-  std::ranges::sort(extents);
-  const auto meets = [](const auto& one, const auto& next) { return one.second > next.first; };
-  return std::ranges::adjacent_find(extents, meets) == extents.end();
+  return ObjectExtents::areApart(std::move(extents));
 }
 
 std::vector<uint32_t> ArchiveUses::placesOf(const Zeros<Use>& uses, Use use) {

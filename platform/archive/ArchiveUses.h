@@ -4,6 +4,7 @@
 #include <utility>
 #include <vector>
 
+#include "platform/archive/ObjectExtents.h"
 #include "platform/archive/StoredArchive.h"
 #include "platform/foundation/Zeros.h"
 
@@ -65,8 +66,10 @@ class ArchiveUses {
   /// One object: what it refers to among what is replaced stays.
   void lookAt(uint32_t index);
   void lookAtEntries();
+  void lookAtAll();
+  /// Finds the objects that the top one leads to.
+  void findUsed();
   [[nodiscard]] bool areApartInAnyOrder() const;
-  void noteExtent(uint32_t index, const Object& object);
   /// Has everything that something kept leads to stay, too.
   void spread();
   [[nodiscard]] static std::vector<uint32_t> placesOf(const Zeros<Use>& uses, Use use);
@@ -76,12 +79,12 @@ class ArchiveUses {
   const Zeros<Use> numbers_;       // by number
   const Zeros<Use> objects_;       // by place in the table
   std::vector<uint32_t> pending_;  // objects that are kept and still to be looked at
-  // Objects mostly lie in the order of the table, or the other way round.
+  // Which objects some other refers to; once it is known that there are others, which ones the top
+  // object leads to.
+  const Zeros<bool> isUsed_;
+  bool areUsedKnown_ = false;
+  ObjectExtents extents_;
   bool areApart_ = true;
-  bool isAscending_ = true;
-  bool isDescending_ = true;
-  uint64_t lastBegin_ = UINT64_MAX;
-  uint64_t lastEnd_ = 0;
 };
 
 }  // namespace ns

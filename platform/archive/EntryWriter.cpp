@@ -46,7 +46,8 @@ uint32_t EntryWriter::numberOfClass(const ClassRef& archivedClass) {
   return 0;
 }
 
-uint32_t EntryWriter::addClass(const ClassRef& archivedClass, const Fields& others) {
+uint32_t EntryWriter::addClass(const ClassRef& archivedClass, const std::vector<std::string>& hints,
+                               const Fields& others) {
   const uint32_t number = newNumber();
   // held there, so that its address stands for it
   classes_.emplace(archivedClass->name, std::pair(archivedClass, number));
@@ -61,9 +62,7 @@ uint32_t EntryWriter::addClass(const ClassRef& archivedClass, const Fields& othe
   if (archivedClass->hasChain) {
     fields.emplace_back(list_.ascii("$classes"), list(archivedClass->chain));
   }
-  if (!archivedClass->hints.empty()) {
-    fields.emplace_back(list_.ascii("$classhints"), list(archivedClass->hints));
-  }
+  if (!hints.empty()) fields.emplace_back(list_.ascii("$classhints"), list(hints));
   fields.insert(fields.end(), others.begin(), others.end());
   entries_[number] = dictionaryOf(fields);
   return number;

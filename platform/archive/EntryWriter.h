@@ -31,8 +31,9 @@ class EntryWriter {
   uint32_t numberOfScalar(Reference scalar);
   /// The number of the class record with the same content, or 0.
   uint32_t numberOfClass(const ClassRef& archivedClass);
-  /// A class record with what its names tell and these fields more; its number.
-  uint32_t addClass(const ClassRef& archivedClass, const Fields& others);
+  /// A class record with its name and chain, these substitutes and these fields more; its number.
+  uint32_t addClass(const ClassRef& archivedClass, const std::vector<std::string>& hints,
+                    const Fields& others);
   Reference referenceTo(uint32_t number) { return list_.uid(number); }
   void setEntry(uint32_t number, Reference entry) { entries_[number] = entry; }
   void setTop(size_t position, Reference key, Reference value);

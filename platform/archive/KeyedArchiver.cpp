@@ -84,9 +84,10 @@ uint32_t KeyedArchiver::numberOfArchivedObject(const ArchiveCopier::Archive& arc
 uint32_t KeyedArchiver::numberOfClass(const ClassRef& archivedClass) {
   const uint32_t known = writer_.numberOfClass(archivedClass);
   if (known != 0) return known;
-  const auto original = former_ ? former_->classNumber(*archivedClass) : std::nullopt;
-  return writer_.addClass(archivedClass, original ? copier_.otherClassFields(former_, *original)
-                                                  : EntryWriter::Fields());
+  const ArchivedClass* former = former_ ? former_->classLike(*archivedClass) : nullptr;
+  if (!former) return writer_.addClass(archivedClass, archivedClass->hints, {});
+  return writer_.addClass(archivedClass, former->info->hints,
+                          copier_.otherClassFields(former_, former->number));
 }
 
 uint32_t KeyedArchiver::numberOfString(const Value& value) {
@@ -261,6 +262,7 @@ void KeyedArchiver::writeList(uint32_t number, const ObjectList& list) {
     references[i] = writer_.referenceTo(numberOfObject(list.at(list.list, i)));
   }
   writer_.addField(at, writer_.arrayOf(references));
+  if (list.number != 0) copier_.addOtherFields(*list.archive, list.number, ownKeysOf(Kind::array));
   writeRecord(number, list.isImmutable ? arrayClass() : mutableArrayClass());
 }
 

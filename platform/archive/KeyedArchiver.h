@@ -20,6 +20,10 @@ struct ObjectList {
   size_t count;
   const Object* (*at)(const void* list, size_t index);
   bool isImmutable;  ///< NSArray instead of NSMutableArray
+  /// The list's record in an archive, which lives as long as the list, where it has fields beside
+  /// the elements; they are written again.  None: 0.
+  const std::shared_ptr<const KeyedArchive>* archive = nullptr;
+  uint32_t number = 0;
 };
 
 /// Writes an object and everything it refers to as a keyed archive.

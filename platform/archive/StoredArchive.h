@@ -63,6 +63,11 @@ class StoredArchive {
   [[nodiscard]] std::optional<uint32_t> classNumber(const ClassInfo& info) const {
     return shapes_.classNumber(info);
   }
+  /// The class of a record that was looked at which has this content, or else one that has the same
+  /// name and chain; none where there is none.
+  [[nodiscard]] const Class* classLike(const ClassInfo& info) const {
+    return shapes_.classLike(info);
+  }
 
   // Entries.  Numbers passed in are below objectCount().
 
