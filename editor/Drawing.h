@@ -24,12 +24,16 @@ struct Look {
 struct DrawnPiece {
   std::string text;  ///< UTF-8 without anything that a terminal obeys.
   Look look;
+
+  bool operator==(const DrawnPiece&) const = default;
 };
 
 /// A line of the screen, from the left; what it does not reach is blank.
 struct DrawnLine {
   std::vector<DrawnPiece> pieces;
   size_t columns = 0;  ///< That the pieces take.
+
+  bool operator==(const DrawnLine&) const = default;
 
   void add(const std::string& text, size_t textColumns, const Look& look) {
     if (text.empty()) return;

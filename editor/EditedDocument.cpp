@@ -155,7 +155,7 @@ void EditedDocument::setDelegate(const std::shared_ptr<OLDataSourceDelegate>& de
 void EditedDocument::step(const ns::String& name, const std::function<void()>& edit,
                           bool isFolding) {
   if (isFolding && !isInStep_ && manager().canRedo()) {
-    foldWithoutStep(edit);
+    foldWithoutStep(name, edit);
     return;
   }
   const uint64_t before = manager().countRegistered();
@@ -173,9 +173,10 @@ void EditedDocument::step(const ns::String& name, const std::function<void()>& e
   noteRule();
 }
 
-void EditedDocument::foldWithoutStep(const std::function<void()>& edit) {
+void EditedDocument::foldWithoutStep(const ns::String& name,
+                                     const std::function<void()>& edit) {
   // who hears of a change of a flag knows what it was
-  LooseFolding loose{folds_->moment(), {}};
+  LooseFolding loose{name, folds_->moment(), {}};
   manager().disableUndoRegistration();
   try {
     edit();
@@ -221,20 +222,28 @@ void EditedDocument::endStep(const ns::String& name) {
 }
 
 std::optional<ns::String> EditedDocument::undo() {
-  if (!manager().canUndo()) return std::nullopt;
-  const ns::String name = manager().undoActionName();
-  manager().undo();
-  if (position_ > 0) --position_;
-  if (!manager().canUndo()) {
-    // back at the beginning: what was folded on the way, and is no step, goes back too
-    for (; !loose_.empty(); loose_.pop_back()) {
-      for (const auto& [item, was] : loose_.back().flags) item->setIsExpanded(was);
-      folds_->restore(loose_.back().moment);
-    }
+  if (!manager().canUndo() && loose_.empty()) return std::nullopt;
+  const ns::String name = manager().canUndo() ? manager().undoActionName() : loose_.back().name;
+  if (manager().canUndo()) {
+    manager().undo();
+    if (position_ > 0) --position_;
   }
+  // back at the beginning: what was folded on the way, and is no step, goes back too
+  if (!manager().canUndo()) takeBackLooseFolding();
   journal_->takeExpansions();
   noteRule();
   return name;
+}
+
+void EditedDocument::takeBackLooseFolding() {
+  for (; !loose_.empty(); loose_.pop_back()) {
+    for (const auto& [item, was] : loose_.back().flags) {
+      if (item->storesExpanded() == was) continue;
+      item->setIsExpanded(was);
+      journal_->didSetExpanded(item, was);
+    }
+    folds_->restore(loose_.back().moment);
+  }
 }
 
 std::optional<ns::String> EditedDocument::redo() {

@@ -76,7 +76,7 @@ class EditedDocument {
     step(name, edit, true);
   }
   /// Folding that is never a step.
-  void foldWithoutStep(const std::function<void()>& edit);
+  void foldWithoutStep(const ns::String& name, const std::function<void()>& edit);
   /// Everything until endStep() is one step.
   void beginStep();
   void endStep(const ns::String& name);
@@ -121,6 +121,7 @@ class EditedDocument {
   };
   /// A change of folding that undo knows nothing of.
   struct LooseFolding {
+    ns::String name;
     FoldState::Moment moment;
     std::vector<std::pair<std::shared_ptr<OLNode>, bool>> flags;
   };
@@ -128,6 +129,7 @@ class EditedDocument {
   void step(const ns::String& name, const std::function<void()>& edit, bool isFolding);
   void noteStep(uint64_t registeredBefore, bool isFolding);
   void noteRule();
+  void takeBackLooseFolding();
   void use(LoadedDocument loaded);
   EditJournal::Start startOfJournal();
   [[nodiscard]] ns::DataPieces contentNow();

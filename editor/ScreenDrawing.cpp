@@ -109,7 +109,15 @@ void EditorScreen::settleTop() {
       used += rowsOf(at);
     }
   }
-  top_ = topFor(selected, top_ || selected_.level > 0 ? rows / 2 : rows - own);
+  // a new screen, with the item in its middle, and full where there is enough for that
+  top_ = topFor(selected, rows / 2);
+  size_t used = 0;
+  SeenItem last;
+  for (SeenItem at = top_; at && used < rows; at = view_->next(at)) {
+    used += rowsOf(at);
+    last = at;
+  }
+  if (used < rows && last) top_ = topFor(last, rows - std::min(rowsOf(last), rows));
 }
 
 void EditorScreen::labelRows(const SeenItem& first) {

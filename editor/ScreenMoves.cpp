@@ -27,7 +27,7 @@ void EditorScreen::selectRevealed(const SeenItem& item, bool isStep) {
     if (isStep) {
       document_.performFolding(SNUIString::expand(), open);
     } else {
-      document_.foldWithoutStep(open);
+      document_.foldWithoutStep(SNUIString::expand(), open);
     }
   }
   select(item);

@@ -74,7 +74,7 @@ KeyTable userKeys(std::string& message) {
   const std::string file = folder + "/keys";
   try {
     const std::vector<std::string> faults = keys.read(ns::readFile(file).view());
-    if (!faults.empty()) message = file + ": " + faults.front();
+    if (!faults.empty()) message = "keys: " + faults.front();
   } catch (const ns::FileException& exception) {
     if (exception.error() != ENOENT && exception.error() != ENOTDIR) {
       message = file + ": " + std::strerror(exception.error());

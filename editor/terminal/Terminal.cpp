@@ -226,6 +226,15 @@ void Terminal::fitWindow() {
 void Terminal::forgetScreen() { ::clearok(curscr, TRUE); }
 
 void Terminal::show(const Drawing& drawing) {
+  // A line that changed is written anew.  Scrolling parts of the screen instead would save some bytes;
+  // not every terminal knows how, and one that disagrees about a character's width keeps the fault.
+  shown_.resize(rows());
+  for (size_t row = 0; row < rows(); ++row) {
+    DrawnLine line = row < drawing.lines.size() ? drawing.lines[row] : DrawnLine();
+    if (line == shown_[row]) continue;
+    ::wredrawln(stdscr, static_cast<int>(row), 1);
+    shown_[row] = std::move(line);
+  }
   ::werase(stdscr);
   for (size_t row = 0; row < drawing.lines.size() && row < rows(); ++row) {
     ::wmove(stdscr, static_cast<int>(row), 0);

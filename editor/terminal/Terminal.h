@@ -5,6 +5,7 @@
 #include <stdexcept>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "editor/Drawing.h"
 #include "editor/Key.h"
@@ -56,6 +57,7 @@ class Terminal {
   void leave();
   void tell(std::string_view bytes) const;
 
+  std::vector<DrawnLine> shown_;
   bool isPlain_ = false;
   bool knowsXterm_ = false;
   bool canHideCursor_ = true;

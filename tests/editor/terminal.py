@@ -51,17 +51,26 @@ class Editor:
         self.process.delaybeforesend = None
         self.output = b''
 
-    def read(self, seconds=0.05):
-        """Takes in what comes until nothing has come for so long."""
+    def sleeps(self):
         try:
-            while True:
+            with open('/proc/%d/stat' % self.process.pid) as file:
+                return file.read().rpartition(')')[2].split()[0] not in 'RD'
+        except OSError:
+            return True
+
+    def read(self, seconds=0.02):
+        """Takes in what comes until nothing has come for so long and the editor waits."""
+        quiet = 0
+        while quiet < 2:
+            try:
                 bytes_ = self.process.read_nonblocking(65536, timeout=seconds)
                 self.output += bytes_
                 self.stream.feed(bytes_)
-        except pexpect.TIMEOUT:
-            pass
-        except pexpect.EOF:
-            return False
+                quiet = 0
+            except pexpect.TIMEOUT:
+                quiet += self.sleeps()
+            except pexpect.EOF:
+                return False
         return True
 
     def wait(self, condition, what, seconds=30):
@@ -85,7 +94,7 @@ class Editor:
 
     def titles(self):
         """The lines without marks, two blanks for each level."""
-        return [re.sub(r'^([* ] )?( *)[▸▾+\- ] (?:\[.\]|   ) ?', r'\2', line)
+        return [re.sub(r'^( *)[▸▾+\- ] (?:\[.\]|   ) ?', r'\1', line)
                 for line in self.outline()]
 
     def shows(self, text, seconds=30):
