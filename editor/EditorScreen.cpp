@@ -26,13 +26,11 @@ void EditorScreen::resize(size_t columns, size_t rows) {
 
 void EditorScreen::press(const Key& key) {
   // a key of Alt that means nothing by itself was an Escape and another one, close together
-  const bool isLetter = key.alt && !key.ctrl && key.code == KeyCode::character;
-  const bool isKnown = typing_ ? key.character == 'b' || key.character == 'f' || key.character == 'd'
-                               : keys_.commandOf(key).has_value();
-  if (isLetter && !isKnown) {
+  if (key.alt && !knowsWithAlt(key)) {
     press(Key::of(KeyCode::escape));
-    press(Key::ofCharacter(key.character));
-    return;
+    Key other = key;
+    other.alt = false;
+    return press(other);
   }
   message_.clear();
   try {
@@ -51,6 +49,16 @@ void EditorScreen::press(const Key& key) {
     message_ = refusal.what();
   }
   afterKey();
+}
+
+bool EditorScreen::knowsWithAlt(const Key& key) const {
+  const bool isTyped = key.code == KeyCode::character || key.code == KeyCode::enter ||
+                       key.code == KeyCode::tab || key.code == KeyCode::backspace;
+  if (!isTyped) return true;  // one with a sequence of its own, which says Alt itself
+  if (!typing_) return keys_.commandOf(key).has_value();
+  if (key.code == KeyCode::enter || key.code == KeyCode::backspace) return true;
+  return key.code == KeyCode::character && !key.ctrl &&
+         (key.character == 'b' || key.character == 'f' || key.character == 'd');
 }
 
 void EditorScreen::afterKey() {

@@ -49,7 +49,9 @@ class EditorScreen {
   void tick() { noteTyping(); }
 
   [[nodiscard]] bool isFinished() const { return isFinished_; }
-  /// Asks as quitting does, for who ends the editor otherwise.
+  /// The end without a question: what is being typed goes into the document, and what is not saved
+  /// stays in the journal.
+  void stop() { endTyping(); }
   void showMessage(const std::string& text) { message_ = text; }
 
   /// Text for the system's clipboard, once.
@@ -102,6 +104,7 @@ class EditorScreen {
   };
 
   // Keys: EditorScreen.cpp
+  [[nodiscard]] bool knowsWithAlt(const Key& key) const;
   void pressBrowsing(const Key& key);
   void run(EditorCommand command);
   bool runMove(EditorCommand command);

@@ -206,10 +206,20 @@ void EditorScreen::insertItems(OLNodeList items, const ns::String& name) {
     index = indexOf(selected_.item) + 1;
   }
   const std::shared_ptr<OLNode> first = items.front();  // which the model asks to select
+  auto& controller = *document_.editor().controller();
   perform(name, [&] {
+    // several together have the marks of all their siblings refreshed, which one by one do not
+    constexpr size_t kFew = 16;
+    if (items.size() <= kFew) {
+      for (const auto& item : items) {
+        controller.insertItemToParentAtIndex(item, parent, static_cast<int64_t>(index));
+        ++index;
+      }
+      return;
+    }
     ns::IndexSet indexes;
     indexes.addIndexesInRange({index, items.size()});
-    document_.editor().controller()->insertItemsToParentAtIndexes(items, parent, indexes);
+    controller.insertItemsToParentAtIndexes(items, parent, indexes);
   });
   marked_.clear();
   select(view_->find(first));

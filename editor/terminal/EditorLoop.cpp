@@ -37,7 +37,7 @@ bool editOnTerminal(EditedDocument& document, const KeyTable& keys, const std::s
     isDrawn = true;
     const Terminal::Event event = terminal.wait(waitingTime(reader, screen));
     if (event.isEnded) {
-      screen.tick();
+      screen.stop();
       return false;
     }
     if (event.isSuspended) terminal.suspend();

@@ -134,6 +134,7 @@ class Editor:
     def kill(self, number=signal.SIGKILL):
         self.process.kill(number)
         self.wait(lambda: not self.process.isalive(), 'still running')
+        self.read()
 
 
 class Case(unittest.TestCase):
