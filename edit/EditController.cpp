@@ -81,8 +81,9 @@ bool EditController::setObjectValueForKeyByItem(const ns::Value& value, const ns
 }
 
 void EditController::setExpandedByItem(bool expanded, std::shared_ptr<OLNode> item) {
+  const bool was = item && item->storesExpanded();
   Super::setExpandedByItem(expanded, item);
-  if (observer_) observer_->didSetExpanded(item, expanded);
+  if (observer_ && item && item->storesExpanded() != was) observer_->didSetExpanded(item);
 }
 
 void EditController::insertItemToParentAtIndex(std::shared_ptr<OLNode> item,

@@ -22,7 +22,8 @@ class EditObserver {
   virtual void didMove(const std::shared_ptr<OLNode>& item) = 0;
   /// The item has the value now; none where it was removed.
   virtual void didSetValue(const std::shared_ptr<OLNode>& item, const ns::Value& key) = 0;
-  virtual void didSetExpanded(const std::shared_ptr<OLNode>& item, bool expanded) = 0;
+  /// The item's flag has another value than before.
+  virtual void didSetExpanded(const std::shared_ptr<OLNode>& item) = 0;
 };
 
 /// The controller with undo under whose edits check marks and labels are always those that

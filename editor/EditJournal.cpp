@@ -199,15 +199,19 @@ void EditJournal::didSetValue(const std::shared_ptr<OLNode>& item, const ns::Val
   write(written);
 }
 
-void EditJournal::didSetExpanded(const std::shared_ptr<OLNode>& item, bool expanded) {
-  expansions_.emplace_back(item, !expanded);
-  write(record("expand", {pathValue(item), ns::Value(expanded)}));
+void EditJournal::didSetExpanded(const std::shared_ptr<OLNode>& item) {
+  const bool isExpanded = item->storesExpanded();
+  expansions_.emplace(item, !isExpanded);  // the first change tells
+  write(record("expand", {pathValue(item), ns::Value(isExpanded)}));
 }
 
-std::vector<std::pair<std::shared_ptr<OLNode>, bool>> EditJournal::takeExpansions() {
-  std::vector<std::pair<std::shared_ptr<OLNode>, bool>> taken = std::exchange(expansions_, {});
-  std::ranges::reverse(taken);
-  return taken;
+void EditJournal::restoreExpansions() {
+  const auto expansions = std::exchange(expansions_, {});
+  for (const auto& [item, was] : expansions) {
+    if (item->storesExpanded() == was) continue;
+    item->setIsExpanded(was);
+    if (ItemPath::ofItem(item)) write(record("expand", {pathValue(item), ns::Value(was)}));
+  }
 }
 
 std::optional<EditJournal::Origin> EditJournal::originOf(const std::vector<std::string>& records) {

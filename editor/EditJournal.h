@@ -4,7 +4,7 @@
 #include <memory>
 #include <optional>
 #include <string>
-#include <utility>
+#include <unordered_map>
 #include <vector>
 
 #include "edit/DocumentEditor.h"
@@ -54,16 +54,15 @@ class EditJournal final : public EditObserver {
     int64_t index = -1;
   };
   [[nodiscard]] const Place& lastRemoved() const { return lastRemoved_; }
-  /// The items whose flags for folding were changed since this was last asked, with what they were,
-  /// the last one first.
-  std::vector<std::pair<std::shared_ptr<OLNode>, bool>> takeExpansions();
+  /// Gives every item whose flag for folding was changed the one that it had at first.
+  void restoreExpansions();
 
   void didInsert(const OLNodeList& items) override;
   void willRemove(const OLNodeList& items) override;
   void willMove(const std::shared_ptr<OLNode>& item) override;
   void didMove(const std::shared_ptr<OLNode>& item) override;
   void didSetValue(const std::shared_ptr<OLNode>& item, const ns::Value& key) override;
-  void didSetExpanded(const std::shared_ptr<OLNode>& item, bool expanded) override;
+  void didSetExpanded(const std::shared_ptr<OLNode>& item) override;
 
   /// The origin that a journal's first record tells, or none.
   [[nodiscard]] static std::optional<Origin> originOf(const std::vector<std::string>& records);
@@ -81,7 +80,7 @@ class EditJournal final : public EditObserver {
   std::unique_ptr<JournalFile> file_;
   Place lastRemoved_;
   std::string movedFrom_;
-  std::vector<std::pair<std::shared_ptr<OLNode>, bool>> expansions_;
+  std::unordered_map<std::shared_ptr<OLNode>, bool> expansions_;  // the flags at first
 };
 
 }  // namespace tavlin

@@ -139,7 +139,7 @@ void EditedDocument::use(LoadedDocument loaded) {
   steps_.clear();
   position_ = 0;
   saved_ = 0;
-  loose_.clear();
+  looseFolding_.reset();
   hasLooseSinceSave_ = false;
   notedLevels_.reset();
   isNew_ = !loaded_.state.isThere();
@@ -175,8 +175,6 @@ void EditedDocument::step(const ns::String& name, const std::function<void()>& e
 
 void EditedDocument::foldWithoutStep(const ns::String& name,
                                      const std::function<void()>& edit) {
-  // who hears of a change of a flag knows what it was
-  LooseFolding loose{name, folds_->moment(), {}};
   manager().disableUndoRegistration();
   try {
     edit();
@@ -185,14 +183,12 @@ void EditedDocument::foldWithoutStep(const ns::String& name,
     throw;
   }
   manager().enableUndoRegistration();
-  for (const auto& [item, was] : journal_->takeExpansions()) loose.flags.emplace_back(item, was);
-  loose_.push_back(std::move(loose));
+  looseFolding_ = name;
   hasLooseSinceSave_ = true;
   noteRule();
 }
 
 void EditedDocument::noteStep(uint64_t registeredBefore, bool isFolding) {
-  journal_->takeExpansions();
   if (manager().countRegistered() == registeredBefore) return;
   steps_.resize(position_);
   if (saved_ && *saved_ > position_) saved_.reset();
@@ -222,28 +218,20 @@ void EditedDocument::endStep(const ns::String& name) {
 }
 
 std::optional<ns::String> EditedDocument::undo() {
-  if (!manager().canUndo() && loose_.empty()) return std::nullopt;
-  const ns::String name = manager().canUndo() ? manager().undoActionName() : loose_.back().name;
+  if (!manager().canUndo() && !looseFolding_) return std::nullopt;
+  const ns::String name = manager().canUndo() ? manager().undoActionName() : *looseFolding_;
   if (manager().canUndo()) {
     manager().undo();
     if (position_ > 0) --position_;
   }
   // back at the beginning: what was folded on the way, and is no step, goes back too
-  if (!manager().canUndo()) takeBackLooseFolding();
-  journal_->takeExpansions();
+  if (!manager().canUndo() && looseFolding_) {
+    journal_->restoreExpansions();
+    folds_->dropRule();
+    looseFolding_.reset();
+  }
   noteRule();
   return name;
-}
-
-void EditedDocument::takeBackLooseFolding() {
-  for (; !loose_.empty(); loose_.pop_back()) {
-    for (const auto& [item, was] : loose_.back().flags) {
-      if (item->storesExpanded() == was) continue;
-      item->setIsExpanded(was);
-      journal_->didSetExpanded(item, was);
-    }
-    folds_->restore(loose_.back().moment);
-  }
 }
 
 std::optional<ns::String> EditedDocument::redo() {
@@ -251,7 +239,6 @@ std::optional<ns::String> EditedDocument::redo() {
   const ns::String name = manager().redoActionName();
   manager().redo();
   if (position_ < steps_.size()) ++position_;
-  journal_->takeExpansions();
   noteRule();
   return name;
 }

@@ -119,17 +119,9 @@ class EditedDocument {
   struct Step {
     bool isFolding;
   };
-  /// A change of folding that undo knows nothing of.
-  struct LooseFolding {
-    ns::String name;
-    FoldState::Moment moment;
-    std::vector<std::pair<std::shared_ptr<OLNode>, bool>> flags;
-  };
-
   void step(const ns::String& name, const std::function<void()>& edit, bool isFolding);
   void noteStep(uint64_t registeredBefore, bool isFolding);
   void noteRule();
-  void takeBackLooseFolding();
   void use(LoadedDocument loaded);
   EditJournal::Start startOfJournal();
   [[nodiscard]] ns::DataPieces contentNow();
@@ -154,7 +146,7 @@ class EditedDocument {
   std::optional<size_t> saved_ = 0;  // the position that the file has; none: it has gone
   bool isInStep_ = false;
   uint64_t stepBegan_ = 0;
-  std::vector<LooseFolding> loose_;
+  std::optional<ns::String> looseFolding_;  // the last one that was no step
   bool hasLooseSinceSave_ = false;
   bool isNew_ = false;
   std::optional<size_t> notedLevels_;

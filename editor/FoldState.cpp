@@ -15,29 +15,17 @@ bool FoldState::isMeantOpen(const OLNode& item, size_t level) const {
   return level < *rule_.openLevels;
 }
 
-std::optional<uint64_t> FoldState::stampOf(const std::shared_ptr<OLNode>& item) const {
+void FoldState::changeStamp(std::shared_ptr<OLNode> item, std::optional<uint64_t> stamp) {
   const auto found = stamps_.find(item);
-  return found == stamps_.end() ? std::nullopt : std::optional(found->second);
-}
-
-void FoldState::restoreStamp(const std::shared_ptr<OLNode>& item, std::optional<uint64_t> stamp) {
+  const auto former = found == stamps_.end() ? std::nullopt : std::optional(found->second);
+  editor_.undoManager()
+      ->prepareWithInvocationTarget(this, "changeStamp")
+      .call(&FoldState::changeStamp, item, former);
   if (stamp) {
     stamps_[item] = *stamp;
   } else {
     stamps_.erase(item);
   }
-}
-
-void FoldState::restore(const Moment& moment) {
-  rule_.openLevels = moment.openLevels;
-  rule_.since = moment.since;
-}
-
-void FoldState::changeStamp(std::shared_ptr<OLNode> item, std::optional<uint64_t> stamp) {
-  editor_.undoManager()
-      ->prepareWithInvocationTarget(this, "changeStamp")
-      .call(&FoldState::changeStamp, item, stampOf(item));
-  restoreStamp(item, stamp);
 }
 
 bool FoldState::setOpen(const std::shared_ptr<OLNode>& item, size_t level, bool isOpen) {

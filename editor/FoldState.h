@@ -40,15 +40,8 @@ class FoldState final : public ns::Object {
   /// Opens just the items of so many levels, from the top; 0 closes all.
   void setOpenLevels(size_t levels);
 
-  /// A moment to come back to without undo.
-  struct Moment {
-    std::optional<size_t> openLevels;
-    uint64_t since = 0;
-  };
-  [[nodiscard]] Moment moment() const { return {rule_.openLevels, rule_.since}; }
-  void restore(const Moment& moment);
-  [[nodiscard]] std::optional<uint64_t> stampOf(const std::shared_ptr<OLNode>& item) const;
-  void restoreStamp(const std::shared_ptr<OLNode>& item, std::optional<uint64_t> stamp);
+  /// Has no rule hold any longer, without undo.
+  void dropRule() { rule_ = {}; }
 
   /// Has every item's flag say what is seen, while `use` runs; linear where there is a rule.
   template <class Use>
