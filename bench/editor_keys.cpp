@@ -1,7 +1,7 @@
 // How long keys take in the editor: editor_keys FILE KEYS [TIMES]
 //
-// Carries out the keys of a story so many times on a document, draws after each, and prints for every
-// key the median, the 99th percentile and the longest time, in milliseconds.
+// Carries out the keys of a story so many times on a document, draws after each, and prints for
+// every key the median, the 99th percentile and the longest time, in milliseconds.
 
 #include <algorithm>
 #include <chrono>

@@ -178,8 +178,8 @@ std::vector<std::string> KeyTable::read(std::string_view content) {
     if (!key) {
       faults.push_back(where + "there is no key \"" + keyName + "\"");
     } else if (!more.empty() || (entry == entries.end() && command != "none")) {
-      faults.push_back(where + "there is no command \"" + command + (more.empty() ? "" : " " + more) +
-                       "\"");
+      faults.push_back(where + "there is no command \"" + command +
+                       (more.empty() ? "" : " " + more) + "\"");
     } else {
       const std::string name = nameOfKey(*key);
       std::erase_if(order_, [&name](const auto& one) { return one.first == name; });

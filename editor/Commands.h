@@ -79,7 +79,7 @@ class KeyTable {
   KeyTable();
 
   /// Takes the lines of a file: a key and the name of a command ("Ctrl-T indent"), or "none" for a
-  /// key that is to do nothing.  "#" begins a comment; the key of that sign is called Hash.  Answers
+  /// key that is to do nothing.  "#" begins a comment; the key of that sign is called Hash. Answers
   /// what is wrong, a line each: "line 3: there is no command \"indet\"".
   std::vector<std::string> read(std::string_view content);
 
@@ -90,8 +90,8 @@ class KeyTable {
  private:
   void bind(const std::string& key, EditorCommand command);
 
-  std::map<std::string, EditorCommand> commands_;                  // by name of the key
-  std::vector<std::pair<std::string, EditorCommand>> order_;       // as they were bound
+  std::map<std::string, EditorCommand> commands_;             // by name of the key
+  std::vector<std::pair<std::string, EditorCommand>> order_;  // as they were bound
 };
 
 }  // namespace tavlin

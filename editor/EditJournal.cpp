@@ -11,7 +11,9 @@ namespace tavlin {
 
 namespace {
 
-ns::Value textValue(const std::string& text) { return ns::Value(ns::String(std::string_view(text))); }
+ns::Value textValue(const std::string& text) {
+  return ns::Value(ns::String(std::string_view(text)));
+}
 
 ns::Value pathValue(const std::shared_ptr<OLNode>& item) {
   return textValue(DocumentEditor::pathOf(item));

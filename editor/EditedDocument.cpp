@@ -173,8 +173,7 @@ void EditedDocument::step(const ns::String& name, const std::function<void()>& e
   noteRule();
 }
 
-void EditedDocument::foldWithoutStep(const ns::String& name,
-                                     const std::function<void()>& edit) {
+void EditedDocument::foldWithoutStep(const ns::String& name, const std::function<void()>& edit) {
   manager().disableUndoRegistration();
   try {
     edit();

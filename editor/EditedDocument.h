@@ -141,8 +141,8 @@ class EditedDocument {
   std::optional<time_t> unsavedWork_;
   std::string failure_;
 
-  std::vector<Step> steps_;        // what undo and redo walk along
-  size_t position_ = 0;            // steps that are done
+  std::vector<Step> steps_;          // what undo and redo walk along
+  size_t position_ = 0;              // steps that are done
   std::optional<size_t> saved_ = 0;  // the position that the file has; none: it has gone
   bool isInStep_ = false;
   uint64_t stepBegan_ = 0;

@@ -36,6 +36,8 @@ class EditorScreen {
   EditorScreen& operator=(const EditorScreen&) = delete;
 
   void resize(size_t columns, size_t rows);
+  [[nodiscard]] size_t columns() const { return columns_; }
+  [[nodiscard]] size_t rows() const { return rows_; }
   /// Marks of ASCII only, for terminals that have few characters.
   void setPlainMarks(bool isPlain) { hasPlainMarks_ = isPlain; }
   void press(const Key& key);

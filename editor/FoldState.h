@@ -15,8 +15,8 @@ namespace tavlin {
 ///
 /// An item's own flag says so, as the document has it and the outliner changes it.  A command for
 /// all items (fold all, unfold to a level) cannot set a million flags while somebody waits: it is
-/// a rule that holds for every item whose flag was not set since.  Flags are written as the rule has
-/// them when the document is.
+/// a rule that holds for every item whose flag was not set since.  Flags are written as the rule
+/// has them when the document is.
 class FoldState final : public ns::Object {
  public:
   explicit FoldState(DocumentEditor& editor) : editor_(editor) {}

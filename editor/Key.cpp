@@ -61,9 +61,9 @@ Key functionKey(int number, int modifiers) {
 
 /// The key of a control sequence that ends in a letter.
 Key letterKey(char last, int modifiers) {
-  static const std::map<char, KeyCode> codes = {
-      {'A', KeyCode::up},   {'B', KeyCode::down}, {'C', KeyCode::right},
-      {'D', KeyCode::left}, {'H', KeyCode::home}, {'F', KeyCode::end}};
+  static const std::map<char, KeyCode> codes = {{'A', KeyCode::up},    {'B', KeyCode::down},
+                                                {'C', KeyCode::right}, {'D', KeyCode::left},
+                                                {'H', KeyCode::home},  {'F', KeyCode::end}};
   if (last >= 'P' && last <= 'S') return functionKey(last - 'P' + 1, modifiers);
   Key key;
   setModifiers(key, modifiers);
@@ -75,7 +75,8 @@ Key letterKey(char last, int modifiers) {
   } else if (const auto found = codes.find(last); found != codes.end()) {
     key.code = found->second;
   } else if (last >= 'a' && last <= 'd') {  // rxvt: shift after "[", ctrl after "O"
-    key.code = std::array{KeyCode::up, KeyCode::down, KeyCode::right, KeyCode::left}[size_t(last - 'a')];
+    key.code =
+        std::array{KeyCode::up, KeyCode::down, KeyCode::right, KeyCode::left}[size_t(last - 'a')];
   }
   return key;
 }
@@ -83,12 +84,12 @@ Key letterKey(char last, int modifiers) {
 /// The key of one that ends in "~", by its number.
 Key numberedKey(int number, int modifiers) {
   static const std::map<int, KeyCode> codes = {
-      {1, KeyCode::home},   {2, KeyCode::insert}, {3, KeyCode::deleteForward}, {4, KeyCode::end},
-      {5, KeyCode::pageUp}, {6, KeyCode::pageDown}, {7, KeyCode::home},        {8, KeyCode::end}};
-  static const std::map<int, int> functions = {
-      {11, 1},  {12, 2},  {13, 3},  {14, 4},  {15, 5},  {17, 6},  {18, 7},
-      {19, 8},  {20, 9},  {21, 10}, {23, 11}, {24, 12}, {25, 13}, {26, 14},
-      {28, 15}, {29, 16}, {31, 17}, {32, 18}, {33, 19}, {34, 20}};
+      {1, KeyCode::home},   {2, KeyCode::insert},   {3, KeyCode::deleteForward}, {4, KeyCode::end},
+      {5, KeyCode::pageUp}, {6, KeyCode::pageDown}, {7, KeyCode::home},          {8, KeyCode::end}};
+  static const std::map<int, int> functions = {{11, 1},  {12, 2},  {13, 3},  {14, 4},  {15, 5},
+                                               {17, 6},  {18, 7},  {19, 8},  {20, 9},  {21, 10},
+                                               {23, 11}, {24, 12}, {25, 13}, {26, 14}, {28, 15},
+                                               {29, 16}, {31, 17}, {32, 18}, {33, 19}, {34, 20}};
   if (const auto found = functions.find(number); found != functions.end()) {
     return functionKey(found->second, modifiers);
   }
@@ -194,7 +195,8 @@ std::string nameOfKey(const Key& key) {
 std::optional<Key> keyNamed(std::string_view name) {
   Key key;
   const auto take = [&name](std::string_view prefix) {
-    if (name.size() <= prefix.size() || !isSame(name.substr(0, prefix.size()), prefix)) return false;
+    if (name.size() <= prefix.size() || !isSame(name.substr(0, prefix.size()), prefix))
+      return false;
     name.remove_prefix(prefix.size());
     return true;
   };
@@ -257,8 +259,9 @@ std::optional<Key> KeyReader::next() {
       const size_t end = bytes_.find(kPasteEnd);
       // the end may have come in part
       const size_t whole = end != std::string::npos ? end
-                           : bytes_.size() >= kPasteEnd.size() ? bytes_.size() - kPasteEnd.size() + 1
-                                                               : 0;
+                           : bytes_.size() >= kPasteEnd.size()
+                               ? bytes_.size() - kPasteEnd.size() + 1
+                               : 0;
       pasted_.append(bytes_, 0, whole);
       bytes_.erase(0, whole);
       if (end == std::string::npos) return std::nullopt;
@@ -304,9 +307,14 @@ KeyReader::Parsed KeyReader::parse(std::string_view bytes) const {
 
 KeyReader::Parsed KeyReader::parseCharacter(std::string_view bytes) {
   const auto first = static_cast<unsigned char>(bytes[0]);
-  const size_t length = first < 0x80 ? 1 : first < 0xC2 ? 1 : first < 0xE0 ? 2 : first < 0xF0 ? 3 : 4;
+  const size_t length = first < 0x80   ? 1
+                        : first < 0xC2 ? 1
+                        : first < 0xE0 ? 2
+                        : first < 0xF0 ? 3
+                                       : 4;
   for (size_t i = 1; i < length && i < bytes.size(); ++i) {
-    if ((static_cast<unsigned char>(bytes[i]) & 0xC0U) != 0x80) return {Key::ofCharacter(0xFFFD), i};
+    if ((static_cast<unsigned char>(bytes[i]) & 0xC0U) != 0x80)
+      return {Key::ofCharacter(0xFFFD), i};
   }
   if (bytes.size() < length) return {{}, 0};
   const std::u16string units = ns::String(bytes.substr(0, length)).units();

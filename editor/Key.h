@@ -43,9 +43,9 @@ struct Key {
   bool shift = false;      ///< Not of characters, which are other ones then.
   bool alt = false;
   bool ctrl = false;
-  size_t row = 0;     ///< Of the mouse, from 0; so is the next.
+  size_t row = 0;  ///< Of the mouse, from 0; so is the next.
   size_t column = 0;
-  std::string text;   ///< What was pasted, as UTF-8.
+  std::string text;  ///< What was pasted, as UTF-8.
 
   bool operator==(const Key&) const = default;
 

@@ -9,8 +9,8 @@ namespace tavlin {
 
 /// Takes the model's requests to select, and keeps the last of them.
 ///
-/// The outline is shown as a tree, so where the last or the first child of an item went, the item or
-/// its new first child is selected; at the top of the document, what is above.
+/// The outline is shown as a tree, so where the last or the first child of an item went, the item
+/// or its new first child is selected; at the top of the document, what is above.
 class ScreenDelegate final : public OLDataSourceDelegate {
  public:
   explicit ScreenDelegate(EditedDocument& document) : document_(document) {}

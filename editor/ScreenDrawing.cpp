@@ -142,7 +142,9 @@ Drawing EditorScreen::draw() {
   drawing.lines.resize(area());
   targets_.resize(rows_);
   if (rows_ > 1) drawing.lines.push_back(statusLine(drawing));
-  if (rows_ > 2 || rows_ == 1) drawing.lines.push_back(rows_ > 2 ? hintLine() : statusLine(drawing));
+  if (rows_ > 2 || rows_ == 1)
+    drawing.lines.push_back(rows_ > 2 ? hintLine() : statusLine(drawing));
+  for (DrawnLine& line : drawing.lines) line = clipped(line, columns_);
   return drawing;
 }
 
@@ -251,8 +253,8 @@ void EditorScreen::drawNote(const SeenItem& item, size_t indent, Drawing& drawin
     const auto column =
         addText(line, text, lines[i].begin, lines[i].end, width, looks, look, place);
     if (isTyped && i == current) {
-      drawing.cursor =
-          Drawing::Place{drawing.lines.size(), std::min(start + column.value_or(width), columns_ - 1)};
+      drawing.cursor = Drawing::Place{drawing.lines.size(),
+                                      std::min(start + column.value_or(width), columns_ - 1)};
     }
     if (isCut && !isTyped && i + 1 == first + most) line.add("…", 1, look);
     drawing.lines.push_back(std::move(line));

@@ -73,7 +73,8 @@ void EditorScreen::keepingFolds(const OLNodeList& items, const std::function<voi
 bool EditorScreen::indent() {
   const OLNodeList items = chosenItems();
   if (items.empty()) return false;
-  const bool isPossible = std::ranges::all_of(items, [](const auto& one) { return indexOf(one) > 0; });
+  const bool isPossible =
+      std::ranges::all_of(items, [](const auto& one) { return indexOf(one) > 0; });
   if (!isPossible) {
     refuse(localized("There is nothing above to indent it under"));
     return false;
@@ -109,8 +110,8 @@ void EditorScreen::moveAmongSiblings(int64_t distance) {
   std::unordered_set<const OLNode*> blocked;
   OLNodeList moving;
   for (const auto& item : items) {
-    const auto neighbour =
-        item->parent()->childAtIndex(static_cast<uint64_t>(static_cast<int64_t>(indexOf(item)) + distance));
+    const auto neighbour = item->parent()->childAtIndex(
+        static_cast<uint64_t>(static_cast<int64_t>(indexOf(item)) + distance));
     if (!neighbour || blocked.contains(neighbour.get())) {
       blocked.insert(item.get());
     } else {
@@ -136,7 +137,8 @@ void EditorScreen::toggleCheck() {
   auto& controller = *document_.editor().controller();
   perform(SNUIString::toggleCheckState(), [&] {
     for (const auto& item : items) {
-      if (!showsCheckMark(item)) controller.setObjectValueForKeyByItem(true, "showCheckState", item);
+      if (!showsCheckMark(item))
+        controller.setObjectValueForKeyByItem(true, "showCheckState", item);
       document_.editor().set(item, {.title = {}, .note = {}, .isChecked = !isChecked});
     }
   });
@@ -236,7 +238,8 @@ void EditorScreen::pasteText(const std::string& text) {
 void EditorScreen::undo(bool isRedo) {
   const auto name = isRedo ? document_.redo() : document_.undo();
   if (!name) {
-    message_ = isRedo ? localized("There is nothing to redo") : localized("There is nothing to undo");
+    message_ =
+        isRedo ? localized("There is nothing to redo") : localized("There is nothing to undo");
     return;
   }
   message_ = (isRedo ? localized("Redone:") : localized("Undone:")) + " " + name->utf8();

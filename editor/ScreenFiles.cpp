@@ -120,9 +120,10 @@ void EditorScreen::offerUnsavedWork() {
     message_ = isWhole ? localized("The unsaved work is here again")
                        : localized("Only a part of the unsaved work could be read");
   };
-  question.answers = {{{'r', 'y'}, localized("recover"), recover},
-                      {{'d', 'n'}, localized("delete it"), [this] { document_.forgetUnsavedWork(); }},
-                      {{'q'}, localized("quit"), [this] { isFinished_ = true; }}};
+  question.answers = {
+      {{'r', 'y'}, localized("recover"), recover},
+      {{'d', 'n'}, localized("delete it"), [this] { document_.forgetUnsavedWork(); }},
+      {{'q'}, localized("quit"), [this] { isFinished_ = true; }}};
   ask(std::move(question));
 }
 

@@ -39,15 +39,14 @@ DrawnLine EditorScreen::statusLine(Drawing& drawing) const {
     const size_t width = columns_ > line.columns + 1 ? columns_ - line.columns - 1 : 1;
     size_t begin = 0;
     const size_t at = prompt_->text.at();
-    while (begin < at &&
-           shownColumns(ns::String(text.substr(begin, at - begin)).utf8()) > width) {
+    while (begin < at && shownColumns(ns::String(text.substr(begin, at - begin)).utf8()) > width) {
       begin = characterAfter(text, begin);
     }
     const size_t start = line.columns;
     addText(line, text, begin, text.size(), width, TextLooks(ns::Value()), look, std::nullopt);
     const size_t before = shownColumns(ns::String(text.substr(begin, at - begin)).utf8());
-    drawing.cursor = Drawing::Place{rows_ > 2 ? rows_ - 2 : rows_ - 1,
-                                    std::min(start + before, columns_ - 1)};
+    drawing.cursor =
+        Drawing::Place{rows_ > 2 ? rows_ - 2 : rows_ - 1, std::min(start + before, columns_ - 1)};
     if (!message_.empty()) {
       line.addBlanks(2, look);
       addPlain(line, message_, columns_ > line.columns ? columns_ - line.columns : 0, look);
@@ -87,7 +86,8 @@ std::vector<std::pair<std::string, std::string>> EditorScreen::hints() const {
   if (helpTop_) return {{"Esc", localized("back")}, {"PageDown", localized("more")}};
   if (prompt_) return {{"Enter", localized("done")}, {"Esc", localized("back")}};
   if (typing_ && typing_->field == Field::note) {
-    return {{"Esc", localized("done")}, {"Enter", localized("new line")}, {"^S", localized("save")}};
+    return {
+        {"Esc", localized("done")}, {"Enter", localized("new line")}, {"^S", localized("save")}};
   }
   if (typing_) {
     return {{"Esc", localized("done")},

@@ -137,7 +137,8 @@ void EditorScreen::searchOn(ScreenSearch::Direction direction) {
     message_ = localized("Nothing was searched for yet");
     return;
   }
-  search_.start(document_.editor().controller()->tree(), searched_, direction, selected_.item, false);
+  search_.start(document_.editor().controller()->tree(), searched_, direction, selected_.item,
+                false);
   isSearchPreview_ = false;
   work(std::chrono::milliseconds(4));
   if (search_.state() == ScreenSearch::State::failed) showSearchResult();

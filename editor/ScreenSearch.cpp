@@ -32,7 +32,8 @@ std::shared_ptr<OLNode> ScreenSearch::step() {
 bool ScreenSearch::matches(const std::shared_ptr<OLNode>& item) const {
   for (const char* key : {"title", "note"}) {
     const ns::String text = OLTree::stringForKeyByItem(key, item);
-    if (text.isAscii() ? pattern_->matches(text.ascii()) : pattern_->matches(text.utf8())) return true;
+    if (text.isAscii() ? pattern_->matches(text.ascii()) : pattern_->matches(text.utf8()))
+      return true;
   }
   return false;
 }

@@ -214,8 +214,7 @@ void EditorScreen::newItemBelow() {
   const ItemPlace place = placeBelow(selected_);
   document_.beginStep();
   std::shared_ptr<OLNode> made;
-  perform(SNUIString::add(),
-          [&] { made = document_.editor().add({ns::String(), {}, {}}, place); });
+  perform(SNUIString::add(), [&] { made = document_.editor().add({ns::String(), {}, {}}, place); });
   select(view_->find(made));
   startTyping(selected_, Field::title);
   typing_->stepName = SNUIString::add();

@@ -23,18 +23,19 @@ namespace tavlin {
 
 /// A character as a terminal is given it.
 struct TextCell {
-  size_t begin;         ///< In the text, in UTF-16 code units; so is the next.
+  size_t begin;  ///< In the text, in UTF-16 code units; so is the next.
   size_t end;
-  std::string shown;    ///< UTF-8
-  size_t columns;       ///< that `shown` takes
-  bool isStandIn;       ///< Something is shown in its place.
+  std::string shown;  ///< UTF-8
+  size_t columns;     ///< that `shown` takes
+  bool isStandIn;     ///< Something is shown in its place.
 };
 
 /// The characters of a text, up to the first that begins at or behind `most` columns.
 ///
-/// What terminals obey comes as text: "\x1b", "\u{202e}", "\t"; a line break as "⏎".  What terminals
-/// disagree about in width is left out: what selects the emoji or text form, joiners (the parts of a
-/// joined emoji stand side by side), skin tones.  A mark without a letter stands on a dotted circle.
+/// What terminals obey comes as text: "\x1b", "\u{202e}", "\t"; a line break as "⏎".  What
+/// terminals disagree about in width is left out: what selects the emoji or text form, joiners (the
+/// parts of a joined emoji stand side by side), skin tones.  A mark without a letter stands on a
+/// dotted circle.
 [[nodiscard]] std::vector<TextCell> textCells(std::u16string_view text, size_t most);
 
 /// How many columns UTF-8 text without controls takes.

@@ -13,8 +13,8 @@ namespace tavlin {
 [[nodiscard]] size_t lengthOfText(const ns::Value& text);
 /// What is before a place and what is behind it, each with its attributes.
 [[nodiscard]] std::pair<ns::Value, ns::Value> splitText(const ns::Value& text, size_t at);
-/// Two texts as one, each with its attributes; `between` stands between them where neither is empty.
-/// What was plain beside rich text has no attributes.
+/// Two texts as one, each with its attributes; `between` stands between them where neither is
+/// empty. What was plain beside rich text has no attributes.
 [[nodiscard]] ns::Value joinedText(const ns::Value& one, const ns::Value& other,
                                    const char* between);
 

@@ -40,6 +40,19 @@ std::vector<WrappedLine> wrapped(std::u16string_view text, size_t columns, size_
   return lines;
 }
 
+DrawnLine clipped(const DrawnLine& line, size_t columns) {
+  if (line.columns <= columns) return line;
+  DrawnLine kept;
+  for (const DrawnPiece& piece : line.pieces) {
+    const std::u16string units = ns::String(std::string_view(piece.text)).units();
+    for (const TextCell& cell : textCells(units, columns + 1)) {
+      if (kept.columns + cell.columns > columns) return kept;
+      kept.add(cell.shown, cell.columns, piece.look);
+    }
+  }
+  return kept;
+}
+
 TextLooks::TextLooks(const ns::Value& text) {
   if (!isRichText(text)) return;
   for (const StyledRun& run : styledRuns(ns::AttributedString(text))) {

@@ -36,6 +36,9 @@ class TextLooks {
   std::vector<Run> runs_;
 };
 
+/// The beginning of a line that is longer than so many columns.
+[[nodiscard]] DrawnLine clipped(const DrawnLine& line, size_t columns);
+
 /// Adds a stretch of text to a line, up to so many columns, and "…" where there is more of it.
 /// Answers the column, from the beginning of the stretch, of a place in the text, if it is there.
 std::optional<size_t> addText(DrawnLine& line, std::u16string_view text, size_t begin, size_t end,

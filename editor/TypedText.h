@@ -10,8 +10,8 @@
 
 namespace tavlin {
 
-/// A text while it is typed, with the place where it is.  A rich one keeps its attributes around what
-/// is changed; what comes in takes those of what is before it.
+/// A text while it is typed, with the place where it is.  A rich one keeps its attributes around
+/// what is changed; what comes in takes those of what is before it.
 class TypedText {
  public:
   TypedText() = default;

@@ -110,7 +110,8 @@ void addEdit(CLI::App& table, Action& action) {
       table.add_subcommand("edit", localized("Edits a document on the screen"));
   const auto options = std::make_shared<EditOptions>();
   addSaveOptions(*command, options->saving);
-  command->add_option("FILE", options->file, localized("The document; a new one if it is not there"))
+  command
+      ->add_option("FILE", options->file, localized("The document; a new one if it is not there"))
       ->required()
       ->type_name("");
   setAction(*command, action, [options] { return edit(options->file, options->saving); });

@@ -180,7 +180,9 @@ void Terminal::tell(std::string_view bytes) const {
     const ssize_t count = ::write(STDOUT_FILENO, bytes.data(), bytes.size());
     if (count < 0 && errno == EINTR) continue;
     if (count < 0 && errno == EAGAIN) {
-      struct pollfd writable {STDOUT_FILENO, POLLOUT, 0};
+      struct pollfd writable {
+        STDOUT_FILENO, POLLOUT, 0
+      };
       ::poll(&writable, 1, 1000);
       continue;
     }
@@ -218,7 +220,8 @@ size_t Terminal::rows() const { return static_cast<size_t>(std::max(getmaxy(stds
 
 void Terminal::fitWindow() {
   struct winsize size {};
-  if (::ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) != 0 || size.ws_row == 0 || size.ws_col == 0) return;
+  if (::ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) != 0 || size.ws_row == 0 || size.ws_col == 0)
+    return;
   ::resizeterm(size.ws_row, size.ws_col);
   forgetScreen();
 }
@@ -226,8 +229,9 @@ void Terminal::fitWindow() {
 void Terminal::forgetScreen() { ::clearok(curscr, TRUE); }
 
 void Terminal::show(const Drawing& drawing) {
-  // A line that changed is written anew.  Scrolling parts of the screen instead would save some bytes;
-  // not every terminal knows how, and one that disagrees about a character's width keeps the fault.
+  // A line that changed is written anew.  Scrolling parts of the screen instead would save some
+  // bytes; not every terminal knows how, and one that disagrees about a character's width keeps the
+  // fault.
   shown_.resize(rows());
   for (size_t row = 0; row < rows(); ++row) {
     DrawnLine line = row < drawing.lines.size() ? drawing.lines[row] : DrawnLine();
@@ -246,7 +250,8 @@ void Terminal::show(const Drawing& drawing) {
   }
   ::wattr_set(stdscr, A_NORMAL, 0, nullptr);
   if (drawing.cursor) {
-    ::wmove(stdscr, static_cast<int>(drawing.cursor->row), static_cast<int>(drawing.cursor->column));
+    ::wmove(stdscr, static_cast<int>(drawing.cursor->row),
+            static_cast<int>(drawing.cursor->column));
   } else {
     ::wmove(stdscr, static_cast<int>(rows()) - 1, static_cast<int>(columns()) - 1);
   }
@@ -304,7 +309,8 @@ Terminal::Event Terminal::wait(int milliseconds) {
   const int count = ::poll(files, 2, milliseconds);
   if (count <= 0) return event;
   char numbers[64];
-  const ssize_t signals = (files[1].revents & POLLIN) ? ::read(signalPipe[0], numbers, sizeof numbers) : 0;
+  const ssize_t signals =
+      (files[1].revents & POLLIN) ? ::read(signalPipe[0], numbers, sizeof numbers) : 0;
   for (ssize_t i = 0; i < signals; ++i) {
     if (numbers[i] == SIGWINCH) {
       event.isResized = true;

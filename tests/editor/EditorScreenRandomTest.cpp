@@ -1,4 +1,5 @@
-// Random keys: nothing breaks, undo to the beginning gives the first document, and the journal the last.
+// Random keys: nothing breaks, undo to the beginning gives the first document, and the journal the
+// last.
 
 #include <random>
 
@@ -11,7 +12,8 @@ namespace {
 
 constexpr const char* kGarden =
     "Garden\n\tBeds\n\t\t> long note with words to wrap,\n\t\t> and lines\n\t\tLeeks\n\t\tMöhren\n"
-    "\tTools\n\t\tSpade 👩\u200d🌾\n\t\t\tHandle\n\t\t\t日本のかぶ\nHouse\n\tRoof\n\tCellar\n\t\tWine\n"
+    "\tTools\n\t\tSpade "
+    "👩\u200d🌾\n\t\t\tHandle\n\t\t\t日本のかぶ\nHouse\n\tRoof\n\tCellar\n\t\tWine\n"
     "\t\t\tRed\n\t\t\tWhite\nRoad\n";
 
 class RandomKeys {
@@ -22,20 +24,23 @@ class RandomKeys {
 
   void pressOne(EditorScreen& screen) {
     static const std::vector<std::string> names = {
-        "Up",     "Down",   "Left",      "Right",  "Home",   "End",    "PageUp", "PageDown",
-        "Enter",  "o",      "e",         "n",      "Tab",    "Tab",    "Shift-Tab", "Alt-Up",
-        "Alt-Down", "Space", "x",        "d",      "Ctrl-X", "Ctrl-C", "Ctrl-V", "u",
-        "u",      "Ctrl-R", "/",         "F3",     "Shift-F3", "v",    "-",      "+",
-        "1",      "2",      "3",         "Hash",   "Escape", "Escape", "Escape", "Backspace",
-        "Delete", "Ctrl-Left", "Ctrl-Right", "Ctrl-W", "Alt-Enter", "Ctrl-K", "a", "=r",
-        "=é",     "=日",    "?",         "k",      "j",      "p",      "J",      "K", "Ctrl-Z"};
+        "Up",         "Down",   "Left",      "Right",  "Home",      "End",    "PageUp",
+        "PageDown",   "Enter",  "o",         "e",      "n",         "Tab",    "Tab",
+        "Shift-Tab",  "Alt-Up", "Alt-Down",  "Space",  "x",         "d",      "Ctrl-X",
+        "Ctrl-C",     "Ctrl-V", "u",         "u",      "Ctrl-R",    "/",      "F3",
+        "Shift-F3",   "v",      "-",         "+",      "1",         "2",      "3",
+        "Hash",       "Escape", "Escape",    "Escape", "Backspace", "Delete", "Ctrl-Left",
+        "Ctrl-Right", "Ctrl-W", "Alt-Enter", "Ctrl-K", "a",         "=r",     "=é",
+        "=日",        "?",      "k",         "j",      "p",         "J",      "K",
+        "Ctrl-Z"};
     switch (below(60)) {
       case 0:
         screen.resize(1 + below(100), 1 + below(30));
         return;
       case 1: {
         Key key = Key::of(KeyCode::paste);
-        key.text = std::vector<std::string>{"one", "a\n\tb\nc\n", "x\ny", "\t> note\r\n \n"}[below(4)];
+        key.text =
+            std::vector<std::string>{"one", "a\n\tb\nc\n", "x\ny", "\t> note\r\n \n"}[below(4)];
         screen.press(key);
         return;
       }
@@ -63,10 +68,11 @@ void expectWhole(const OLNode& root) {
   }
 }
 
-void expectDrawn(EditorScreen& screen, size_t columns) {
+void expectDrawn(EditorScreen& screen) {
   const Drawing drawing = screen.draw();
+  ASSERT_EQ(drawing.lines.size(), screen.rows());
   for (const DrawnLine& line : drawing.lines) {
-    ASSERT_LE(line.columns, columns) << line.text();
+    ASSERT_LE(line.columns, screen.columns()) << line.text();
     ASSERT_EQ(line.columns, shownColumns(line.text())) << line.text();
   }
 }
@@ -83,17 +89,17 @@ TEST(EditorScreenRandom, UndoToTheBeginningGivesTheFirstDocument) {
     for (int i = 0; i < 250; ++i) {
       keys.pressOne(screen);
       if (screen.isFinished()) break;
-      (void)screen.draw();
+      expectDrawn(screen);
     }
     screen.resize(60, 12);
-    expectDrawn(screen, 60);
+    expectDrawn(screen);
     expectWhole(*document.root());
     press(screen, {"Escape", "Escape", "Escape"});
     for (int i = 0; i < 400; ++i) press(screen, {"u"});
     ASSERT_FALSE(document.hasChanges()) << seed;
     document.saveAs("undone", true);
     ASSERT_EQ(store.json("undone"), before) << "seed " << seed;
-    expectDrawn(screen, 60);
+    expectDrawn(screen);
   }
 }
 

@@ -63,14 +63,14 @@ TEST_F(EditorScreenTest, UndoShowsWhatIsFolded) {
 
 TEST_F(EditorScreenTest, NamesOfWhatIsUndone) {
   open("a\nb\n");
-  for (const auto& [keys, name] : std::vector<std::pair<Lines, std::string>>{
-           {{"o", "=x", "Escape"}, "Add Item"},
-           {{"e", "=x", "Escape"}, "Edit Item"},
-           {{"n", "=x", "Escape"}, "Edit Note"},
-           {{"d"}, "Delete"},
-           {{"G", "Tab"}, "Indent"},
-           {{"g", "Alt-Down"}, "Move Down"},
-           {{"Ctrl-C", "Ctrl-V"}, "Paste"}}) {
+  for (const auto& [keys, name] :
+       std::vector<std::pair<Lines, std::string>>{{{"o", "=x", "Escape"}, "Add Item"},
+                                                  {{"e", "=x", "Escape"}, "Edit Item"},
+                                                  {{"n", "=x", "Escape"}, "Edit Note"},
+                                                  {{"d"}, "Delete"},
+                                                  {{"G", "Tab"}, "Indent"},
+                                                  {{"g", "Alt-Down"}, "Move Down"},
+                                                  {{"Ctrl-C", "Ctrl-V"}, "Paste"}}) {
     for (const std::string& key : keys) press(*screen_, {key});
     press(*screen_, {"u"});
     EXPECT_EQ(screen_->message(), "Undone: " + name);

@@ -104,7 +104,8 @@ TEST(KeyTable, EveryCommandHasItsKeys) {
 
 TEST(KeyTable, AFileChangesKeys) {
   KeyTable table;
-  const auto faults = table.read("# mine\nCtrl-T indent # that one\nTab none\n\nx  nothing\nFoo up\n");
+  const auto faults =
+      table.read("# mine\nCtrl-T indent # that one\nTab none\n\nx  nothing\nFoo up\n");
   EXPECT_EQ(faults, (std::vector<std::string>{"line 5: there is no command \"nothing\"",
                                               "line 6: there is no key \"Foo\""}));
   EXPECT_EQ(table.commandOf(*keyNamed("Ctrl-T")), EditorCommand::indent);
