@@ -322,7 +322,7 @@ void EditorScreen::pressMouse(const Key& key) {
   if (key.code == KeyCode::wheelDown) return move(3);
   if (key.row >= targets_.size() || !targets_[key.row].item) return;
   const RowTarget target = targets_[key.row];
-  if (!view_->find(target.item.item)) return;
+  if (!view_->find(target.item)) return;
   select(target.item);
   if (target.foldColumn > 0 && key.column + 1 == target.foldColumn) {
     setFold(target.item, !view_->isOpen(target.item));

@@ -6,8 +6,10 @@ namespace tavlin {
 
 namespace {
 
-uint64_t indexOf(const SeenItem& item) {
-  return static_cast<uint64_t>(item.item->parent()->indexOfChild(item.item.get()));
+/// Its index among the children of a parent, or -1; the hint is looked at first.
+int64_t indexOf(const SeenItem& item, OLNode& parent) {
+  if (item.index >= 0) parent.setCacheIndexOfChild(item.index);
+  return parent.indexOfChild(item.item.get());
 }
 
 }  // namespace
@@ -17,11 +19,12 @@ bool OutlineView::isOpen(const SeenItem& item) const {
          (!shownOpen_.empty() && shownOpen_.contains(item.item.get()));
 }
 
-SeenItem OutlineView::first() const { return {root_->childAtIndex(0), 0}; }
+SeenItem OutlineView::first() const { return {root_->childAtIndex(0), 0, 0}; }
 
 SeenItem OutlineView::deepestLast(SeenItem item) const {
   while (item && isOpen(item)) {
-    item = {item.item->childAtIndex(item.item->countChildren() - 1), item.level + 1};
+    const uint64_t last = item.item->countChildren() - 1;
+    item = {item.item->childAtIndex(last), item.level + 1, static_cast<int64_t>(last)};
   }
   return item;
 }
@@ -29,11 +32,11 @@ SeenItem OutlineView::deepestLast(SeenItem item) const {
 SeenItem OutlineView::last() const {
   const uint64_t count = root_->countChildren();
   if (count == 0) return {};
-  return deepestLast({root_->childAtIndex(count - 1), 0});
+  return deepestLast({root_->childAtIndex(count - 1), 0, static_cast<int64_t>(count) - 1});
 }
 
 SeenItem OutlineView::firstChild(const SeenItem& item) const {
-  return {item.item->childAtIndex(0), item.level + 1};
+  return {item.item->childAtIndex(0), item.level + 1, 0};
 }
 
 SeenItem OutlineView::next(const SeenItem& item) const {
@@ -54,25 +57,29 @@ SeenItem OutlineView::previous(const SeenItem& item) const {
 
 SeenItem OutlineView::parent(const SeenItem& item) const {
   if (item.level == 0) return {};
-  return {item.item->parent(), item.level - 1};
+  return {item.item->parent(), item.level - 1, -1};
 }
 
 SeenItem OutlineView::sibling(const SeenItem& item, int64_t distance) const {
-  const int64_t index = static_cast<int64_t>(indexOf(item)) + distance;
+  const std::shared_ptr<OLNode> parent = item.item->parent();
+  const int64_t index = indexOf(item, *parent) + distance;
   if (index < 0) return {};
-  return {item.item->parent()->childAtIndex(static_cast<uint64_t>(index)), item.level};
+  return {parent->childAtIndex(static_cast<uint64_t>(index)), item.level, index};
 }
 
-SeenItem OutlineView::find(const std::shared_ptr<OLNode>& item) const {
-  if (!item || item == root_) return {};
-  size_t level = 0;
-  std::shared_ptr<OLNode> node = item;
+SeenItem OutlineView::find(const SeenItem& item) const {
+  if (!item || item.item == root_) return {};
+  SeenItem found{item.item, 0, -1};
+  SeenItem at = item;
   while (true) {
-    std::shared_ptr<OLNode> parent = node->parent();
-    if (!parent || parent->indexOfChild(node.get()) < 0) return {};
-    if (parent == root_) return {item, level};
-    node = std::move(parent);
-    ++level;
+    const std::shared_ptr<OLNode> parent = at.item->parent();
+    if (!parent) return {};
+    const int64_t index = indexOf(at, *parent);
+    if (index < 0) return {};
+    if (found.index < 0) found.index = index;
+    if (parent == root_) return found;
+    at = {parent, 0, -1};
+    ++found.level;
   }
 }
 

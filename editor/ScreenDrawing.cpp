@@ -86,7 +86,7 @@ void EditorScreen::settleTop() {
   const size_t most = columns_ / 2;
   if (2 * selected.level > most) shift_ = 2 * selected.level - most;
   const size_t rows = std::max<size_t>(area(), 1);
-  top_ = view_->find(top_.item);
+  top_ = view_->find(top_);
   if (top_ && !(view_->seen(top_) == top_)) top_ = {};
   const size_t own = std::min(rowsOf(selected), rows);
   if (top_) {
@@ -175,8 +175,7 @@ void EditorScreen::drawItem(const SeenItem& item, Drawing& drawing) {
   line.add(markOf(document_.editor().controller()->runtimeCheckStateByItem(item.item)), 3, look);
   line.addBlanks(1, look);
   if (labels_) {
-    labels_->setCacheIndexForItem(
-        static_cast<uint64_t>(item.item->parent()->indexOfChild(item.item.get())));
+    labels_->setCacheIndexForItem(static_cast<uint64_t>(std::max<int64_t>(item.index, 0)));
     const ns::Value label = labels_->generateNumberLabelByItem(item.item);
     labels_->setNumberLabelByItem(label, item.item);
     if (label.isString()) {

@@ -44,6 +44,9 @@ ItemPlace EditorScreen::placeBelow(const SeenItem& item) const {
 }
 
 void EditorScreen::perform(const ns::String& name, const std::function<void()>& edit) {
+  // what looks for the selected item among a million siblings finds it at once
+  const auto parent = selected_ ? selected_.item->parent() : nullptr;
+  if (parent && selected_.index >= 0) parent->setCacheIndexOfChild(selected_.index);
   document_.perform(name, edit);
 }
 
@@ -168,7 +171,7 @@ void EditorScreen::remove(const ns::String& name) {
   }
   perform(name, [&] { document_.editor().remove(items); });
   marked_.clear();
-  select(next ? view_->find(next.item) : SeenItem());
+  select(view_->find(next));
 }
 
 bool EditorScreen::copy() {

@@ -9,11 +9,12 @@
 namespace tavlin {
 
 void EditorScreen::settleSelection() {
-  const SeenItem found = view_->find(selected_.item);
+  const SeenItem found = view_->find(selected_);
   if (found) {
     select(view_->seen(found));
   } else {
-    select(top_ && view_->find(top_.item) ? view_->seen(view_->find(top_.item)) : view_->first());
+    const SeenItem top = view_->find(top_);
+    select(top ? view_->seen(top) : view_->first());
   }
 }
 
