@@ -342,28 +342,34 @@ void EditedDocument::bringBackJournal() const {
   }
 }
 
+void EditedDocument::moveJournal(const std::string& name) const {
+  for (const char* part : {".log", ".base"}) {
+    std::rename((journalPath() + part).c_str(), (journalPath() + name + part).c_str());
+  }
+}
+
 bool EditedDocument::recover(const ns::String& name) {
   const auto records = JournalFile::read(journalPath());
-  if (!records) return false;
-  const auto origin = EditJournal::originOf(*records);
-  if (!origin) return false;
+  const auto origin = records ? EditJournal::originOf(*records) : std::nullopt;
   LoadedDocument loaded = loaded_;
-  if (origin->state != stateText(file_)) {
+  bool isKnown = origin.has_value();
+  if (origin && origin->state != stateText(file_)) {
     // the file is another one by now: the work goes on from what it was, and saving will ask
     const auto base = JournalFile::readBase(journalPath());
-    if (!base && origin->state != "none") return false;
+    isKnown = base.has_value();
     if (base) loaded = {store_.load(*base), *base, {}};
   }
-  // Until the new journal is complete the old one stays: its edits come first in the new one.
-  const std::string former = journalPath() + ".former";
-  use(std::move(loaded));
-  for (const char* part : {".log", ".base"}) {
-    std::rename((journalPath() + part).c_str(), (former + part).c_str());
-  }
   unsavedWork_.reset();
+  if (!isKnown) {
+    moveJournal(".unread");  // nobody but its owner throws it away
+    return false;
+  }
+  // Until the new journal is complete the old one stays: its edits come first in the new one.
+  use(std::move(loaded));
+  moveJournal(".former");
   bool isWhole = false;
   perform(name, [&] { isWhole = EditJournal::replay(*records, *editor_, *folds_); });
-  JournalFile::remove(former);
+  JournalFile::remove(journalPath() + ".former");
   return isWhole;
 }
 

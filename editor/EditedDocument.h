@@ -106,7 +106,8 @@ class EditedDocument {
 
   /// When it was written, if there is any.
   [[nodiscard]] std::optional<time_t> unsavedWork() const { return unsavedWork_; }
-  /// Makes the edits again, as one step.  Answers whether all of them could be read.
+  /// Makes the edits again, as one step.  Answers whether all of them could be read; where none
+  /// could, the journal stays beside the others, as NAME.unread.
   bool recover(const ns::String& name);
   /// Removes it for good.
   void forgetUnsavedWork();
@@ -127,6 +128,7 @@ class EditedDocument {
   [[nodiscard]] ns::DataPieces contentNow();
   [[nodiscard]] std::string journalPath() const;
   void bringBackJournal() const;
+  void moveJournal(const std::string& name) const;
   SaveResult writeTo(const std::string& file, const std::optional<ns::FileState>& expected);
 
   DocumentStore& store_;

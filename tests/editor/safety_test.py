@@ -5,7 +5,6 @@ import signal
 import subprocess
 import termios
 import time
-import unittest
 
 import terminal
 
@@ -79,6 +78,22 @@ class Safety(terminal.Case):
         editor.press('Ctrl-S', 'o')
         editor.shows('Saved')
         self.assertEqual(self.saved(), 'One\nTwo\n')
+
+    def test_unsaved_work_whose_document_is_gone_stays(self):
+        self.document('One\n')
+        editor = self.edit()
+        editor.press('o', '=Two', 'Escape')
+        time.sleep(0.5)
+        editor.kill()
+        self.other_program_saves()
+        base = [name for name in self.state_files() if name.endswith('.base')][0]
+        os.remove(self.folder + '/state/tavlin/' + base)
+        editor = self.edit(ready='unsaved work')
+        editor.press('r')
+        editor.shows('Only a part')
+        self.assertEqual(editor.titles(), ['One', 'Other'])
+        editor.quit('q')
+        self.assertEqual([name[-11:] for name in self.state_files()], ['.unread.log'])
 
     def test_a_new_file_is_recovered_too(self):
         editor = self.edit()

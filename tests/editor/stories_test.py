@@ -1,6 +1,6 @@
 """Whole stories, in the kinds of terminals that people have."""
+import os
 import shutil
-import unittest
 
 import terminal
 
@@ -80,6 +80,18 @@ class Story:
         self.assertIn('Roof', editor.text())
         self.assertEqual(editor.quit('q'), 0)
 
+    def test_pasting_ten_thousand_lines(self):
+        self.document('One\nTwo\n')
+        editor = self.edit()
+        editor.paste(''.join('pasted line %d\n' % i for i in range(10000)))
+        editor.shows('10000 items pasted')
+        self.assertEqual(editor.titles()[1], 'pasted line 0')
+        editor.press('u', 'Ctrl-S')
+        editor.shows('nothing to save')
+        editor.press('Ctrl-R', 'Ctrl-S')
+        editor.shows('Saved')
+        self.assertEqual(self.saved().splitlines()[-2:], ['pasted line 9999', 'Two'])
+
     def test_finding_and_checking_off(self):
         self.document(GARDEN)
         editor = self.edit()
@@ -132,7 +144,6 @@ class Inside(terminal.Case):
         self.play(['tmux', '-f', '/dev/null', '-u', '-L', 'test', 'new-session'], 'tmux')
 
     def test_in_screen(self):
-        import os
         os.makedirs(self.folder + '/s', mode=0o700)
         self.play(['screen', '-c', '/dev/null', '-U', 'sh', '-c'], 'screen')
 
