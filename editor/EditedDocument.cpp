@@ -7,14 +7,11 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <charconv>
 #include <cstdio>
-#include <cstdlib>
 #include <cstring>
 #include <filesystem>
 #include <stdexcept>
 
-#include "model/OLException.h"
 #include "platform/foundation/File.h"
 
 namespace tavlin {

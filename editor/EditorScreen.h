@@ -94,10 +94,6 @@ class EditorScreen {
     std::function<void(const std::string&)> onEnter;
     std::function<void()> onEscape;
   };
-  struct DrawnItem {
-    SeenItem item;
-    size_t rows;  // with its note
-  };
   struct RowTarget {
     SeenItem item;
     size_t foldColumn = 0;
