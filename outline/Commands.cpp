@@ -23,6 +23,7 @@ void addCommands(CLI::App& table, Action& action) {
   addConvert(table, action);
   addItem(table, action);
   addApply(table, action);
+  addEdit(table, action);
   addCheck(table, action);
   addCompletions(table, action);
 }

@@ -28,6 +28,7 @@ void addProperties(CLI::App& table, Action& action);
 void addConvert(CLI::App& table, Action& action);
 void addItem(CLI::App& table, Action& action);
 void addApply(CLI::App& table, Action& action);
+void addEdit(CLI::App& table, Action& action);
 
 /// All of them, in the order in which help shows them.
 void addCommands(CLI::App& table, Action& action);

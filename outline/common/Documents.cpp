@@ -103,20 +103,25 @@ ns::Data readInput(const std::string& file) {
   return readInput(file, state);
 }
 
-OpenDocument openDocument(const std::string& file) {
-  OpenDocument opened{file, OLDataManager::create(), {}, {}};
-  opened.content = readInput(file, opened.state);
+std::shared_ptr<OLDataManager> documentOfContent(const ns::Data& content) {
+  auto document = OLDataManager::create();
   try {
     const KeptLog log;
-    if (!opened.document->loadDataRepresentationOfType(opened.content))
-      throw FileFailure(log.last());
+    if (!document->loadDataRepresentationOfType(content)) throw FileFailure(log.last());
   } catch (const ns::Exception& exception) {
     throw FileFailure(exception.what());
   } catch (const OLException& exception) {
     throw FileFailure(exception.what());
   }
-  const auto& tree = opened.document->treeController()->tree();
+  const auto& tree = document->treeController()->tree();
   if (!tree || !tree->rootNode()) throw FileFailure("the document has no items, not even a root");
+  return document;
+}
+
+OpenDocument openDocument(const std::string& file) {
+  OpenDocument opened{file, nullptr, {}, {}};
+  opened.content = readInput(file, opened.state);
+  opened.document = documentOfContent(opened.content);
   return opened;
 }
 

@@ -41,6 +41,9 @@ struct OpenDocument {
 /// none; a document that is opened has a tree with a root.
 [[nodiscard]] OpenDocument openDocument(const std::string& file);
 
+/// The document that the content of a file is.  Raises the same.
+[[nodiscard]] std::shared_ptr<OLDataManager> documentOfContent(const ns::Data& content);
+
 /// The same of a document that is to be saved, which standard input cannot be.
 [[nodiscard]] OpenDocument openDocumentForChange(const std::string& file);
 

@@ -7,7 +7,6 @@
 
 #include "outline/common/Progress.h"
 #include "outline/common/TerminalText.h"
-#include "platform/propertylist/Bundle.h"
 
 namespace tavlin {
 
@@ -54,14 +53,5 @@ void report(std::string_view file, std::string_view text) {
 void reportLines(std::string_view text) { toStandardError(text); }
 
 void setMessageSink(MessageSink sink) { messageSink() = std::move(sink); }
-
-std::string localized(const char* text) {
-  static const bool isEnglish = [] {
-    const std::vector<std::string> languages = ns::Bundle::preferredLanguages();
-    return languages.empty() || languages.front().starts_with("en");
-  }();
-  if (isEnglish) return text;
-  return ns::Bundle::mainBundle().localizedStringForKeyValueTable(text, text, "Outline").utf8();
-}
 
 }  // namespace tavlin

@@ -4,6 +4,8 @@
 #include <string>
 #include <string_view>
 
+#include "ui/Localized.h"  // what is said is said in the user's language
+
 namespace tavlin {
 
 /// What a command answers, and the program ends with.
@@ -24,9 +26,5 @@ void reportLines(std::string_view text);
 /// restores it.
 using MessageSink = std::function<void(std::string_view line)>;
 void setMessageSink(MessageSink sink);
-
-/// A text in the user's language, from the table "Outline" in the resources; the text itself
-/// where that has none.
-[[nodiscard]] std::string localized(const char* text);
 
 }  // namespace tavlin

@@ -60,9 +60,10 @@ def texts_in(source):
 
 def wanted():
     texts = set()
-    for path in sorted((ROOT / 'outline').rglob('*.[ch]*')):
-        if path.suffix in ('.cpp', '.h') and path.stem != 'Messages':  # those have localized() itself
-            texts |= texts_in(path.read_text())
+    for folder in ('outline', 'editor'):
+        for path in sorted((ROOT / folder).rglob('*.[ch]*')):
+            if path.suffix in ('.cpp', '.h'):
+                texts |= texts_in(path.read_text())
     return texts
 
 
