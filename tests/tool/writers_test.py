@@ -1,0 +1,403 @@
+"""Documents of any writer are changed where they are to be, and nowhere else.
+
+    writers_test.py TAVLIN-KEYWORDS
+
+Every document comes in the hands of several writers.  After a write the graph of objects is the
+same but for the keywords, every other entry of the archive is the same byte for byte, and of a
+keyword that was removed nothing is left in the file.
+"""
+import os
+import plistlib
+import shutil
+import subprocess
+import sys
+import tempfile
+import unittest
+
+import archives
+from archives import (Archive, Conditional, Date, Difference, Instance, Single, UID, Wide, array,
+                      attributed, controller, dictionary, document, mutable_string, node, plain,
+                      property_list, ref)
+from graphs import Graph, same
+from kinds import KINDS, font, placed, properties
+from variants import LAYOUTS, VARIANTS, outline, records, shuffled, varied, with_more
+from writers import HANDS, Numbering, Source, Table, written_by
+
+TOOL = sys.argv[1]
+FOREIGN = [hand for hand in HANDS if hand != 'own']
+OLD = ['old', 'older, and long']
+
+
+def class_records(archive):
+    """What the records of all classes hold, apart from their order."""
+    return sorted({repr(sorted(entry.items())) for entry in archive.objects
+                   if isinstance(entry, dict) and '$classname' in entry})
+
+
+def same_but_keywords(before, after, keywords):
+    """Raises Difference unless two documents are one graph but for their keywords."""
+    one, other = Graph(before), Graph(after)
+    if other.keywords() != keywords:
+        raise Difference('keywords %r' % other.keywords())
+    if class_records(one) != class_records(other):
+        raise Difference('records of classes: %r became %r' % (class_records(one),
+                                                               class_records(other)))
+    for graph in one, other:
+        graph.hide_properties('keywords')
+    same(one, other)
+
+
+def allowed(data, keywords):
+    """The numbers whose entries a change of the keywords may replace: the list, what holds it, and
+    what only it holds of what is no longer there."""
+    graph = Graph(data)
+    item = graph.root()
+    found = graph.target(item, 'data')
+    settings = graph.entries(found)['documentProperties']
+    numbers = {item, found, settings}
+    there = graph.entries(settings).get('keywords')
+    if there is not None:
+        numbers.add(there)
+        numbers |= {each.data for each in elements(graph.objects[there])
+                    if graph.objects[each.data] not in keywords}
+    return numbers
+
+
+def elements(record):
+    if 'NS.objects' in record:
+        return record['NS.objects']
+    return [value for key, value in record.items() if key.startswith('NS.object.')]
+
+
+def replaced(before, after):
+    """The numbers of the entries that are no longer what they were, byte for byte."""
+    one, other = Table(before).entries(), Table(after).entries()
+    return {number for number, entry in enumerate(one)
+            if number >= len(other) or other[number] != entry}
+
+
+def idle(data):
+    """How many numbers nothing leads to, and how many of them are null."""
+    source = Source(data)
+    numbers = Numbering(source).by_level()
+    left = [number for number, place in enumerate(numbers.numbers) if number and not place]
+    return len(left), sum(source.raw(source.entries[number]) == archives.scalar_bytes('$null')
+                          for number in left)
+
+
+def is_in(text, data):
+    return text.encode() in data or text.encode('utf-16-be') in data
+
+
+class Case(unittest.TestCase):
+    def setUp(self):
+        self.folder = tempfile.mkdtemp()
+        self.path = os.path.join(self.folder, 'document.tavlin')
+
+    def tearDown(self):
+        shutil.rmtree(self.folder)
+
+    def written(self, content, *keywords):
+        with open(self.path, 'wb') as stream:
+            stream.write(content)
+        done = subprocess.run([TOOL, '-w', self.path, *keywords], capture_output=True, timeout=300)
+        self.assertEqual((done.returncode, done.stderr), (0, b''), done)
+        with open(self.path, 'rb') as stream:
+            return stream.read()
+
+    def keep(self, content, name):
+        """Keeps a document that is not what it should be, where somebody asked for it."""
+        if 'KEPT' in os.environ:
+            with open(os.path.join(os.environ['KEPT'], name.replace(' ', '-')), 'wb') as stream:
+                stream.write(content)
+
+    def each(self, names, action):
+        for name in names:
+            with self.subTest(name):
+                action(name)
+
+    def check_written(self, before, *keywords):
+        """What a write makes of a document, which is the same but for the keywords; writing again
+        changes nothing."""
+        after = self.written(before, *keywords)
+        try:
+            same_but_keywords(before, after, list(keywords))
+        except Difference as difference:
+            self.fail(str(difference))
+        self.assertEqual(self.written(after, *keywords), after, 'a second write changes the file')
+        self.assertLessEqual(idle(after), idle(before))
+        return after
+
+    def check_in_place(self, before, *keywords):
+        """The same, and all that was there stays where it is."""
+        after = self.check_written(before, *keywords)
+        changed = replaced(before, after) - allowed(before, keywords)
+        self.assertLessEqual(len(changed), self.moved(before, after),
+                             'entries are no longer what they were: %s' % sorted(changed)[:20])
+        return after
+
+    @staticmethod
+    def moved(before, after):
+        """How many entries may be others when the last ones took numbers that became free: those,
+        and who holds them by UID."""
+        gone = len(Source(before).entries) - len(Source(after).entries)
+        return max(0, 8 * gone)
+
+
+class Writers(Case):
+    """The hands are what they are said to be."""
+
+    def test_the_own_hand_is_what_the_program_writes(self):
+        """What is archived anew, here for its version, is what the own hand makes of it."""
+        for count in (1, 40, 300):
+            old = plain(outline(count, version=1))
+            new = self.written(old, 'new')
+            self.assertEqual(list(archives.archive_flaws(new)), [])
+            self.assertEqual(written_by('own', new), new)
+
+    def test_plistlib_writes_what_its_hand_does(self):
+        for count in (1, 40, 300):
+            data = plain(outline(count))
+            self.assertEqual(written_by('plistlib', data), plistlib.dumps(
+                plistlib.loads(data), fmt=plistlib.FMT_BINARY))
+
+    def test_hands_hold_the_same_graph(self):
+        def check(name):
+            data = plain(outline(60)) if name == 'outline' else document(placed(KINDS[name]))
+            for hand in HANDS:
+                if hand == 'plistlib':
+                    continue  # it changes the order of keys
+                same(data, written_by(hand, data))
+        self.each(['outline', *KINDS], check)
+
+    def test_the_platform_hand(self):
+        data = written_by('platform', plain(outline()))
+        archive, source = Archive(data), Source(data)
+        places = [list(entry).index('$class') / (len(entry) - 1) for entry in archive.objects
+                  if isinstance(entry, dict) and '$class' in entry]
+        self.assertGreater(sum(place == 0 for place in places), 0.35 * len(places))
+        self.assertGreater(sum(0 < place < 1 for place in places), 0.15 * len(places))
+        self.assertGreater(sum(place == 1 for place in places), 0.15 * len(places))
+        raws = [source.raw(index) for index in range(source.count) if source.kind(index) < 0xA]
+        self.assertEqual(raws.count(archives.scalar_bytes(2)), 2)
+        self.assertGreater(raws.count(archives.scalar_bytes(UID(0))), 1)
+        self.assertEqual(idle(data), (1, 0))
+        root = archive.root()
+        self.assertEqual(archive.target(root, 'children'), root + 1)
+        self.assertGreater(archive.target(root, 'data'), 200)
+
+    def test_the_backwards_hand(self):
+        archive = Archive(written_by('backwards', plain(outline())))
+        for number, entry in enumerate(archive.objects):
+            if archive.objects[1:] and isinstance(entry, dict) and 'children' in entry:
+                self.assertLess(entry['children'].data, number)
+        self.assertEqual(archive.top['root'].data, len(archive.objects) - 1)
+
+
+class Keywords(Case):
+    """Small and middle documents of each writer."""
+
+    def check_steps(self, data):
+        """Adds keywords, changes one, removes one, all, and puts one there again."""
+        data = self.check_in_place(data, *OLD, 'new', 'größe')
+        data = self.check_in_place(data, 'old', 'changed', 'new', 'größe')
+        data = self.check_in_place(data, 'old', 'new')
+        data = self.check_in_place(data)
+        return self.check_in_place(data, 'last')
+
+    def test_every_variant_of_every_writer(self):
+        for name in VARIANTS:
+            data = plain(varied(name, outline(60)))
+            for hand in HANDS:
+                with self.subTest(name, hand=hand):
+                    self.check_steps(written_by(hand, data))
+
+    def test_every_layout_of_every_writer(self):
+        for hand in HANDS:
+            data = written_by(hand, plain(outline(60)))
+            for name, laid in LAYOUTS.items():
+                with self.subTest(name, hand=hand):
+                    self.check_steps(laid(data))
+
+    def test_entries_that_nothing_refers_to(self):
+        for changed in (lambda data: data, shuffled):
+            self.check_steps(changed(plain(varied('entries that nothing refers to', outline(60)))))
+
+    def test_without_keywords_before(self):
+        for hand in HANDS:
+            with self.subTest(hand):
+                self.check_steps_without(written_by(hand, plain(outline(60, None))))
+
+    def check_steps_without(self, data):
+        after = self.written(data, 'new')
+        graph, before = Graph(after), Graph(data)
+        self.assertEqual(graph.keywords(), ['new'])
+        graph.hide_properties('keywords')
+        same(before, graph)
+        self.check_steps_from(after)
+
+    def check_steps_from(self, data):
+        self.check_in_place(self.check_in_place(data, 'new', 'newer'), 'newer')
+
+    def test_every_kind_of_every_writer(self):
+        """Values of every kind in every place; here and there a text is repaired."""
+        def check(name):
+            data = document(placed(KINDS[name]))
+            for hand in HANDS:
+                before = written_by(hand, data)
+                after = self.written(before, 'n', 'größe')
+                archives.compared(before, after, ['n', 'größe'])
+                self.assertEqual(self.written(after, 'n', 'größe'), after)
+                again = self.written(after, 'm')
+                archives.compared(after, again, ['m'])
+        self.each(KINDS, check)
+
+    def test_properties_that_items_share(self):
+        """What another item holds stays its own."""
+        for hand in HANDS:
+            with self.subTest(hand):
+                words = array(['old', 'older'])
+                settings = dictionary({'title': 'T', 'keywords': words})
+                data = document(node({'documentProperties': settings}, [
+                    node({'title': 'a', 'settings': settings}), node({'title': 'b', 'w': words})]))
+                after = self.written(written_by(hand, data), 'new')
+                graph = Graph(after)
+                self.assertEqual(graph.keywords(), ['new'])
+                self.assertTrue(is_in('older', after))
+                words = graph.objects[graph.entries(graph.target(graph.item('2'), 'data'))['w']]
+                self.assertEqual([graph.objects[each.data] for each in words['NS.objects']],
+                                 ['old', 'older'])
+                theirs = graph.entries(graph.target(graph.item('1'), 'data'))['settings']
+                self.assertEqual(graph.objects[graph.entries(theirs)['keywords']], words)
+
+
+class Removed(Case):
+    """What was removed is gone, unless something else is that text."""
+
+    TEXTS = {'short': 'zzgone', 'long': 'zzgone ' * 3000, 'wide': 'zzgöne 日本 \U0001F33F',
+             'long and wide': 'zzgöne' * 5000}
+
+    def test_texts(self):
+        for hand in HANDS:
+            for name, text in self.TEXTS.items():
+                with self.subTest(name, hand=hand):
+                    before = written_by(hand, plain(outline(60, ['a', text, 'b'])))
+                    self.assertTrue(is_in(text, before))
+                    after = self.check_in_place(before, 'a', 'b')
+                    self.assertFalse(is_in(text[:8], after))
+                    self.assertFalse(is_in(text[:8], self.written(before)))
+
+    def test_several(self):
+        for hand in HANDS:
+            with self.subTest(hand):
+                gone = ['zzgone%dü' % number if number % 2 else 'zzgone%d' % number
+                        for number in range(60)]
+                before = written_by(hand, plain(outline(60, ['a', *gone, 'b'])))
+                after = self.check_written(before, 'b', 'c')
+                for text in gone:
+                    self.assertFalse(is_in(text, after), text)
+
+    def test_in_every_layout(self):
+        for hand in HANDS:
+            for name, laid in LAYOUTS.items():
+                with self.subTest(name, hand=hand):
+                    before = laid(written_by(hand, plain(outline(60, ['zzgone', 'a']))))
+                    self.assertFalse(is_in('zzgone', self.check_written(before, 'a')))
+
+    def test_in_every_variant(self):
+        for hand in HANDS:
+            for name in VARIANTS:
+                with self.subTest(name, hand=hand):
+                    before = written_by(hand, plain(varied(name, outline(60, ['zzgone', 'a']))))
+                    self.assertFalse(is_in('zzgone', self.check_written(before, 'a')))
+
+    def test_orphans_that_mention_it(self):
+        """UIDs and containers that nothing refers to do not keep a keyword."""
+        for hand in HANDS:
+            data = written_by(hand, plain(outline(60, ['zzgone', 'a'])))
+            numbers = range(len(Source(data).entries))
+            with self.subTest(hand):
+                before = with_more(data, [archives.scalar_bytes(UID(each)) for each in numbers])
+                self.assertFalse(is_in('zzgone', self.check_written(before, 'a')))
+
+    def test_keywords_that_are_also_keys_and_classes(self):
+        """Equal texts are one object of the file for several writers."""
+        for text in ('title', 'children', 'OLNode', 'keywords', 'documentProperties', 'NS.objects',
+                     '$class', '$classes', '$objects', 'root', 'NSKeyedArchiver', 'Helvetica',
+                     'Title', 'naïve', 'NSObject', 'encoding_version'):
+            for hand in HANDS:
+                with self.subTest(text, hand=hand):
+                    before = written_by(hand, plain(outline(20, ['a', text, 'naïve'])))
+                    after = self.check_in_place(before, 'a')
+                    self.assertEqual(is_in(text, before), is_in(text, after))
+                    self.check_in_place(after, text, 'a')
+
+    def test_what_others_use_stays(self):
+        """Text of a title, in a record, in a list, and of a title as its own entry."""
+        thing = Instance('ZZThing', {'inside': 'zzkept', 'list': ['zzkept']})
+        uses = {'title': {'title': 'zzkept'}, 'mutable text': {'title': mutable_string('zzkept')},
+                'record': {'title': 'x', 'thing': thing}, 'key': {'title': 'x', 'zzkept': 1},
+                'rich text': {'title': attributed('zzkept', {})}}
+        for name, data in uses.items():
+            for hand in HANDS:
+                with self.subTest(name, hand=hand):
+                    before = written_by(hand, document(node(
+                        {'documentProperties': properties(['zzkept', 'a'])}, [node(data)])))
+                    self.assertTrue(is_in('zzkept', self.check_in_place(before, 'a')))
+
+    def test_equal_keywords(self):
+        """One of two equal ones leaves the other."""
+        for hand in HANDS:
+            with self.subTest(hand):
+                before = written_by(hand, plain(outline(20, ['zz', 'zz', 'a'])))
+                after = self.check_in_place(before, 'zz', 'a')
+                self.assertTrue(is_in('zz', after))
+                self.assertFalse(is_in('zz', self.check_in_place(after, 'a')))
+
+
+class Growth(Case):
+    def test_adding_and_removing_by_turns(self):
+        """Fifty times: the file is hardly larger than the first time."""
+        for hand in HANDS:
+            with self.subTest(hand):
+                data = self.written(written_by(hand, plain(outline(400))), 'a', 'b')
+                few = most = len(data)
+                for turn in range(50):
+                    added = ['keyword %d of %d, größe' % (number, turn) for number in range(5)]
+                    more = self.written(data, 'a', *added, 'b')
+                    data = self.written(more, 'a', 'b')
+                    most = max(most, len(data))
+                same_but_keywords(written_by(hand, plain(outline(400))), data, ['a', 'b'])
+                self.assertLessEqual(most, few * 1.01)
+
+    def test_from_one_change_to_the_next(self):
+        """Each time other keywords, of other lengths, more and fewer."""
+        for hand in HANDS:
+            with self.subTest(hand):
+                first = written_by(hand, plain(outline(400)))
+                data = first
+                for turn in range(40):
+                    keywords = ['k%d' % number * (turn % 9 + 1) for number in range(turn * 7 % 12)]
+                    data = self.written(data, *keywords)
+                    self.assertLessEqual(idle(data), idle(first))
+                self.assertLessEqual(len(self.written(data, *OLD)), len(first) * 1.01 + 64)
+
+
+class OtherReaders(Case):
+    def test_libplist_reads_what_was_written(self):
+        if not shutil.which('plistutil'):
+            self.skipTest('plistutil is not installed')
+        for hand in HANDS:
+            for name in ('as it is', 'in any order', 'gaps', 'orphans'):
+                with self.subTest(name, hand=hand):
+                    count = 60
+                    self.written(LAYOUTS[name](written_by(hand, plain(outline(count)))), 'x', 'größe')
+                    done = subprocess.run(['plistutil', '-i', self.path, '-f', 'xml'],
+                                          capture_output=True, timeout=60)
+                    self.assertEqual(done.returncode, 0, done.stderr)
+                    self.assertEqual(done.stdout.count(b'<key>expanded</key>'), count + 1)
+                    self.assertIn('größe'.encode(), done.stdout)
+
+
+if __name__ == '__main__':
+    unittest.main(argv=sys.argv[:1] + sys.argv[2:])
