@@ -58,6 +58,10 @@ def class_records(plist):
     return [each for each in plist['$objects'] if isinstance(each, dict) and '$classname' in each]
 
 
+def array_class(plist):
+    return next(each for each in records(plist, 'NSArray', 'NSMutableArray'))['$class']
+
+
 def added(plist, entry):
     plist['$objects'].append(entry)
     return UID(len(plist['$objects']) - 1)
@@ -68,8 +72,9 @@ def added(plist, entry):
 def unknown_keys(*names):
     """Keys that this program does not know in records of classes: in place, references, lists."""
     def changed(plist):
-        text, list_ = added(plist, 'kept by all'), UID(1)
-        for number, entry in enumerate(records(plist, *names)):
+        text = added(plist, 'kept by all')
+        list_ = added(plist, {'NS.objects': [text, text], '$class': array_class(plist)})
+        for number, entry in enumerate(list(records(plist, *names))):
             if number % 3 != 2:
                 entry['ZZFuture'] = number % 2 == 0
                 entry['ZZText'] = text
@@ -92,8 +97,9 @@ def hints(plist):
 
 
 def in_the_top(plist):
+    text = added(plist, 'named by the top')
     plist['$top'] = {'ZZFirst': 'text', 'root': plist['$top']['root'], 'version': 7, 'flag': True,
-                     'single': Single(0.5), 'wide': Wide(5), 'list': [1, UID(1)], 'again': UID(1)}
+                     'single': Single(0.5), 'wide': Wide(5), 'list': [1, text], 'again': text}
     return plist
 
 
@@ -207,7 +213,7 @@ LAYOUTS = {
     'unused containers': unused_containers,
     'wide references': lambda data: Table(data).relaid(width=8, sizes=8),
     'odd widths': lambda data: Table(data).relaid(width=3, sizes=5),
-    'another header': lambda data: Table(data).relaid(header=b'bplist0?', unused=b'\1\2\3\4\5\6'),
+    'unused bytes of the trailer': lambda data: Table(data).relaid(unused=b'\1\2\3\4\5\6'),
 }
 
 

@@ -215,8 +215,10 @@ class PlatformNumbering(Numbering):
     """Has some scalars be two entries, and one entry nobody's."""
 
     def is_twin(self, holder, target):
-        return (holder * 7 + target) % 5 == 0 and not self.source.is_record(target) and \
-            self.source.raw(self.source.entries[target]) != NULL
+        """Dates are objects of their own, and null is one entry or several, as the source says."""
+        if (holder * 7 + target) % 5 != 0 or self.source.kind(self.source.entries[target]) in (3, 0xD):
+            return False
+        return self.source.raw(self.source.entries[target]) != NULL
 
     def number(self, holder, target):
         if target in self.twins and self.is_twin(holder, target):
