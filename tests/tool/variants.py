@@ -117,8 +117,8 @@ def mixed_versions(plist, number):
 
 
 def old_forms(plist):
-    """Arrays and dictionaries with a key for each element."""
-    for entry in records(plist, 'NSMutableArray', 'NSDictionary', 'NSMutableDictionary'):
+    """Dictionaries, and the list of keywords, with a key for each element."""
+    for entry in records(plist, 'NSArray', 'NSDictionary', 'NSMutableDictionary'):
         for name, one in (('NS.keys', 'NS.key.%d'), ('NS.objects', 'NS.object.%d')):
             if name in entry:
                 entry.update({one % i: each for i, each in enumerate(entry.pop(name))})
@@ -153,7 +153,6 @@ VARIANTS = {
     'versions of all kinds': version(mixed_versions),
     'old forms of containers': old_forms,
     'nulls of their own': conditional_nulls,
-    'entries that nothing refers to': unused_entries,
 }
 
 

@@ -255,7 +255,7 @@ class Hand:
         self.source, self.numbers, self.width = source, numbers, width
         self.letter = LETTERS[width]
         self.out, self.offsets = bytearray(b'bplist00'), array('Q')
-        self.known, self.uids = {}, {}
+        self.known, self.uids, self.plans = {}, {}, {}
         self.holder = 0
 
     # Objects; each answers its place in the table.
@@ -308,9 +308,12 @@ class Hand:
 
     def place(self, index):
         source = self.source
-        kind = source.kind(index)
+        data, at = source.data, source.offsets[index]
+        first = data[at]
+        kind = first >> 4
         if kind == 8:
-            return self.uid(self.numbers.number(self.holder, source.uid(index)))
+            return self.uid(self.numbers.number(
+                self.holder, int.from_bytes(data[at + 1:at + 2 + (first & 15)], 'big')))
         if kind < 0xA:
             return self.scalar(source.raw(index))
         references = source.references(index)
@@ -318,12 +321,27 @@ class Hand:
             return self.container(0xA0, len(references),
                                   lambda: [self.place(each) for each in references])
         half = len(references) // 2
-        keys = [source.raw(key) for key in references[:half]]
-        return self.dictionary(*self.ordered(keys, references[half:]))
+        return self.container(0xD0, len(references), lambda: self.pairs(
+            references[:half], references[half:]))
 
-    def ordered(self, keys, values):
-        """The pairs of a dictionary in the order that this hand gives them."""
-        return keys, values
+    def pairs(self, keys, values):
+        """Those of a dictionary, in the order that this hand gives them.  The places of keys are
+        remembered for each list of them."""
+        known = self.plans.get((keys, self.manner()))
+        if known is None:
+            raws = [self.source.raw(key) for key in keys]
+            order = self.order(raws)
+            known = self.plans[keys, self.manner()] = (
+                order, [self.scalar(raws[position]) for position in order])
+        place = self.place
+        return known[1] + [place(values[position]) for position in known[0]]
+
+    def manner(self):
+        """Which of its orders this hand takes for a dictionary."""
+        return 0
+
+    def order(self, keys):
+        return range(len(keys))
 
     # Archives.
 
@@ -342,8 +360,9 @@ class Hand:
     def tops(self):
         self.holder = 0
         tops = self.source.tops
-        return self.dictionary(*self.ordered([scalar_bytes(key) for key in tops],
-                                             list(tops.values())))
+        keys, values = [scalar_bytes(key) for key in tops], list(tops.values())
+        order = self.order(keys)
+        return self.dictionary([keys[at] for at in order], [values[at] for at in order])
 
     def objects(self):
         return self.container(0xA0, len(self.numbers.order), self.entries)
@@ -411,9 +430,12 @@ class OwnHand(Hand):
         references = self.references(placed())
         return self.add(marker(kind, count if kind == 0xA0 else count // 2) + references)
 
-    def keys_and_values(self, keys, values):
-        places = [(self.scalar(key), self.placed_class(value) if key == CLASS else
-                   self.value(value)) for key, value in zip(keys, values)]
+    def pairs(self, keys, values):
+        source, places = self.source, []
+        for key, value in zip(keys, values):
+            raw = source.raw(key)
+            places.append((self.scalar(raw), self.placed_class(value) if raw == CLASS else
+                           self.place(value)))
         return [key for key, _ in places] + [value for _, value in places]
 
     def write(self):
@@ -448,9 +470,8 @@ class PlistlibHand(Hand):
     one_uid_each = False
     top_keys = tuple(sorted(Hand.top_keys))
 
-    def ordered(self, keys, values):
-        pairs = sorted(zip(map(text_of, keys), keys, values), key=lambda each: each[0])
-        return [key for _, key, _ in pairs], [value for _, _, value in pairs]
+    def order(self, keys):
+        return sorted(range(len(keys)), key=lambda at: text_of(keys[at]))
 
 
 class PlatformHand(Hand):
@@ -475,19 +496,19 @@ class PlatformHand(Hand):
                 return found
         return super().scalar(raw)
 
-    def ordered(self, keys, values):
+    def manner(self):
         """The class is the first key of nine records in twenty, a middle one of six, and the last
         of five."""
-        if CLASS not in keys:
-            return keys, values
-        keys, values = list(keys), list(values)
-        at = keys.index(CLASS)
-        key, value = keys.pop(at), values.pop(at)
         side = self.holder * 2654435761 % 4294967296 >> 16
-        to = 0 if side % 20 < 9 else (len(keys) + 1) // 2 if side % 20 < 15 else len(keys)
-        keys.insert(to, key)
-        values.insert(to, value)
-        return keys, values
+        return 0 if side % 20 < 9 else 1 if side % 20 < 15 else 2
+
+    def order(self, keys):
+        order = list(range(len(keys)))
+        if CLASS in keys:
+            at = keys.index(CLASS)
+            del order[at]
+            order.insert((0, len(keys) // 2, len(keys))[self.manner()], at)
+        return order
 
 
 HANDS = {'own': OwnHand, 'platform': PlatformHand, 'backwards': BackwardsHand,
@@ -500,16 +521,10 @@ def uid_bytes(number):
     return struct.pack('>BH', 0x81, number) if number < 1 << 16 else struct.pack('>BI', 0x83, number)
 
 
-TEXTS = {}
-
-
 def text_of(raw):
     """The text of a key's bytes."""
-    found = TEXTS.get(raw)
-    if found is None:
-        at = 1 if raw[0] & 15 != 15 else 2 + (1 << (raw[1] & 15))
-        found = TEXTS[raw] = raw[at:].decode('ascii' if raw[0] >> 4 == 5 else 'utf-16-be')
-    return found
+    at = 1 if raw[0] & 15 != 15 else 2 + (1 << (raw[1] & 15))
+    return raw[at:].decode('ascii' if raw[0] >> 4 == 5 else 'utf-16-be')
 
 
 def written_by(hand, data):
