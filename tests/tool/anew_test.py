@@ -10,33 +10,15 @@ import unittest
 
 import archives
 from archives import Difference, Single, UID, Wide, as_xml, attributed, document, node, plain
-from graphs import Graph, same
 from kinds import font, properties
 from variants import VARIANTS, added, outline, records, varied, with_more
 from writers import HANDS, Source, Table, written_by
-from writing import Case, class_records, is_anew, is_in
+from writing import Case, is_anew, is_in, one_graph
 
 FOREIGN = [hand for hand in HANDS if hand != 'own']
 KEYWORDS = ['old', 'older, and long', 'new']
 # One item's version that asks for archiving anew.
 OLDER = 1
-
-
-def nodes(graph):
-    return [entry for entry in graph.objects if isinstance(entry, dict) and '$class' in entry and
-            graph.objects[entry['$class'].data]['$classname'].startswith('OL')]
-
-
-def in_order(graph):
-    """Has the keys of the outline's own classes stand in one order, the root come first in the top,
-    and all versions be of one kind."""
-    graph.top = {'root': graph.top['root'], **graph.top}
-    for entry in nodes(graph):
-        for key in sorted(entry):
-            entry[key] = entry.pop(key)
-        if 'encoding_version' in entry:
-            entry['encoding_version'] = 2
-    return graph
 
 
 def with_version(plist, version, number=5):
@@ -77,12 +59,10 @@ class Anew(Case):
                     self.compare(self.written(one), self.written(other))
 
     def compare(self, one, other):
-        graphs = [in_order(Graph(data)) for data in (one, other)]
         try:
-            same(*graphs)
+            one_graph(one, other)
         except Difference as difference:
             self.fail(str(difference))
-        self.assertEqual(*map(class_records, graphs))
 
     # What asks for it.
 

@@ -122,6 +122,32 @@ def is_in(text, data):
     return text.encode() in data or text.encode('utf-16-be') in data
 
 
+def nodes(graph):
+    return [entry for entry in graph.objects if isinstance(entry, dict) and '$class' in entry and
+            graph.objects[entry['$class'].data]['$classname'].startswith('OL')]
+
+
+def in_order(graph):
+    """Has the keys of the outline's own classes stand in one order, the root come first in the top,
+    and all versions be of one kind."""
+    graph.top = {'root': graph.top['root'], **graph.top}
+    for entry in nodes(graph):
+        for key in sorted(entry):
+            entry[key] = entry.pop(key)
+        if 'encoding_version' in entry:
+            entry['encoding_version'] = 2
+    return graph
+
+
+def one_graph(one, other):
+    """Raises Difference unless two documents are one graph, their keywords as well."""
+    graphs = [in_order(Graph(data)) for data in (one, other)]
+    same(*graphs)
+    classes = [class_records(graph) for graph in graphs]
+    if classes[0] != classes[1]:
+        raise Difference('records of classes: %r became %r' % tuple(classes))
+
+
 class Case(unittest.TestCase):
     def setUp(self):
         self.folder = tempfile.mkdtemp()
