@@ -90,6 +90,19 @@ def unknown_class_keys(plist):
     return plist
 
 
+def twin_classes(plist):
+    """Two records of each class, of which one holds more."""
+    twins = {}
+    for number, entry in enumerate([each for each in plist['$objects'] if isinstance(each, dict) and
+                                    '$class' in each]):
+        own = entry['$class'].data
+        if own not in twins:
+            twins[own] = added(plist, {**plist['$objects'][own], 'ZZVersion': 7})
+        if number % 2 == 0:
+            entry['$class'] = twins[own]
+    return plist
+
+
 def hints(plist):
     for entry in class_records(plist):
         entry['$classhints'] = ['ZZSubstitute', 'NSObject']
@@ -146,6 +159,7 @@ VARIANTS = {
     'unknown keys of containers': unknown_keys(*CONTAINERS),
     'unknown keys of values': unknown_keys('NSFont', 'NSAttributedString', 'NSMutableString'),
     'unknown keys of classes': unknown_class_keys,
+    'two records of each class': twin_classes,
     'substitutes of classes': hints,
     'values in the top': in_the_top,
     'real versions': version(lambda plist, number: 2.0),
