@@ -11,8 +11,9 @@ import unittest
 import archives
 from archives import Difference, Single, UID, Wide, as_xml, attributed, document, node, plain
 from kinds import font, properties
+from stored import Source, Table
 from variants import VARIANTS, added, outline, records, varied, with_more
-from writers import HANDS, Source, Table, written_by
+from writers import HANDS, written_by
 from writing import Case, is_anew, is_in, one_graph
 
 FOREIGN = [hand for hand in HANDS if hand != 'own']

@@ -17,7 +17,7 @@ from archives import (Difference, MUTABLE_ARRAY, array, attributed, controller, 
 from kinds import KINDS, font
 from variants import LAYOUTS, VARIANTS, varied
 from writers import HANDS, written_by
-from writing import idle, is_in, keywords_of, one_graph
+from writing import idle, is_in, one_graph
 
 # Those say more than numbers: what they hold is other text in another version.
 PLAIN = [name for name in KINDS if 'null' not in name]

@@ -9,10 +9,10 @@ import copy
 import random
 import struct
 
-from archives import (UID, Single, Wide, array, attributed, controller, dictionary, mutable_string,
-                      node, property_list, ref, scalar_bytes)
+from archives import (Conditional, UID, Single, Wide, attributed, controller, dictionary, mutable_string,
+                      node, property_list, scalar_bytes)
 from kinds import font, properties
-from writers import LETTERS, Source, Table
+from stored import LETTERS, Source, Table
 
 
 def outline(count=200, keywords=('old', 'older, and long'), version=2, **more):
@@ -40,7 +40,6 @@ def outline(count=200, keywords=('old', 'older, and long'), version=2, **more):
 
 
 def adopt(parent, child):
-    from archives import Conditional
     parent.fields['children'].fields['NS.objects'].insert(0, child)
     child.fields['parent'] = Conditional(parent)
 

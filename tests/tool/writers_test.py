@@ -17,8 +17,9 @@ from archives import (Archive, Instance, UID, array, attributed, dictionary, doc
                       mutable_string, node, plain)
 from graphs import Graph, same
 from kinds import KINDS, placed, properties
+from stored import Source
 from variants import LAYOUTS, VARIANTS, outline, shuffled, unused_entries, varied, with_more
-from writers import HANDS, Source, written_by
+from writers import HANDS, written_by
 from writing import (Case, idle, is_in, keywords_of, same_but_keywords, without_keywords)
 
 MAKE = sys.argv[2]

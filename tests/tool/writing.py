@@ -13,7 +13,8 @@ import unittest
 
 from archives import Difference
 from graphs import Graph, same
-from writers import NULL, Numbering, Source, Table
+from numbering import Numbering
+from stored import NULL, Source, Table
 
 
 def class_records(graph):
