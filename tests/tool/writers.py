@@ -29,7 +29,7 @@ from stored import CLASS, NULL, Source
 
 class OwnHand(Hand):
     """Containers come behind what they hold, but for the topmost; scalars and classes come where
-    they are mentioned first, and classes have their values in front of the keys."""
+    they are mentioned first."""
 
     def __init__(self, *arguments):
         super().__init__(*arguments)
@@ -55,10 +55,15 @@ class OwnHand(Hand):
         if number not in self.classes:
             references = source.references(source.entries[target])
             half = len(references) // 2
-            places = [(self.place(value), self.place(key))
-                      for key, value in zip(references[:half], references[half:])]
-            self.classes[number] = self.add(marker(0xD0, half) + self.references(
-                [key for _, key in places] + [value for value, _ in places]))
+            keys, values = [], []
+            for key, value in zip(references[:half], references[half:]):
+                if source.kind(value) >= 0xA:   # lists stand in front of their keys here
+                    values.append(self.place(value))
+                    keys.append(self.place(key))
+                else:
+                    keys.append(self.place(key))
+                    values.append(self.place(value))
+            self.classes[number] = self.add(marker(0xD0, half) + self.references(keys + values))
         return self.uid(number)
 
     def container(self, kind, count, placed):

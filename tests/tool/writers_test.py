@@ -18,7 +18,7 @@ from archives import (Archive, Instance, UID, array, attributed, dictionary, doc
 from graphs import Graph, same
 from kinds import KINDS, placed, properties
 from stored import Source
-from variants import LAYOUTS, VARIANTS, outline, shuffled, unused_entries, varied, with_more
+from variants import LAYOUTS, VARIANTS, added, outline, records, shuffled, unused_entries, varied, with_more
 from writers import HANDS, written_by
 from writing import (Case, idle, is_in, keywords_of, same_but_keywords, without_keywords)
 
@@ -137,6 +137,18 @@ class Keywords(Case):
                 again = self.written(after, 'm')
                 archives.compared(after, again, ['m'])
         self.each(KINDS, check)
+
+    def test_the_class_of_the_properties_stays_theirs(self):
+        """There is another record of that class, of which the properties are not."""
+        plist = outline(20)
+        settings = [entry for entry in records(plist, 'NSDictionary')]
+        own = next(each for each in settings if len(each['NS.keys']) > 2)
+        own['$class'] = added(plist, {**plist['$objects'][own['$class'].data], 'ZZVersion': 7})
+        for hand in HANDS:
+            with self.subTest(hand):
+                after = Archive(self.check_written(written_by(hand, plain(plist)), 'new'))
+                self.assertEqual(sum('ZZVersion' in entry for entry in after.objects
+                                     if isinstance(entry, dict)), 1)
 
     def test_properties_that_items_share(self):
         """What another item holds stays its own."""
