@@ -13,7 +13,7 @@ import subprocess
 import tempfile
 import time
 
-from tool import HEADING, Timed, interleaved, print_pair, print_share
+from measuring import HEADING, Timed, interleaved, print_pair, print_share
 
 SMALL_ITEMS = 12
 

@@ -1,19 +1,22 @@
 """What the tool and the library cost, beside reading and copying the file: medians of interleaved
 runs on one processor with a warm cache.
 
-    tool.py BUILD-FOLDER [--quick] [--folder FOLDER] [--processor NUMBER]
+    tool.py BUILD-FOLDER [--quick] [--folder FOLDER] [--processor NUMBER] [--items NUMBER]
+            [--writers NAME,...] [--parts table,growth,others] [--all-sizes]
 
---quick leaves out the documents of a million items, the other programs, and most of the runs.
+The same documents come in the hands of several writers (tests/tool/writers.py says which); the
+"own" ones are made by this program.  --quick leaves out the documents of a million items, the other
+programs, and most of the runs; --all-sizes has every writer write a million items in every shape,
+and not only mixed ones, which takes half an hour.  --items is how many the table's document has.
 After each file that is written, ours or cp's, there is a pause, so that the disk can come to rest.
 Documents are made in a new folder in FOLDER (the usual one for temporary files) and removed
-afterwards: about 2 GB without --quick.  Which file system that is matters for copying and writing.
+afterwards: about 4 GB without --quick.  Which file system that is matters for copying and writing.
 
 "wall" is what a clock shows and what the ratios are of; "cpu" is the processor time of both ends.
 """
 import argparse
 import ctypes.util
 import os
-import resource
 import shutil
 import statistics
 import subprocess
@@ -21,131 +24,67 @@ import sys
 import tempfile
 import time
 
+from measuring import (HEADING, Timed, copy_synced, interleaved, print_pair, print_share, rest_from,
+                       verdict)
+
 SIZES = (10_000, 100_000, 1_000_000)
 SHAPES = ('flat', 'deep', 'mixed')
-# After each file that is written there is a pause for as long as a disk of this speed, in bytes a
-# second, takes for it.  Without, a small document pays for a large one that came before.
-PACE = 200e6
-
-
-class Cost:
-    """What one run took: seconds by the clock, of processor time, and the peak in bytes."""
-
-    def __init__(self, wall, cpu, peak):
-        self.wall, self.cpu, self.peak = wall, cpu, peak
-
-
-def own_cpu():
-    usage = resource.getrusage(resource.RUSAGE_SELF)
-    return usage.ru_utime + usage.ru_stime
-
-
-class Timed:
-    """Runs programs by way of a small one, which measures them."""
-
-    def __init__(self, build):
-        self.program = os.path.join(build, 'bench', 'timed')
-
-    def run(self, command, runs=1, drained=False):
-        """The costs of so many runs; output goes nowhere, or into a pipe that is drained."""
-        options = ['-d'] if drained else []
-        done = subprocess.run([self.program, *options, str(runs), *command], text=True,
-                              stdout=subprocess.PIPE, check=True)
-        return [Cost(float(wall), float(cpu), int(peak))
-                for wall, cpu, peak in map(str.split, done.stdout.splitlines())]
-
-    def once(self, command):
-        return self.run(command)[0]
-
-    def drained(self, command):
-        return self.run(command, drained=True)[0]
-
-
-def copy_synced(timed, source, copy):
-    """cp onto a copy that is there already, and a sync of the copy."""
-    copying = timed.once([shutil.which('cp'), source, copy])
-    started, before = time.perf_counter(), own_cpu()
-    file = os.open(copy, os.O_RDONLY)
-    os.fsync(file)
-    os.close(file)
-    cost = Cost(copying.wall + time.perf_counter() - started,
-                copying.cpu + own_cpu() - before, 0)
-    rest_from(copy)
-    return cost
-
-
-def rest_from(written):
-    time.sleep(os.path.getsize(written) / PACE)
-
-
-def interleaved(ours, other, runs):
-    """Median costs of two functions that are called by turns; the first call of each is not
-    counted."""
-    costs = [[], []]
-    for number in range(runs + 1):
-        for index, function in enumerate((ours, other)):
-            cost = function()
-            if number > 0:
-                costs[index].append(cost)
-    return tuple(Cost(*(statistics.median(getattr(cost, what) for cost in each)
-                        for what in ('wall', 'cpu', 'peak'))) for each in costs)
-
-
-HEADING = f'{"":46}{"ours":>11}{"other":>11}{"wall":>8}{"cpu":>8}{"must":>7}{"aim":>6}'
-
-
-def verdict(ratio, must, aim):
-    if must is None:
-        return ''
-    reached = 'aim' if ratio <= aim else 'must' if ratio <= must else 'MISSED'
-    return f'{must:6.2f}x{aim:5.2f}x  {reached}'
-
-
-def print_pair(label, ours, other, must=None, aim=None):
-    ratio = ours.wall / other.wall
-    cpu = f'{ours.cpu / other.cpu:7.2f}x' if other.cpu else f'{"":8}'
-    print(f'{label:46}{ours.wall * 1000:8.2f} ms{other.wall * 1000:8.2f} ms{ratio:7.2f}x{cpu}'
-          f'{verdict(ratio, must, aim)}', flush=True)
-
-
-def print_share(label, used, size, must=None, aim=None):
-    print(f'{label:46}{used / 1e6:8.1f} MB{size / 1e6:8.1f} MB{used / size:7.2f}x{"":8}'
-          f'{verdict(used / size, must, aim)}', flush=True)
+WRITERS = ('own', 'platform', 'backwards', 'plistlib')
+PARTS = ('table', 'growth', 'others')
+TRANSLATE = os.path.join(os.path.dirname(os.path.abspath(__file__)), '..', 'tests', 'tool',
+                         'writers.py')
 
 
 class Bench:
-    def __init__(self, build, folder, quick):
+    def __init__(self, folder, options):
+        build = os.path.abspath(options.build)
         self.tool, self.make = (os.path.join(build, 'bin', name)
                                 for name in ('tavlin-keywords', 'outline-make'))
         self.read_titles = os.path.join(build, 'bench', 'read-titles')
         self.timed = Timed(build)
         self.folder = folder
-        self.quick = quick
-        self.runs = 7 if quick else 21
-        self.sizes = SIZES[:2] if quick else SIZES
+        self.quick, self.all_sizes = options.quick, options.all_sizes
+        self.writers, self.parts, self.items = options.writers, options.parts, options.items
+        self.runs = 7 if self.quick else 15
         self.writes = 0
 
-    def document(self, items, shape='mixed'):
-        return os.path.join(self.folder, f'{shape}-{items}')
+    def document(self, items, shape='mixed', writer='own'):
+        return os.path.join(self.folder, f'{writer}-{shape}-{items}')
+
+    def sizes(self, writer, shape):
+        """How many items the documents have that a writer's growth is measured with."""
+        is_whole = not self.quick and (writer == 'own' or shape == 'mixed' or self.all_sizes)
+        return SIZES if is_whole else SIZES[:2]
 
     def make_documents(self):
-        """As many at a time as there are processors, the largest first."""
-        wanted = [(items, shape) for items in reversed(self.sizes) for shape in SHAPES]
-        wanted.append((10, 'mixed'))
-        making = []
-        for items, shape in wanted:
-            if len(making) == (os.cpu_count() or 1):
-                self.wait_for(making.pop(0))
-            making.append(subprocess.Popen([self.make, self.document(items, shape), str(items),
-                                            shape]))
-        for process in making:
-            self.wait_for(process)
+        """Those that are asked for, and the own ones that other writers make theirs from."""
+        wanted = set()
+        if 'table' in self.parts:
+            wanted |= {(self.items, 'mixed', writer) for writer in self.writers}
+            wanted.add((10, 'mixed', 'own'))
+        if 'growth' in self.parts:
+            wanted |= {(items, shape, writer) for writer in self.writers for shape in SHAPES
+                       for items in self.sizes(writer, shape)}
+        if 'others' in self.parts:
+            wanted |= {(self.items, 'mixed', 'own'), (10_000, 'mixed', 'own')}
+        self.run_all([[self.make, self.document(items, shape), str(items), shape]
+                      for items, shape in sorted({each[:2] for each in wanted}, reverse=True)])
+        self.run_all([[sys.executable, TRANSLATE, writer, self.document(items, shape),
+                       self.document(items, shape, writer)]
+                      for items, shape, writer in sorted(wanted, reverse=True) if writer != 'own'])
         os.sync()
 
     @staticmethod
-    def wait_for(process):
-        if process.wait():
-            raise RuntimeError(f'{process.args} ended with {process.returncode}')
+    def run_all(commands):
+        """As many at a time as there are processors."""
+        running = []
+        for command in [*commands, None]:
+            while running and (command is None or len(running) == (os.cpu_count() or 1)):
+                process = running.pop(0)
+                if process.wait():
+                    raise RuntimeError(f'{process.args} ended with {process.returncode}')
+            if command:
+                running.append(subprocess.Popen(command))
 
     def read(self, path, runs=1):
         return self.timed.run([self.tool, '-r', path], runs)
@@ -163,71 +102,98 @@ class Bench:
             costs.append(self.write(path, f'run {self.writes} of {os.getpid()}'))
         return costs
 
-    def table(self):
-        large, small = self.document(100_000), self.document(10)
-        size = os.path.getsize(large)
-        work, copy = (os.path.join(self.folder, name) for name in ('work', 'copy'))
-        shutil.copyfile(large, work)
-        shutil.copyfile(large, copy)
-        print(f'A document of 100,000 items, {size / 1e6:.1f} MB; medians of {self.runs} runs\n')
-        print(HEADING)
+    def write_first(self, source, path):
+        """The first time that this program writes somebody's document."""
+        shutil.copyfile(source, path)
+        with open(path, 'rb') as file:
+            os.fsync(file.fileno())
+        rest_from(path)
+        return self.write_new(path)[0]
 
-        once, drained = self.timed.once, self.timed.drained
+    def table(self):
+        for writer in self.writers:
+            self.table_of(writer)
+
+    def table_of(self, writer):
+        source = self.document(self.items, writer=writer)
+        size = os.path.getsize(source)
+        work, copy = (os.path.join(self.folder, name) for name in ('work', 'copy'))
+        shutil.copyfile(source, copy)
+        print(f'\nA document of {self.items:,} items by the writer "{writer}", {size / 1e6:.1f} MB; '
+              f'medians of {self.runs} runs\n')
+        print(HEADING)
+        drained = self.timed.drained
 
         def cat():
-            return drained(['/bin/cat', large])
+            return drained(['/bin/cat', source])
 
         def cp():
-            return copy_synced(self.timed, work, copy)
+            return copy_synced(self.timed, source, copy)
 
-        ours, other = interleaved(lambda: drained([self.tool, '-r', large]), cat, self.runs)
-        print_pair('-r : cat into a drained pipe', ours, other, 6, 2)
-        peak_of_reading = ours.peak
-        ours, other = interleaved(lambda: self.write_new(work)[0], cp, self.runs)
-        print_pair('-w, other keywords : cp and sync', ours, other, 6, 2)
-        peak_of_writing = ours.peak
+        first, other = interleaved(lambda: self.write_first(source, work), cp, self.runs)
+        print_pair('-w, the first time : cp and sync', first, other, 4, 2)
+        again, other = interleaved(lambda: self.write_new(work)[0], cp, self.runs)
+        print_pair('-w, again : cp and sync', again, other, 3, 1.5)
+        read, other = interleaved(lambda: drained([self.tool, '-r', source]), cat, self.runs)
+        print_pair('-r : cat into a drained pipe', read, other, 5, 2)
+        print_share('peak memory of -w, the first time : file', first.peak, size, 1.5, 1.3)
+        print_share('peak memory of -w, again : file', again.peak, size, 1.5, 1.3)
+        print_share('peak memory of -r : file', read.peak, size, 1.2, 1.05)
+        ours, other = interleaved(lambda: drained([self.read_titles, source]), cat, self.runs)
+        print_pair('library, load and read titles : cat', ours, other, 10, 5)
+        print_share('peak memory of that : file', ours.peak, size)
+        if writer == 'own':
+            self.table_of_own(source, work, cp, cat)
+        os.remove(work)
+        os.remove(copy)
+
+    def table_of_own(self, source, work, cp, cat):
+        """What does not depend on who wrote a document."""
         self.write(work, 'equal')
         ours, other = interleaved(lambda: self.write(work, 'equal'), cp, self.runs)
         print_pair('-w, equal keywords : cp and sync', ours, other)
-        ours, other = interleaved(lambda: self.read(small)[0], lambda: once(['/bin/cat', small]),
-                                  self.runs * 10)
+        ours, other = interleaved(
+            lambda: self.timed.drained([self.read_titles, '-r', source]), cat, self.runs)
+        print_pair('library, load, read titles and release : cat', ours, other)
+        small = self.document(10)
+        ours, other = interleaved(lambda: self.read(small)[0],
+                                  lambda: self.timed.once(['/bin/cat', small]), self.runs * 10)
         print_pair('-r, 10 items : cat', ours, other, 2, 1.3)
-        print_share('peak memory of -r : file size', peak_of_reading, size, 2, 1.1)
-        print_share('peak memory of -w : file size', peak_of_writing, size, 3, 2)
-        ours, other = interleaved(lambda: drained([self.read_titles, large]), cat, self.runs)
-        print_pair('library, load and read titles : cat', ours, other, 10, 5)
-        print_share('peak memory of that : file size', ours.peak, size)
-        ours, other = interleaved(lambda: drained([self.read_titles, '-r', large]), cat, self.runs)
-        print_pair('library, the same and release : cat', ours, other)
 
     def growth(self):
-        heading = ''.join(f'{items:>14,}' for items in self.sizes)
+        heading = ''.join(f'{items:>14,}' for items in (SIZES[:2] if self.quick else SIZES))
         print(f'\nTime for each item, ns{"":8}{heading}{"most : least":>16}{"must":>7}{"aim":>6}')
-        for shape in SHAPES:
-            documents = [self.document(items, shape) for items in self.sizes]
-            for mode, function in (('-r', self.read), ('-w', self.write_new)):
-                costs = [[] for _ in documents]
-                for number in range(5 if self.quick else 21):
-                    for index, items in enumerate(self.sizes):
-                        # half a gigabyte is written in every fourth round only: a disk that
-                        # has to take tens of them is no longer at rest for minutes
-                        if mode == '-w' and items > 100_000 and number % 4 != 0:
-                            continue
-                        # The small ones several times, and the mean of it: where a processor is
-                        # fast and slow by turns, large documents meet the mean of both speeds,
-                        # and small ones only one.
-                        runs = max(1, 100_000 // items)
-                        wall = sum(cost.wall for cost in function(documents[index], runs))
-                        if number > 0:
-                            costs[index].append(wall / runs / items * 1e9)
-                medians = [statistics.median(each) for each in costs]
-                ratio = max(medians) / min(medians)
-                print(f'{shape + " " + mode:30}' + ''.join(f'{m:14.0f}' for m in medians) +
-                      f'{ratio:15.2f}x{verdict(ratio, 1.35, 1.1)}', flush=True)
+        for writer in self.writers:
+            for shape in SHAPES:
+                for mode, function in (('-r', self.read), ('-w', self.write_new)):
+                    self.growth_of(writer, shape, mode, function)
+
+    def growth_of(self, writer, shape, mode, function):
+        sizes = self.sizes(writer, shape)
+        costs = [[] for _ in sizes]
+        for number in range(5 if self.quick else 13):
+            for index, items in enumerate(sizes):
+                # half a gigabyte is written in every fourth round only: a disk that has to take
+                # tens of them is no longer at rest for minutes
+                if mode == '-w' and items > 100_000 and number % 4 != 0:
+                    continue
+                # The small ones several times, and the mean of it: where a processor is fast and
+                # slow by turns, large documents meet the mean of both speeds, and small ones only
+                # one.
+                runs = max(1, 100_000 // items)
+                document = self.document(items, shape, writer)
+                wall = sum(cost.wall for cost in function(document, runs))
+                if number > 0:
+                    costs[index].append(wall / runs / items * 1e9)
+        medians = [statistics.median(each) for each in costs]
+        ratio = max(medians) / min(medians)
+        missing = 0 if self.quick else len(SIZES) - len(sizes)
+        print(f'{writer + ", " + shape + " " + mode:30}' + ''.join(f'{m:14.0f}' for m in medians) +
+              f'{"":14}' * missing + f'{ratio:15.2f}x{verdict(ratio, 1.35, 1.1)}', flush=True)
 
     def others(self):
         """Programs that take the whole file apart; one run each, since they take long."""
-        large = self.document(100_000)
+        large = self.document(self.items)
         size = os.path.getsize(large)
         out = os.path.join(self.folder, 'out')
         print('\nOther readers of property lists, on the same document but for the last')
@@ -265,16 +231,32 @@ class Bench:
               f'{cost.peak / size:.1f}x the file', flush=True)
 
 
+def names_of(known):
+    """An argument that lists some of these names."""
+    def parsed(text):
+        names = text.split(',')
+        for name in names:
+            if name not in known:
+                raise argparse.ArgumentTypeError(f'"{name}" is none of {", ".join(known)}')
+        return [name for name in known if name in names]
+    return parsed
+
+
 def main():
     parser = argparse.ArgumentParser()
     parser.add_argument('build')
     parser.add_argument('--quick', action='store_true')
     parser.add_argument('--folder')
     parser.add_argument('--processor', type=int)
+    parser.add_argument('--items', type=int, default=100_000)
+    parser.add_argument('--writers', type=names_of(WRITERS), default=list(WRITERS))
+    parser.add_argument('--parts', type=names_of(PARTS))
+    parser.add_argument('--all-sizes', action='store_true')
     options = parser.parse_args()
+    options.parts = options.parts or [part for part in PARTS if part != 'others' or not options.quick]
     folder = tempfile.mkdtemp(dir=options.folder)
     try:
-        bench = Bench(os.path.abspath(options.build), folder, options.quick)
+        bench = Bench(folder, options)
         kind = subprocess.run(['stat', '-f', '-c', '%T', folder], capture_output=True, text=True,
                               check=False).stdout.strip()
         bench.make_documents()
@@ -285,10 +267,8 @@ def main():
         load = os.getloadavg()[0]
         print(f'{time.strftime("%Y-%m-%d %H:%M")}, processor {processor} of {os.cpu_count()}, '
               f'load {load:.1f}, file system {kind}')
-        bench.table()
-        bench.growth()
-        if not options.quick:
-            bench.others()
+        for part in options.parts:
+            getattr(bench, part)()
     finally:
         shutil.rmtree(folder)
 
