@@ -61,7 +61,8 @@ void ignoreSignalsOfWrites() {
 int run(bool isReading, int argc, char** argv) {
   // The process ends with the document: taking apart a hundred thousand items first would only
   // cost time.
-  static auto* const opened = new std::shared_ptr<tavlin::OLDataManager>();
+  // (Used, or a compiler leaves it out, and the document looks lost.)
+  [[gnu::used]] static auto* const opened = new std::shared_ptr<tavlin::OLDataManager>();
   const std::string path = argv[2];
   try {
     return isReading ? tavlin::readKeywords(path, nullptr, opened) : write(argc, argv, opened);

@@ -15,7 +15,7 @@ import tempfile
 from archives import (Difference, MUTABLE_ARRAY, array, attributed, controller, dictionary, node, plain,
                       property_list)
 from kinds import KINDS, font
-from variants import LAYOUTS, VARIANTS, varied
+from variants import LAYOUTS, MERGED, VARIANTS, varied
 from writers import HANDS, written_by
 from writing import idle, is_in, one_graph
 
@@ -64,7 +64,7 @@ def made(seed, version):
     dice = random.Random(seed)
     keywords = [dice.choice(WORDS) for _ in range(dice.randrange(5))] + ['zzgone']
     root = Maker(dice).root(keywords, version)
-    plist = varied(dice.choice(list(VARIANTS)), property_list(controller(root)))
+    plist = varied(dice.choice(sorted(VARIANTS.keys() - {MERGED})), property_list(controller(root)))
     hand, layout = dice.choice(list(HANDS)), dice.choice(list(LAYOUTS))
     return LAYOUTS[layout](written_by(hand, plain(plist))), hand, layout
 

@@ -151,6 +151,8 @@ def unused_entries(plist):
 OWN = ('OLNode', 'OLTree', 'OLTreeController')
 CONTAINERS = ('NSArray', 'NSMutableArray', 'NSDictionary', 'NSMutableDictionary')
 
+# Archived anew, class records that say the same of their class become one.
+MERGED = 'two records of each class'
 VARIANTS = {
     'as it is': lambda plist: plist,
     'unknown keys of items': unknown_keys('OLNode'),
