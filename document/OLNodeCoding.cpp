@@ -8,6 +8,7 @@
 //   "encoding_version"  2; records without it, or below 2, hold strings that are not escaped
 
 #include <typeinfo>
+#include <unordered_map>
 #include <utility>
 
 #include "document/ContainerRewriting.h"
@@ -69,14 +70,44 @@ const ns::Object* childAt(const void* list, size_t index) {
   return (*static_cast<const OLNodeList*>(list))[index].get();
 }
 
-ns::Value replacedString(const ns::Value& value, const ns::String& target,
-                         const ns::String& replacement) {
-  if (!value.isString()) return value;
-  const ns::String string = value.string();
-  const ns::String replaced = string.replacing(target, replacement);
-  if (replaced == string) return value;
-  return ns::Value(replaced.withArchivedClass(string.archivedClass()));
-}
+/// Replaces a text in strings.  Strings that share a long text, whatever their classes, share what
+/// becomes of it.
+class Replacements {
+ public:
+  Replacements(ns::String target, ns::String replacement)
+      : target_(std::move(target)), replacement_(std::move(replacement)) {}
+
+  /// The same value where there is nothing to replace.
+  ns::Value replaced(const ns::Value& value) {
+    if (!value.isString()) return value;
+    const ns::String string = value.string();
+    const ns::String changed = replaced(string);
+    if (changed == string) return value;
+    return ns::Value(changed.withArchivedClass(string.archivedClass()));
+  }
+
+ private:
+  static constexpr size_t kLong = 256;
+
+  ns::String replaced(const ns::String& string) {
+    if (string.length() < kLong) return string.replacing(target_, replacement_);
+    const void* text = string.isAscii() ? static_cast<const void*>(string.ascii().data())
+                                        : static_cast<const void*>(string.wide().data());
+    const auto [known, isNew] = longTexts_.try_emplace(text);
+    if (isNew) known->second = {string, string.replacing(target_, replacement_)};
+    // what is as it was is told by its being the same
+    const auto& [before, after] = known->second;
+    return after == before ? string : after;
+  }
+
+  const ns::String target_;
+  const ns::String replacement_;
+  struct LongText {
+    ns::String before;  // held, so that its address stays taken
+    ns::String after;
+  };
+  std::unordered_map<const void*, LongText> longTexts_;
+};
 
 /// Item data as it is stored.  What came from an archive is said to be what saving makes of it
 /// there, so that it stays the one that other items share.  `isEscaped` tells how the item's own
@@ -84,7 +115,8 @@ ns::Value replacedString(const ns::Value& value, const ns::String& target,
 ns::Dictionary escapedData(const ns::Dictionary& data, bool isEscaped) {
   static const ns::String marker = ns::String::fromAscii("$null");
   static const ns::String escaped = ns::String::fromAscii("\\$null");
-  const auto escape = [](const ns::Value& value) { return replacedString(value, marker, escaped); };
+  Replacements replacements(marker, escaped);
+  const auto escape = [&](const ns::Value& value) { return replacements.replaced(value); };
   const auto remade = [isEscaped](const ns::Value& before, const ns::Value& now) {
     const ns::ArchiveOrigin* origin = ns::archiveOriginOf(before);
     if (!origin || now.kind() == ns::Kind::attributedString) return now;
@@ -342,16 +374,18 @@ void OLNode::leaveArchive() const {
 void OLNode::replaceOccurenceOfStringWithStringInDictionary(const ns::String& target,
                                                             const ns::String& replacement,
                                                             ns::Dictionary& dictionary) {
+  Replacements replacements(target, replacement);
   dictionary = rewritingLeaves(ns::Value(dictionary), [&](const ns::Value& value) {
-                 return replacedString(value, target, replacement);
+                 return replacements.replaced(value);
                }).dictionary();
 }
 
 void OLNode::replaceOccurenceOfStringWithStringInArray(const ns::String& target,
                                                        const ns::String& replacement,
                                                        ns::Array& array) {
+  Replacements replacements(target, replacement);
   array = rewritingLeaves(ns::Value(array), [&](const ns::Value& value) {
-            return replacedString(value, target, replacement);
+            return replacements.replaced(value);
           }).array();
 }
 

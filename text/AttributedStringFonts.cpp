@@ -1,7 +1,9 @@
 #include "text/AttributedStringFonts.h"
 
 #include <map>
+#include <memory>
 #include <optional>
+#include <tuple>
 
 #include "platform/archive/KeyedArchive.h"
 #include "platform/text/Font.h"
@@ -63,6 +65,42 @@ std::optional<ns::String> replacementFor(const ns::Font& font, const ns::String&
   return nearest ? std::optional(nearest->postScriptName) : std::nullopt;
 }
 
+/// The fonts to put in place of private ones, remembered for the long stretches of an archive's
+/// texts: many attributed strings may share a text, and which characters it has takes long to tell.
+class StretchFonts {
+ public:
+  /// Those of the archive that a text comes from.
+  static std::shared_ptr<StretchFonts> ofArchiveOf(const ns::AttributedString& text) {
+    static const char owner = 0;
+    const ns::Value value = text.asValue();
+    const ns::ArchiveOrigin* origin = ns::archiveOriginOf(value);
+    if (!origin) return std::make_shared<StretchFonts>();
+    std::shared_ptr<void>& known = origin->archive()->decoded().foundBy(&owner);
+    if (!known) known = std::make_shared<StretchFonts>();
+    return std::static_pointer_cast<StretchFonts>(known);
+  }
+
+  /// replacementFor() the font under a stretch of a text.
+  std::optional<ns::String> nameFor(const ns::Font& font, const ns::String& text,
+                                    ns::Range stretch) {
+    if (stretch.length < kLong) return replacementFor(font, text.substring(stretch));
+    const void* address = text.isAscii() ? static_cast<const void*>(text.ascii().data())
+                                         : static_cast<const void*>(text.wide().data());
+    const auto [known, isNew] = names_.try_emplace(
+        {address, stretch.location, stretch.length, font.familyName(), font.fontName()});
+    if (isNew) known->second = {text, replacementFor(font, text.substring(stretch))};
+    return known->second.name;
+  }
+
+ private:
+  static constexpr size_t kLong = 256;
+  struct Known {
+    ns::String text;  // held, so that its address stays taken
+    std::optional<ns::String> name;
+  };
+  std::map<std::tuple<const void*, size_t, size_t, ns::String, ns::String>, Known> names_;
+};
+
 /// Fonts in place of others, one object for the same font and name.
 class Replacements {
  public:
@@ -113,13 +151,14 @@ void fixFontAttributes_suitableForDocumentInRange(ns::MutableAttributedString& t
     return;
   }
   Replacements replacements;
+  const auto names = StretchFonts::ofArchiveOf(text.attributedString());
   for (ns::Range rest = range; rest.length > 0;) {
     ns::Range run;
     const ns::Value value = text.attributedString().attributeAtIndexLongestEffectiveRangeInRange(
         ns::kFontAttributeName, rest.location, &run, rest);
     const std::optional<ns::Font> font = ns::Font::fromValue(value);
     if (font && !isFamilyNameSuitableForUserDocuments(font->familyName())) {
-      const auto name = replacementFor(*font, text.string().substring(run));
+      const auto name = names->nameFor(*font, text.string(), run);
       if (name) setFont(text, replacements.fontFor(*font, *name), *name, run);
     }
     rest = {run.end(), rest.end() - run.end()};

@@ -1,7 +1,10 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <string>
 #include <system_error>
+#include <unordered_map>
+#include <vector>
 
 #include "platform/foundation/Array.h"
 #include "platform/foundation/Dictionary.h"
@@ -20,6 +23,53 @@ std::optional<ns::String> textOf(const ns::Value& keyword) {
     return ns::AttributedString(keyword).string();
   }
   return std::nullopt;
+}
+
+/// Keywords as they are printed, each text once, however often it is mentioned: a small document
+/// may mention a long one thousands of times.
+class PrintedTexts {
+ public:
+  struct Printed {
+    ns::String text;  // held, so that its address stays taken
+    ns::String escaped;
+    std::string utf8;  // of `escaped`
+  };
+
+  const Printed& printed(const ns::String& text) {
+    static const ns::String comma(",");
+    static const ns::String escapedComma("\\,");
+    const void* address = text.isAscii() ? static_cast<const void*>(text.ascii().data())
+                                         : static_cast<const void*>(text.wide().data());
+    const auto [known, isNew] = texts_.try_emplace(address);
+    if (isNew) {
+      const ns::String escaped = text.replacing(comma, escapedComma);
+      known->second = {text, escaped, escaped.utf8()};
+    }
+    return known->second;
+  }
+
+ private:
+  std::unordered_map<const void*, Printed> texts_;
+};
+
+/// Prints texts with commas between them, piece by piece.
+bool printLine(const std::vector<const PrintedTexts::Printed*>& texts) {
+  constexpr size_t kPiece = size_t{1} << 16;
+  std::string piece;
+  for (size_t i = 0; i < texts.size(); ++i) {
+    if (i > 0) piece += ',';
+    const std::string& text = texts[i]->utf8;
+    if (piece.size() + text.size() > kPiece) {
+      if (!printKeywords(piece)) return false;
+      piece.clear();
+    }
+    if (text.size() < kPiece) {
+      piece += text;
+    } else if (!printKeywords(text)) {
+      return false;
+    }
+  }
+  return printKeywords(piece);
 }
 
 }  // namespace
@@ -55,9 +105,8 @@ int readKeywords(const std::string& path, std::vector<ns::String>* collector,
   if (!found.isArray()) return kSuccess;
   const ns::Array keywords = found.array();
   if (collector) collector->clear();
-  const ns::String comma(",");
-  const ns::String escapedComma("\\,");
-  std::string line;
+  PrintedTexts texts;
+  std::vector<const PrintedTexts::Printed*> line;
   for (size_t i = 0; i < keywords.count(); ++i) {
     const std::optional<ns::String> keyword = textOf(keywords[i]);
     if (!keyword) {
@@ -65,12 +114,10 @@ int readKeywords(const std::string& path, std::vector<ns::String>* collector,
               ns::describe(keywords[i].kind()) + " and not a string");
       return kFailure;
     }
-    const ns::String escaped = keyword->replacing(comma, escapedComma);
-    if (collector) collector->push_back(escaped);
-    if (i > 0) line += ',';
-    escaped.appendUtf8To(line);
+    line.push_back(&texts.printed(*keyword));
+    if (collector) collector->push_back(line.back()->escaped);
   }
-  return printKeywords(line) ? kSuccess : kFailure;
+  return printLine(line) ? kSuccess : kFailure;
 }
 
 }  // namespace tavlin

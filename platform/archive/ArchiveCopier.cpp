@@ -68,7 +68,7 @@ uint32_t ArchiveCopier::numberOfPlain(uint16_t index, uint32_t original) {
       if (entry.object.text().size() < kLongText) {
         return number = writer_.numberOfScalar(copyScalar(entry.object));
       }
-      uint32_t& known = source.textNumbers[source.archive->entryIndex(original)];
+      uint32_t& known = source.textNumbers[{TextKey(entry.object), nullptr}];
       if (known == 0) known = writer_.numberOfScalar(copyScalar(entry.object));
       return number = known;
     }
@@ -93,8 +93,7 @@ uint32_t ArchiveCopier::numberOf(uint16_t source, uint32_t original,
   const StoredArchive::Entry entry = archive->entry(original);
   uint32_t number = 0;
   if (entry.kind == StoredArchive::EntryKind::scalar) {
-    const Value text = archive->sharedScalar(entry.object);
-    number = client_.numberOfValue(Value(transform->string(text.string())));
+    number = numberOfRewrittenText(source, entry.object, *transform);
   } else {
     number = addTask(source, original, transform);
   }
@@ -113,11 +112,33 @@ uint32_t& ArchiveCopier::rewrittenNumber(uint16_t source, uint32_t original,
 
 // Scalars and containers inside records.
 
-ArchiveCopier::Reference ArchiveCopier::copyScalar(uint16_t source, const Object& object,
-                                                   uint32_t place) {
+ArchiveCopier::Reference ArchiveCopier::copyScalar(uint16_t source, const Object& object) {
   if (object.text().size() < kLongText) return copyScalar(object);
-  const auto [known, isNew] = sources_[source].texts.try_emplace(place, 0);
+  const auto [known, isNew] = sources_[source].texts.try_emplace({TextKey(object), nullptr}, 0);
   if (isNew) known->second = copyScalar(object);
+  return known->second;
+}
+
+ArchiveCopier::Reference ArchiveCopier::rewrittenText(uint16_t source, const Object& text,
+                                                      const ValueTransform& transform) {
+  const Archive archive = sources_[source].archive;
+  const auto write = [&] { return writer_.list().string(archive->rewrittenText(transform, text)); };
+  if (text.text().size() < kLongText) return write();
+  const auto [known, isNew] = sources_[source].texts.try_emplace({TextKey(text), &transform}, 0);
+  if (isNew) known->second = write();
+  return known->second;
+}
+
+uint32_t ArchiveCopier::numberOfRewrittenText(uint16_t source, const Object& text,
+                                              const ValueTransform& transform) {
+  const Archive archive = sources_[source].archive;
+  const auto give = [&] {
+    return client_.numberOfValue(Value(archive->rewrittenText(transform, text)));
+  };
+  if (text.text().size() < kLongText) return give();
+  const auto [known, isNew] =
+      sources_[source].textNumbers.try_emplace({TextKey(text), &transform}, 0);
+  if (isNew) known->second = give();
   return known->second;
 }
 
@@ -155,8 +176,7 @@ ArchiveCopier::Reference ArchiveCopier::copyInline(uint16_t source, const Object
     const uint32_t original = sources_[source].archive->target(object);
     return writer_.referenceTo(numberOfPlain(source, original));
   }
-  return object.isContainer() ? copyContainer(source, object, place)
-                              : copyScalar(source, object, place);
+  return object.isContainer() ? copyContainer(source, object, place) : copyScalar(source, object);
 }
 
 ArchiveCopier::Reference ArchiveCopier::copyContainer(uint16_t source, const Object& container,
@@ -240,7 +260,7 @@ ArchiveCopier::Reference ArchiveCopier::rewrittenField(const CopyTask& task,
   }
   if (record.archivedClass->kind() == Kind::string) {
     if (name == "NS.string" && field.isString()) {
-      return writer_.list().string(transform->string(StoredArchive::string(field)));
+      return rewrittenText(task.source, field, *transform);
     }
   } else if (name == "NS.objects" && field.type == Type::array) {
     std::vector<Reference> references(field.count);

@@ -68,8 +68,9 @@ class ArchiveCopier {
     std::vector<uint32_t> numbers;  // by number there: the number here, or 0
     std::unordered_map<const StoredArchive::Shape*, std::vector<Reference>> keys;
     std::unordered_map<uint32_t, Reference> containers;  // long ones copied whole
-    std::unordered_map<uint32_t, Reference> texts;       // long ones, by place in the file
-    std::unordered_map<uint32_t, uint32_t> textNumbers;  // those that are entries
+    // long texts and data, and what transforms made of them
+    std::unordered_map<TransformedText, Reference, TransformedTextHash> texts;
+    std::unordered_map<TransformedText, uint32_t, TransformedTextHash> textNumbers;  // of entries
   };
   uint16_t sourceOf(const Archive& archive);
   uint32_t numberOfPlain(uint16_t source, uint32_t original);
@@ -84,7 +85,11 @@ class ArchiveCopier {
                            uint32_t position);
   Reference copyInline(uint16_t source, const Object& object, uint32_t place);
   Reference copyContainer(uint16_t source, const Object& container, uint32_t place);
-  Reference copyScalar(uint16_t source, const Object& object, uint32_t place);
+  Reference copyScalar(uint16_t source, const Object& object);
+  /// What a transform makes of a text that it changes, in a record or as an entry.
+  Reference rewrittenText(uint16_t source, const Object& text, const ValueTransform& transform);
+  uint32_t numberOfRewrittenText(uint16_t source, const Object& text,
+                                 const ValueTransform& transform);
   Reference copyScalar(const Object& object);
 
   EntryWriter& writer_;

@@ -112,8 +112,7 @@ class ArchiveDecoder {
             ClassedAccess::date(KeyedArchive::scalar(entry.object).date(), origin(number, nullptr));
         return true;
       }
-      value = archive_.sharedScalar(entry.object);
-      if (entry.object.isString()) rewrite(entry.object, transform, value);
+      (void)textOrScalar(entry.object, transform, value);
       return true;
     }
     const KeyedArchive::Record record = archive_.record(number, entry.object);
@@ -143,11 +142,10 @@ class ArchiveDecoder {
         const auto text = archive_.fieldForKey(record, "NS.string");
         bool isChanged = false;
         if (text) {
-          value = archive_.sharedScalar(*text);
-          isChanged = rewrite(*text, transform, value);
+          isChanged = textOrScalar(*text, transform, value);
         } else {
           const auto bytes = archive_.fieldForKey(record, "NS.bytes");
-          value = Value(String(bytes->text()));
+          value = Value(archive_.sharedText(*bytes));
         }
         value = ClassedAccess::string(value.string(), archivedClass,
                                       origin(number, isChanged ? transform : nullptr));
@@ -213,9 +211,13 @@ class ArchiveDecoder {
     return Ref<const Origin>(new ArchiveOrigin(shared_, number, transform));
   }
 
-  bool rewrite(const Object& text, const ValueTransform* transform, Value& value) {
-    if (!archive_.isTextChangedBy(transform, text)) return false;
-    value = Value(transform->string(value.string()));
+  /// The value of a scalar; whether the transform, if any, changes it.
+  bool textOrScalar(const Object& object, const ValueTransform* transform, Value& value) {
+    if (!archive_.isTextChangedBy(transform, object)) {
+      value = archive_.sharedScalar(object);
+      return false;
+    }
+    value = Value(archive_.rewrittenText(*transform, object));
     markChanged();
     return true;
   }

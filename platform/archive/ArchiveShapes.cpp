@@ -2,6 +2,7 @@
 
 #include <unordered_set>
 
+#include "platform/archive/ArchivedClasses.h"
 #include "platform/archive/StoredArchive.h"
 
 namespace ns {
@@ -15,19 +16,6 @@ uint64_t hashOf(const uint8_t* bytes, size_t length) {
   uint64_t hash = 0xCBF29CE484222325U ^ length;
   for (size_t i = 0; i < length; ++i) hash = (hash ^ bytes[i]) * 0x100000001B3U;
   return hash;
-}
-
-/// A class in one piece of text, by which equal ones are found.
-std::string contentOf(const ClassInfo& info) {
-  std::string content = info.hasChain ? "+" : "-";
-  const auto add = [&](const std::string& name) {
-    content.append(std::to_string(name.size())).append(":").append(name);
-  };
-  add(info.name);
-  for (const std::string& name : info.chain) add(name);
-  content.push_back('?');
-  for (const std::string& name : info.hints) add(name);
-  return content;
 }
 
 }  // namespace
@@ -106,12 +94,8 @@ const ArchiveShape& ArchiveShapes::addShape(const StoredArchive& archive, uint32
 }
 
 std::optional<uint32_t> ArchiveShapes::classNumber(const ClassInfo& info) const {
-  std::optional<uint32_t> first;
-  for (const auto& entry : classes_) {
-    const ArchivedClass& known = entry.second;
-    if (*known.info == info && (!first || known.number < *first)) first = known.number;
-  }
-  return first;
+  const auto known = classesByContent_.find(contentOf(info));
+  return known == classesByContent_.end() ? std::nullopt : std::optional(known->second.number);
 }
 
 const ArchivedClass* ArchiveShapes::classLike(const ClassInfo& info) const {
@@ -154,8 +138,10 @@ const ArchivedClass& ArchiveShapes::classAt(const StoredArchive& archive, uint32
   info.hasChain = readNames(archive, number, record, "$classes", info.chain);
   (void)readNames(archive, number, record, "$classhints", info.hints);
   // the same class described twice is one class
-  ClassRef& shared = classesByContent_[contentOf(info)];
-  if (!shared) shared = std::make_shared<const ClassInfo>(std::move(info));
+  const auto [first, isNew] = classesByContent_.try_emplace(contentOf(info));
+  ClassRef& shared = first->second.info;
+  if (isNew) shared = std::make_shared<const ClassInfo>(std::move(info));
+  if (isNew || number < first->second.number) first->second.number = number;
   const ClassCoding* coding = archive.registry().find(shared->name);
   return classes_.emplace(index, ArchivedClass{shared, coding, number, shared->name == "NSArray"})
       .first->second;

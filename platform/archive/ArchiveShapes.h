@@ -82,7 +82,11 @@ class ArchiveShapes {
   /// Recent shapes by a few bits of their keys, two for each such value, the last one first.
   const ArchiveShape* recentShapes_[kSlots][2] = {};
   std::unordered_map<uint32_t, ArchivedClass> classes_;  // by place in the object table
-  std::unordered_map<std::string, ClassRef> classesByContent_;
+  struct SharedClass {
+    ClassRef info;
+    uint32_t number = 0;  // the lowest of a record that describes it
+  };
+  std::unordered_map<std::string, SharedClass> classesByContent_;
   uint64_t nameBudget_;
 };
 

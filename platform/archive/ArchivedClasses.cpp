@@ -35,4 +35,16 @@ const ClassRef& dateClass() {
   return info;
 }
 
+std::string contentOf(const ClassInfo& info) {
+  std::string content = info.hasChain ? "+" : "-";
+  const auto add = [&](const std::string& name) {
+    content.append(std::to_string(name.size())).append(":").append(name);
+  };
+  add(info.name);
+  for (const std::string& name : info.chain) add(name);
+  content.push_back('?');
+  for (const std::string& name : info.hints) add(name);
+  return content;
+}
+
 }  // namespace ns

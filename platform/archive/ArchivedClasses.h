@@ -12,4 +12,7 @@ const ClassRef& dictionaryClass();
 const ClassRef& mutableDictionaryClass();
 const ClassRef& dateClass();
 
+/// A class in one piece of text, which only equal ones have.
+std::string contentOf(const ClassInfo& info);
+
 }  // namespace ns

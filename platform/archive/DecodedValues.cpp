@@ -23,23 +23,24 @@ void DecodedValues::forgetContainer(uint32_t number, const ValueTransform* trans
   if (known != containers_.end() && known->second == body) containers_.erase(known);
 }
 
-String DecodedValues::longText(const TextKey& key, uint64_t length,
+String DecodedValues::longText(const TextKey& key, const ValueTransform* transform,
                                const std::function<String()>& make) {
-  const auto known = texts_.find(key);
+  const TransformedText text{key, transform};
+  const uint64_t length = key.length();
+  const auto known = texts_.find(text);
   if (known != texts_.end()) return known->second.string();
   if (textLength_ + length > textLimit_) {
     // whatever is here must not outlive its last use by much
     std::erase_if(texts_, [&](const auto& each) {
       if (each.second.body()->isShared()) return false;
-      textLength_ -=
-          each.first.count * (each.first.type == BinaryPropertyList::Type::utf16 ? 2 : 1);
+      textLength_ -= each.first.text.length();
       return true;
     });
     constexpr uint64_t kLeast = uint64_t{1} << 20;
     textLimit_ = std::max(kLeast, 2 * (textLength_ + length));
   }
   String made = make();
-  texts_.emplace(key, Value(made));
+  texts_.emplace(text, Value(made));
   textLength_ += length;
   return made;
 }

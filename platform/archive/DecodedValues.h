@@ -29,8 +29,10 @@ class DecodedValues {
   /// Forgets it, if it is the one.
   void forgetContainer(uint32_t number, const ValueTransform* transform, const ValueBody* body);
 
-  /// The text that `make` makes of a stored one; one value while somebody holds it.
-  String longText(const TextKey& key, uint64_t length, const std::function<String()>& make);
+  /// The text that `make` makes of a stored one by a transform (none: as it is); one value while
+  /// somebody holds it.
+  String longText(const TextKey& key, const ValueTransform* transform,
+                  const std::function<String()>& make);
 
   /// See KeyedArchive::derivedDictionary().
   Dictionary derivedDictionary(const std::shared_ptr<const KeyedArchive>& archive, uint32_t number,
@@ -44,6 +46,10 @@ class DecodedValues {
   void setLiveObject(uint32_t number, const std::shared_ptr<Object>& object);
   /// Where the objects that are made from the archive have their memory.
   [[nodiscard]] Arena& arena() { return arena_; }
+
+  /// What somebody else found out about the values and remembers as long as the archive is open,
+  /// under an address of his own; none at first.
+  [[nodiscard]] std::shared_ptr<void>& foundBy(const void* owner) { return found_[owner]; }
 
   /// Runs a class's own decoder for a number.  Decoders may ask for values in turn, which may lead
   /// back or ever deeper; then it is not run, and none is answered.
@@ -62,11 +68,12 @@ class DecodedValues {
     }
   };
   std::unordered_map<Key, const ValueBody*, Hash> containers_;
-  std::unordered_map<TextKey, Value, TextHash> texts_;
-  uint64_t textLength_ = 0;  // of texts_
+  std::unordered_map<TransformedText, Value, TransformedTextHash> texts_;
+  uint64_t textLength_ = 0;  // of texts_, as stored
   uint64_t textLimit_ = 0;   // where to look for unused ones
   std::map<DerivedKey, const ValueBody*> derived_;
   std::unordered_map<uint32_t, std::weak_ptr<Object>> live_;
+  std::unordered_map<const void*, std::shared_ptr<void>> found_;
   std::vector<uint32_t> decoding_;  // objects that a class's own decoder is reading
   Arena arena_;
 };

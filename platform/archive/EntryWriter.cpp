@@ -1,5 +1,7 @@
 #include "platform/archive/EntryWriter.h"
 
+#include "platform/archive/ArchivedClasses.h"
+
 namespace ns {
 
 namespace {
@@ -39,18 +41,15 @@ uint32_t EntryWriter::numberOfClass(const ClassRef& archivedClass) {
   const auto known = classNumbers_.find(archivedClass.get());
   if (known != classNumbers_.end()) return known->second;
   // the same class described again, by another archive or anew for every object
-  const auto [from, to] = classes_.equal_range(archivedClass->name);
-  for (auto it = from; it != to; ++it) {
-    if (*it->second.first == *archivedClass) return it->second.second;
-  }
-  return 0;
+  const auto same = classes_.find(contentOf(*archivedClass));
+  return same == classes_.end() ? 0 : same->second.second;
 }
 
 uint32_t EntryWriter::addClass(const ClassRef& archivedClass, const std::vector<std::string>& hints,
                                const Fields& others) {
   const uint32_t number = newNumber();
   // held there, so that its address stands for it
-  classes_.emplace(archivedClass->name, std::pair(archivedClass, number));
+  classes_.emplace(contentOf(*archivedClass), std::pair(archivedClass, number));
   classNumbers_.emplace(archivedClass.get(), number);
   const auto list = [&](const std::vector<std::string>& names) {
     std::vector<Reference> references;

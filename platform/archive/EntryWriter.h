@@ -61,7 +61,7 @@ class EntryWriter {
   Reference null_;
   std::vector<Reference> entries_;  // by number; kUnwritten until it is written
   std::unordered_map<const ClassInfo*, uint32_t> classNumbers_;
-  std::unordered_multimap<std::string, std::pair<ClassRef, uint32_t>> classes_;  // by name
+  std::unordered_map<std::string, std::pair<ClassRef, uint32_t>> classes_;  // by content
   std::unordered_map<const char*, Reference> keys_;
   Fields fields_;  // of the record being written
 };

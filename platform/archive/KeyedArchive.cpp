@@ -22,8 +22,18 @@ Value KeyedArchive::sharedScalar(const Object& object) const {
     return Value(Data(shared_from_this(), object.bytes, object.count));
   }
   if (!object.isString() || object.text().size() < kLongText) return scalar(object);
-  return Value(
-      decoded_.longText(TextKey(object), object.text().size(), [&] { return string(object); }));
+  return Value(decoded_.longText(TextKey(object), nullptr, [&] { return string(object); }));
+}
+
+String KeyedArchive::sharedText(const Object& data) const {
+  if (data.text().size() < kLongText) return String(data.text());
+  return decoded_.longText(TextKey(data), nullptr, [&] { return String(data.text()); });
+}
+
+String KeyedArchive::rewrittenText(const ValueTransform& transform, const Object& text) const {
+  if (text.text().size() < kLongText) return transform.string(string(text));
+  return decoded_.longText(TextKey(text), &transform,
+                           [&] { return transform.string(sharedScalar(text).string()); });
 }
 
 }  // namespace ns

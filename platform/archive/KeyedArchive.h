@@ -72,6 +72,10 @@ class KeyedArchive : public StoredArchive, public std::enable_shared_from_this<K
   /// The value of a scalar; long data stays in the file and long text is one value as long as
   /// somebody holds it, so that what the file holds once takes its memory once.
   [[nodiscard]] Value sharedScalar(const Object& object) const;
+  /// The same for the text in data, which is UTF-8.
+  [[nodiscard]] String sharedText(const Object& data) const;
+  /// What a transform makes of a string that it changes.
+  [[nodiscard]] String rewrittenText(const ValueTransform& transform, const Object& string) const;
 
   /// A dictionary made from one of the archive's, under a name for what was done to it; the same
   /// object for the same number and name as long as somebody holds it.
@@ -102,7 +106,7 @@ class KeyedArchive : public StoredArchive, public std::enable_shared_from_this<K
   /// Whether a transform, if any, changes the text of an entry that the root leads to.
   [[nodiscard]] bool isTextChangedBy(const ValueTransform* transform, const Object& object) const {
     return transform && !findings_.markedTexts.empty() && object.isString() &&
-           transform->changesText(textOf(object));
+           effects_.changesText(*transform, object);
   }
   /// Whether a transform may change an attributed string here.
   [[nodiscard]] bool mayChangeAttributedStrings(const ValueTransform& transform) const {

@@ -90,7 +90,21 @@ uint32_t KeyedArchiver::numberOfClass(const ClassRef& archivedClass) {
                           copier_.otherClassFields(former_, former->number));
 }
 
+KeyedArchiver::LongText& KeyedArchiver::longText(const Value& string) {
+  const String text = string.string();
+  const void* address = text.isAscii() ? static_cast<const void*>(text.ascii().data())
+                                       : static_cast<const void*>(text.wide().data());
+  LongText& known = longTexts_[address];
+  if (known.held.isNone()) known.held = string;
+  return known;
+}
+
 uint32_t KeyedArchiver::numberOfString(const Value& value) {
+  if (value.string().length() >= kLongText) {
+    uint32_t& number = longText(value).number;
+    if (number == 0) number = writer_.numberOfScalar(writer_.list().value(value));
+    return number;
+  }
   if (!(value.string() == "$null")) return writer_.numberOfScalar(writer_.list().value(value));
   // a bare one would be read as null
   if (nullText_.isNone()) {
@@ -197,7 +211,12 @@ void KeyedArchiver::encodeArchivedValueForKey(const std::shared_ptr<const KeyedA
 
 void KeyedArchiver::encodePrimitiveForKey(const Value& value, const char* name) {
   const Reference at = writer_.key(name);
-  writer_.addField(at, writer_.list().value(value));
+  if (!value.isString() || value.string().length() < kLongText) {
+    return writer_.addField(at, writer_.list().value(value));
+  }
+  Reference& text = longText(value).reference;
+  if (text == 0) text = writer_.list().value(value);
+  writer_.addField(at, text);
 }
 
 void KeyedArchiver::encodeReferencesForKey(const std::vector<Value>& values, const char* name) {

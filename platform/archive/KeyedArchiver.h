@@ -3,6 +3,7 @@
 #include <deque>
 #include <memory>
 #include <span>
+#include <unordered_map>
 #include <vector>
 
 #include "platform/archive/ArchiveCopier.h"
@@ -102,6 +103,13 @@ class KeyedArchiver final : public Coder, private ArchiveCopier::Client {
   void leaveForLater(What what, uint32_t number, size_t place) {
     pending_.push_back({what, {number, static_cast<uint32_t>(place), 0, 0}});
   }
+  /// What is known of a long text, which many values may share, whatever their classes.
+  struct LongText {
+    Value held;               // so that its address stays taken
+    Reference reference = 0;  // 0, that of the top dictionary: not written yet
+    uint32_t number = 0;
+  };
+  LongText& longText(const Value& string);
   uint32_t newPendingValue(const Value& value, What what = What::value);
   Reference referenceTo(const Value& value) { return writer_.referenceTo(numberOf(value)); }
   Reference fieldReference(const Field& field);
@@ -114,6 +122,7 @@ class KeyedArchiver final : public Coder, private ArchiveCopier::Client {
   std::vector<const Object*> objects_;
   AddressMap valueNumbers_;
   std::vector<Value> values_;
+  std::unordered_map<const void*, LongText> longTexts_;  // by the address of the text
   AddressMap listNumbers_;
   std::vector<ObjectList> lists_;
   Value nullText_;                                   // the text "$null" in a form that is not null

@@ -44,6 +44,47 @@ bool equalFields(const Field& a, const Field& b) {
   return true;
 }
 
+/// A hash of texts, bare or in a record: their length, and how long ones begin.
+size_t hashOfText(const String& text) {
+  constexpr size_t kLong = 64;
+  const size_t begin = (text.length() <= kLong ? text : text.substring({0, kLong})).hash();
+  return begin * 31 + text.length();
+}
+
+/// A hash that is the same for equal primitives; of what is referred to, for equal values.
+size_t hashOfValue(const Value& value) {
+  switch (value.kind()) {
+    case Kind::string:
+      return hashOfText(value.string());
+    case Kind::boolean:
+    case Kind::integer:
+    case Kind::real:
+    case Kind::date:
+      return value.hash();
+    case Kind::data: {
+      constexpr size_t kLong = 64;
+      const Data data = value.data();
+      return std::hash<std::string_view>()(data.view().substr(0, kLong)) * 31 + data.length();
+    }
+    default:
+      // what it is made of may lead back here
+      return 0;
+  }
+}
+
+/// The value of an entry where that is a scalar or a string; none for any other.
+Value plainValue(const KeyedArchive& archive, uint32_t number) {
+  const KeyedArchive::Entry entry = archive.entry(number);
+  if (entry.kind == KeyedArchive::EntryKind::scalar) return archive.sharedScalar(entry.object);
+  const Kind kind = archive.kind(number);
+  const bool isPlain = kind == Kind::string || kind == Kind::data || kind == Kind::date;
+  return isPlain ? archive.value(number) : Value();
+}
+
+size_t hashOfField(const String& key, const Field& field) {
+  return (hashOfText(key) * 31 + static_cast<size_t>(field.form)) * 31 + hashOfValue(field.value);
+}
+
 class RecordBody : public ArchivableBody {
  public:
   RecordBody(Kind kind, ClassRef archivedClass, std::vector<std::pair<String, Field>> fields)
@@ -55,9 +96,8 @@ class RecordBody : public ArchivableBody {
   }
 
   [[nodiscard]] bool isEqual(const ValueBody& other) const override;
-  [[nodiscard]] size_t hash() const override {
-    return class_ ? std::hash<std::string>()(class_->name) : 0;
-  }
+  /// Of the class and the fields that are plain, whatever their order.
+  [[nodiscard]] size_t hash() const override;
   [[nodiscard]] const ArchiveOrigin* origin() const override { return origin_.get(); }
   [[nodiscard]] ClassRef classForArchiver() const override { return class_; }
   void encode(KeyedArchiver& archiver) const override {
@@ -108,6 +148,38 @@ class RecordBody : public ArchivableBody {
   std::vector<std::pair<String, Field>> fields_;
   Ref<const ArchiveOrigin> origin_;
 };
+
+size_t RecordBody::hash() const {
+  constexpr uint32_t kMostFields = 64;
+  const size_t count = origin_ ? archived().shape->count() - 1 : fields_.size();
+  size_t hash = (class_ ? std::hash<std::string>()(class_->name) : 0) + count;
+  // equal records may have their fields in any order
+  if (count > kMostFields) return hash;
+  if (!origin_) {
+    for (const auto& [key, field] : fields_) {
+      hash += hashOfField(key, field) + field.fields.size();
+    }
+    return hash;
+  }
+  const KeyedArchive& archive = *origin_->archive();
+  const KeyedArchive::Record record = archived();
+  for (uint32_t i = 0; i < record.shape->count(); ++i) {
+    if (i == record.shape->classPosition()) continue;
+    const KeyedArchive::Object object = archive.field(record, i);
+    Field field;
+    if (object.isContainer()) {
+      const bool isList = object.type == KeyedArchive::Type::array;
+      field.form = isList ? Field::Form::list : Field::Form::map;
+      hash += object.count;
+    } else if (object.type == KeyedArchive::Type::uid) {
+      field = Field::reference(plainValue(archive, archive.target(object)));
+    } else {
+      field = Field::primitive(archive.sharedScalar(object));
+    }
+    hash += hashOfField(record.shape->key(i), field);
+  }
+  return hash;
+}
 
 /// The comparison that is going on.  Pairs of records met once are taken for equal when met
 /// again: if they are not, the whole comparison has failed already.  That ends circles and keeps

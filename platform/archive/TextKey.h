@@ -7,6 +7,8 @@
 
 namespace ns {
 
+class ValueTransform;
+
 /// The stored form of a text or of data, by which it is known however many objects share it:
 /// objects may begin at any byte, so the address is not enough.
 struct TextKey {
@@ -16,11 +18,28 @@ struct TextKey {
   uint64_t count;
   BinaryPropertyList::Type type;
   bool operator==(const TextKey&) const = default;
+  /// In bytes.
+  [[nodiscard]] uint64_t length() const {
+    return count * (type == BinaryPropertyList::Type::utf16 ? 2 : 1);
+  }
 };
 
 struct TextHash {
   size_t operator()(const TextKey& key) const {
     return (reinterpret_cast<uintptr_t>(key.bytes) + key.count) * 0x9E3779B97F4A7C15U;
+  }
+};
+
+/// A stored text and what a transform makes of it.
+struct TransformedText {
+  TextKey text;
+  const ValueTransform* transform;
+  bool operator==(const TransformedText&) const = default;
+};
+
+struct TransformedTextHash {
+  size_t operator()(const TransformedText& key) const {
+    return TextHash()(key.text) ^ reinterpret_cast<uintptr_t>(key.transform);
   }
 };
 

@@ -52,6 +52,15 @@ bool TransformEffects::changes(const KeyedArchive& archive, const ValueTransform
   return !changes.nothing && changes.changed[number];
 }
 
+bool TransformEffects::changesText(const ValueTransform& transform,
+                                   const StoredArchive::Object& text) {
+  const StoredText stored = StoredArchive::textOf(text);
+  if (stored.bytes.size() < kLongText) return transform.changesText(stored);
+  const auto [found, isNew] = longTexts_.try_emplace({TextKey(text), &transform}, false);
+  if (isNew) found->second = transform.changesText(stored);
+  return found->second;
+}
+
 bool TransformEffects::mayChangeAttributedStrings(const KeyedArchive& archive,
                                                   const ValueTransform& transform) {
   const auto known = attributedStringChanges_.find(transform.attributedStringRule());
@@ -80,17 +89,9 @@ const TransformEffects::Changes& TransformEffects::changesOf(const KeyedArchive&
 std::vector<uint32_t> TransformEffects::changedTexts(const KeyedArchive& archive,
                                                      const ValueTransform& transform) {
   std::vector<uint32_t> changed;
-  std::unordered_map<TextKey, bool, TextHash> longTexts;
-  const auto changesText = [&](const StoredArchive::Object& text) {
-    const StoredText stored = StoredArchive::textOf(text);
-    if (stored.bytes.size() < kLongText) return transform.changesText(stored);
-    const auto [found, isNew] = longTexts.try_emplace(TextKey(text), false);
-    if (isNew) found->second = transform.changesText(stored);
-    return found->second;
-  };
   for (const uint32_t number : archive.findings().markedTexts) {
     const std::optional<StoredArchive::Object> text = archive.storedText(number);
-    if (text && changesText(*text)) changed.push_back(number);
+    if (text && changesText(transform, *text)) changed.push_back(number);
   }
   if (!mayChangeAttributedStrings(archive, transform)) return changed;
   for (const uint32_t number : archive.findings().attributedStrings) {

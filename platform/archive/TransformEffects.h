@@ -5,6 +5,8 @@
 #include <unordered_map>
 #include <vector>
 
+#include "platform/archive/StoredArchive.h"
+#include "platform/archive/TextKey.h"
 #include "platform/archive/ValueTransform.h"
 
 namespace ns {
@@ -19,6 +21,8 @@ class TransformEffects {
   bool changesAnything(const KeyedArchive& archive, const ValueTransform& transform);
   /// Whether it changes anything in what a number stands for.
   bool changes(const KeyedArchive& archive, const ValueTransform& transform, uint32_t number);
+  /// Whether it changes a stored text; found out once for a long one, however many objects have it.
+  bool changesText(const ValueTransform& transform, const StoredArchive::Object& text);
   /// Whether it may change any attributed string.
   bool mayChangeAttributedStrings(const KeyedArchive& archive, const ValueTransform& transform);
 
@@ -31,7 +35,8 @@ class TransformEffects {
   /// The strings and attributed strings that a transform changes.
   std::vector<uint32_t> changedTexts(const KeyedArchive& archive, const ValueTransform& transform);
   std::unordered_map<const ValueTransform*, Changes> changes_;
-  std::unordered_map<const void*, bool> attributedStringChanges_;  // by the rule
+  std::unordered_map<TransformedText, bool, TransformedTextHash> longTexts_;  // whether changed
+  std::unordered_map<const void*, bool> attributedStringChanges_;             // by the rule
 };
 
 }  // namespace ns

@@ -143,6 +143,42 @@ size_t ArrayBody::hash() const {
   return hash;
 }
 
+namespace {
+
+size_t hashOfAddress(const Value& value) {
+  return reinterpret_cast<uintptr_t>(value.body().get()) * 0x9E3779B97F4A7C15U;
+}
+
+/// A hash that is the same for what areSameKey() takes for one key: containers that have to be the
+/// very same one are told apart by their address.
+size_t hashOfKey(const Value& key) {
+  if (key.isDictionary()) return hashOfAddress(key);
+  if (!key.isArray()) return key.hash();
+  const Array array = key.array();
+  size_t hash = array.count();
+  for (const Value& each : array) {
+    hash = hash * 31 + (isContainer(each) ? hashOfAddress(each) : each.hash());
+  }
+  return hash;
+}
+
+/// Whether comparing two keys may take long, and equal hashes do not say that they are equal.
+bool isCompound(const Value& key) {
+  switch (key.kind()) {
+    case Kind::record:
+    case Kind::font:
+    case Kind::color:
+    case Kind::paragraphStyle:
+    case Kind::attributedString:
+    case Kind::array:
+      return true;
+    default:
+      return false;
+  }
+}
+
+}  // namespace
+
 bool DictionaryBody::isEqual(const ValueBody& other) const { return equalContainers(*this, other); }
 size_t DictionaryBody::hash() const { return keyCount() * 31 + 2; }
 
@@ -208,9 +244,9 @@ DictionaryBody::Index& DictionaryBody::index() const {
     index->positions.reserve(entries.size());
     for (size_t i = 0; i < entries.size(); ++i) {
       const Value& key = entries[i].first;
-      const size_t hash = key.hash();
+      const size_t hash = hashOfKey(key);
       const bool isFirst = indexedPosition(entries, *index, key, hash) == entries.size();
-      if (isFirst) index->positions.emplace(hash, i);
+      if (isFirst) index->add(key, hash, i);
     }
     apart.index = std::move(index);
   }
@@ -223,12 +259,33 @@ size_t DictionaryBody::indexedPosition(std::span<const Entry> entries, const Ind
   for (auto at = from; at != to; ++at) {
     if (areSameKey(entries[at->second].first, key)) return at->second;
   }
+  if (!isCompound(key)) return entries.size();
+  const auto [first, last] = index.positions.equal_range(hashOfAddress(key));
+  for (auto at = first; at != last; ++at) {
+    if (entries[at->second].first.body() == key.body()) return at->second;
+  }
   return entries.size();
+}
+
+void DictionaryBody::Index::add(const Value& key, size_t hash, size_t position) {
+  const bool isOneOfMany = isCompound(key) && positions.count(hash) >= kMostAlike;
+  positions.emplace(isOneOfMany ? hashOfAddress(key) : hash, position);
+}
+
+void DictionaryBody::Index::remove(const Value& key, size_t position) {
+  for (const size_t hash : {hashOfKey(key), hashOfAddress(key)}) {
+    const auto [from, to] = positions.equal_range(hash);
+    const auto at =
+        std::find_if(from, to, [&](const auto& each) { return each.second == position; });
+    if (at == to) continue;
+    positions.erase(at);
+    return;
+  }
 }
 
 size_t DictionaryBody::position(const Value& key) const {
   const std::span<const Entry> entries = slots();
-  if (isLong()) return indexedPosition(entries, index(), key, key.hash());
+  if (isLong()) return indexedPosition(entries, index(), key, hashOfKey(key));
   size_t at = 0;
   while (at < entries.size() && !areSameKey(entries[at].first, key)) ++at;
   return at;
@@ -254,7 +311,7 @@ void DictionaryBody::add(Entry entry) {
   keyCount_ = kNotCounted;
   if (Many* const apart = many()) {
     if (apart->index) {
-      apart->index->positions.emplace(entry.first.hash(), apart->entries.size());
+      apart->index->add(entry.first, hashOfKey(entry.first), apart->entries.size());
     }
     apart->entries.push_back(std::move(entry));
   } else {
@@ -285,9 +342,7 @@ void DictionaryBody::remove(const Value& key) {
   const std::span<Entry> entries = slots();
   if (at == entries.size()) return;
   Index& index = this->index();
-  const auto [from, to] = index.positions.equal_range(key.hash());
-  index.positions.erase(
-      std::find_if(from, to, [at](const auto& each) { return each.second == at; }));
+  index.remove(entries[at].first, at);
   index.holes.push_back(at);
   entries[at] = {};
   if (index.holes.size() > entries.size() / 2) closeHoles();

@@ -66,7 +66,14 @@ class DictionaryBody final : public ValueBody {
 
  private:
   struct Index {
-    /// The position of the first entry with each key, by hash.
+    void add(const Value& key, size_t hash, size_t position);
+    void remove(const Value& key, size_t position);
+
+    /// The position of the first entry with each key, by hash.  Of texts with attributes, records
+    /// and arrays, which take long to compare, only so many are kept under one hash; from there on
+    /// only the very same one is the same key, kept under its address, so that a file cannot have
+    /// each compared to all others.
+    static constexpr size_t kMostAlike = 16;
     std::unordered_multimap<size_t, size_t> positions;
     std::vector<size_t> holes;  ///< positions of removed entries
   };

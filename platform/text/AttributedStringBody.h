@@ -30,7 +30,12 @@ class AttributedStringBody final : public ArchivableBody {
   [[nodiscard]] Dictionary attributesOf(size_t run) const;
 
   [[nodiscard]] bool isEqual(const ValueBody& other) const override;
-  [[nodiscard]] size_t hash() const override { return text.hash(); }
+  /// Of the text's length and beginning: many may share one that is long.
+  [[nodiscard]] size_t hash() const override {
+    constexpr size_t kLong = 64;
+    const size_t length = text.length();
+    return (length <= kLong ? text : text.substring({0, kLong})).hash() * 31 + length;
+  }
   [[nodiscard]] const ArchiveOrigin* origin() const override { return from.get(); }
   [[nodiscard]] Value withOrigin(const Ref<const ArchiveOrigin>& origin) const override;
   [[nodiscard]] ClassRef classForArchiver() const override;

@@ -58,8 +58,8 @@ class Reader {
  private:
   /// An object (its value) or a class (its name).
   struct Shared {
-    std::string className;  // of a class
-    Value value;            // of an object that is complete
+    std::string_view className;  // of a class, where it lies: many may have one long name
+    Value value;                 // of an object that is complete
     bool isComplete = false;
   };
 
@@ -122,7 +122,7 @@ class Reader {
     return static_cast<size_t>(number);
   }
 
-  std::string sharedString() {
+  std::string_view sharedString() {
     const int8_t first = head();
     if (first == kNil) fail("no string");
     if (first != kNew) return strings_[reference(first, strings_.size())];
@@ -131,15 +131,16 @@ class Reader {
   }
 
   void expectTypes(std::string_view types) {
-    const std::string found = sharedString();
+    const std::string_view found = sharedString();
     if (found != types) {
-      fail("values of types \"" + found + "\" instead of \"" + std::string(types) + "\"");
+      fail("values of types \"" + std::string(found) + "\" instead of \"" + std::string(types) +
+           "\"");
     }
   }
 
   /// The name of a class; its superclasses are read and forgotten.
-  std::string archivedClass() {
-    std::string name;
+  std::string_view archivedClass() {
+    std::string_view name;
     while (true) {
       const int8_t first = head();
       if (first == kNil) break;
@@ -171,7 +172,7 @@ class Reader {
     if (depth == kDeepestObject) fail("objects nested too deeply");
     const size_t number = shared_.size();
     shared_.emplace_back();
-    const std::string name = archivedClass();
+    const std::string_view name = archivedClass();
     Value value;
     if (name == "NSFont") {
       value = font();
@@ -181,9 +182,9 @@ class Reader {
       expectTypes("+");
       value = Value(String(take(length())));
     } else {
-      fail("an object of class " + name);
+      fail("an object of class " + std::string(name));
     }
-    if (head() != kEnd) fail("an object of class " + name + " does not end");
+    if (head() != kEnd) fail("an object of class " + std::string(name) + " does not end");
     shared_[number].value = value;
     shared_[number].isComplete = true;
     return value;
@@ -292,7 +293,7 @@ class Reader {
   std::string_view bytes_;
   size_t at_ = 0;
   bool isBigEndian_ = false;
-  std::vector<std::string> strings_;
+  std::vector<std::string_view> strings_;
   std::vector<Shared> shared_;
 };
 

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <chrono>
+#include <set>
 
 #include "ArchiveTesting.h"
 #include "platform/archive/KeyedArchiver.h"
@@ -259,6 +260,47 @@ TEST(ArchiveLimits, LongNumberedFormsAreReadQuickly) {
   const Value read = readBack(archive({"$null", instance(2, fields), classRecord(kArray), "x"}));
   EXPECT_EQ(read.array().count(), kCount);
   EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(20));
+}
+
+TEST(ArchiveLimits, BytesOfOneTextMentionedOftenAreOneText) {
+  const P bytes = P::data(std::string(500000, 'x'));
+  std::vector<uint64_t> all;
+  std::vector<P> entries{"$null", "", classRecord(kArray),
+                         classRecord({"NSMutableString", "NSString", "NSObject"})};
+  for (int i = 0; i < 2000; ++i) {
+    all.push_back(entries.size());
+    entries.push_back(instance(3, {{"NS.bytes", bytes}}));
+  }
+  entries[1] = instance(2, {{"NS.objects", references(all)}});
+  const ns::Array read = readBack(archive(std::move(entries))).array();
+  ASSERT_EQ(read.count(), 2000U);
+  for (const Value& each : read) {
+    EXPECT_EQ(each.string().ascii().data(), read[0].string().ascii().data());
+  }
+}
+
+TEST(ArchiveLimits, RecordsAsKeysHaveHashesOfTheirContent) {
+  std::vector<P> entries{"$null", "", classRecord(kArray), classRecord({"Thing", "NSObject"})};
+  std::vector<uint64_t> all;
+  for (int i = 0; i < 1000; ++i) {
+    all.push_back(entries.size());
+    entries.push_back(instance(3, {{"n", i}, {"text", P::uid(1004)}}));
+  }
+  entries.push_back("a text");
+  // the same as the first, with its fields in another order
+  all.push_back(entries.size());
+  entries.push_back(instance(3, {{"text", P::uid(1004)}, {"n", 0}}));
+  entries[1] = instance(2, {{"NS.objects", references(all)}});
+  const ns::Array read = readBack(archive(std::move(entries))).array();
+  std::set<size_t> hashes;
+  for (const Value& each : read) hashes.insert(each.hash());
+  EXPECT_GT(hashes.size(), 990U);
+  EXPECT_EQ(read[0], read[1000]);
+  EXPECT_EQ(read[0].hash(), read[1000].hash());
+  // a record that does not lie in an archive
+  const ns::Record made = ns::Record(read[5]).with("n", ns::Field::primitive(6));
+  EXPECT_EQ(made.asValue(), read[6]);
+  EXPECT_EQ(made.asValue().hash(), read[6].hash());
 }
 
 }  // namespace

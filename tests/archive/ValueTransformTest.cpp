@@ -107,6 +107,56 @@ TEST(ValueTransform, ReachesStringsInContainersAndNothingElse) {
   EXPECT_EQ(utf8(held->value(1).array()[0]), "$null: old text");
 }
 
+/// Counts how often a text is rewritten.
+class Counted final : public ns::ValueTransform {
+ public:
+  [[nodiscard]] bool changesText(const ns::StoredText& text) const override {
+    ++looks;
+    return renewal.changesText(text);
+  }
+  [[nodiscard]] ns::String string(const ns::String& string) const override {
+    ++rewrites;
+    return renewal.string(string);
+  }
+  [[nodiscard]] bool mayChangeAttributedStrings(
+      const ns::KeyedArchive& /*archive*/) const override {
+    return false;
+  }
+  [[nodiscard]] ns::Value attributedString(const ns::Value& value) const override { return value; }
+
+  mutable int looks = 0;
+  mutable int rewrites = 0;
+};
+
+const Counted counted;
+
+TEST(ValueTransform, ALongTextIsLookedAtAndRewrittenOnceHoweverManyHaveIt) {
+  // 3,000 strings with one text, bare and in records, which texts of a few hundred letters may be
+  const P text = P::string("$null: old" + std::string(1000, 'x'));
+  std::vector<uint64_t> all;
+  std::vector<P> list{"$null", "", classRecord(kArray), classRecord(kMutableString)};
+  for (int i = 0; i < 3000; ++i) {
+    all.push_back(list.size());
+    list.push_back(i % 2 == 0 ? text : instance(3, {{"NS.string", text}}));
+  }
+  list[1] = instance(2, {{"NS.objects", references(all)}});
+  const auto held = opened(archive(list));
+  counted.looks = counted.rewrites = 0;
+  const ns::Array read = held->value(1, &counted).array();
+  ASSERT_EQ(read.count(), 3000U);
+  for (const ns::Value& each : read) {
+    EXPECT_EQ(each.string().ascii().data(), read[0].string().ascii().data());
+  }
+  EXPECT_EQ(read[1].archivedClass()->name, "NSMutableString");
+  EXPECT_EQ(utf8(read[0]), "$null: new" + std::string(1000, 'x'));
+  EXPECT_EQ(counted.rewrites, 1);
+  EXPECT_EQ(counted.looks, 1);
+  const auto file = ns::KeyedArchiver::archivedDataWithRootObject(ns::Value(read));
+  EXPECT_EQ(describeGraph(readBack(file)), describeGraph(ns::Value(read)));
+  EXPECT_EQ(counted.rewrites, 1);
+  EXPECT_EQ(counted.looks, 1);
+}
+
 TEST(ValueTransform, SharedPartsStaySharedAndUnaffectedPartsStayTheSame) {
   const auto held = opened(archive(entries()));
   const ns::Value plain = held->value(1);

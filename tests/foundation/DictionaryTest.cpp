@@ -283,5 +283,39 @@ TEST(Dictionary, FindsAmongManyRepeatedKeys) {
   EXPECT_TRUE(dictionary.empty());
 }
 
+/// A key that is like all others of its kind by its hash, and counts how often it is compared.
+class Alike final : public ValueBody {
+ public:
+  explicit Alike(int number) : ValueBody(Kind::record), number_(number) {}
+  [[nodiscard]] bool isEqual(const ValueBody& other) const override {
+    ++comparisons;
+    return number_ == static_cast<const Alike&>(other).number_;
+  }
+  [[nodiscard]] size_t hash() const override { return 7; }
+  static inline int comparisons = 0;
+
+ private:
+  const int number_;
+};
+
+TEST(Dictionary, KeysOfOneHashAreComparedToFew) {
+  constexpr int kCount = 2000;
+  std::vector<Dictionary::Entry> entries;
+  for (int i = 0; i < kCount; ++i) {
+    entries.emplace_back(Value(Ref<const ValueBody>(new Alike(i))), Value(i));
+  }
+  const std::vector<Dictionary::Entry> kept = entries;
+  Dictionary dictionary(std::move(entries));
+  Alike::comparisons = 0;
+  for (int i = 0; i < kCount; ++i) {
+    EXPECT_EQ(dictionary.objectForKey(kept[static_cast<size_t>(i)].first), Value(i));
+  }
+  EXPECT_LT(Alike::comparisons, 50 * kCount);
+  // those that are kept under the hash are found by equality
+  EXPECT_EQ(dictionary.objectForKey(Value(Ref<const ValueBody>(new Alike(3)))), Value(3));
+  for (const auto& entry : kept) dictionary.removeObjectForKey(entry.first);
+  EXPECT_EQ(dictionary.count(), 0U);
+}
+
 }  // namespace
 }  // namespace ns

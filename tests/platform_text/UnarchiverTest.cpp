@@ -1,6 +1,7 @@
 #include "platform/text/Unarchiver.h"
 
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 
 #include "platform/foundation/Exception.h"
 #include "platform/text/Color.h"
@@ -151,6 +152,27 @@ TEST(Unarchiver, FallbacksOfFallbacksEndSomewhere) {
     fields += "\x84\x93\x95\x06\x96\x84\x96\x98\x01n\x86\x84\x96\x98\x01n\x86"s;
   }
   EXPECT_THROW(unarchive(color(6, "@@@", fields)), ArchiveException);
+}
+
+TEST(Unarchiver, ALongNameOfManyClassesTakesItsMemoryOnce) {
+  // a chain of 20,000 classes that all have the name that is written with the first one
+  const std::string name(90000, 'n');
+  std::string chain = "\x84\x84\x84\x82"s + "\x90\x5F\x01\0"s + name + "\0"s;
+  for (int i = 0; i < 20000; ++i) chain += "\x84\x93\0"s;
+  const auto peak = [] {
+    rusage usage{};
+    getrusage(RUSAGE_SELF, &usage);
+    return usage.ru_maxrss;
+  };
+  const auto before = peak();
+  try {
+    unarchive(kHeader + chain + "\x85"s);
+    ADD_FAILURE() << "an object of such a class was read";
+  } catch (const ArchiveException& exception) {
+    EXPECT_NE(std::string(exception.what()).find("an object of class nnn"), std::string::npos)
+        << std::string(exception.what()).substr(0, 200);
+  }
+  EXPECT_LT(peak() - before, 64 * 1024);  // in KiB
 }
 
 }  // namespace
