@@ -242,7 +242,9 @@ void EditorScreen::splitTitle() {
   const SeenItem item = typing_->item;
   const size_t at = typing_->text.at();
   endTyping();
-  const auto [left, right] = splitText(OLTree::objectValueForKeyByItem("title", item.item), at);
+  const auto parts = splitText(OLTree::objectValueForKeyByItem("title", item.item), at);
+  const ns::Value& left = parts.first;
+  const ns::Value& right = parts.second;
   const ItemPlace place = placeBelow(item);
   document_.beginStep();
   std::shared_ptr<OLNode> made;
@@ -332,7 +334,9 @@ void EditorScreen::pasteIntoTyping(const std::string& text) {
   const SeenItem item = typing_->item;
   const size_t at = typing_->text.at();
   endTyping();
-  const auto [left, right] = splitText(OLTree::objectValueForKeyByItem("title", item.item), at);
+  const auto parts = splitText(OLTree::objectValueForKeyByItem("title", item.item), at);
+  const ns::Value& left = parts.first;
+  const ns::Value& right = parts.second;
   const ns::Value first(ns::String(std::string_view(items.front().title)));
   items.front().title.clear();
   OLNodeList tops = nodesOf(items);

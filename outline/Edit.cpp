@@ -53,11 +53,14 @@ class FileStore final : public DocumentStore {
   ns::FileState write(const std::string& file, const ns::DataPieces& content,
                       const std::optional<ns::FileState>& expected) override {
     if (options_.isDryRun) throw FileFailure(localized("nothing is written in a dry run"));
+    std::optional<Backup> backup;
     if (options_.keepsBackup && std::filesystem::exists(file)) {
-      keepBackup(file, ns::readFile(file));
+      backup.emplace(file, ns::readFile(file));
     }
-    return expected ? ns::writeFileAtomically(file, content, *expected)
-                    : ns::writeFileAtomically(file, content);
+    ns::FileState state = expected ? ns::writeFileAtomically(file, content, *expected)
+                                   : ns::writeFileAtomically(file, content);
+    if (backup) backup->keep();
+    return state;
   }
 
   [[nodiscard]] bool isReadOnly() const override { return options_.isDryRun; }

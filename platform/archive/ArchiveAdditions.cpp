@@ -73,7 +73,7 @@ ArchiveAdditions::Target ArchiveAdditions::newRecord(Fields fields, const ClassI
     // the same class may have several records
     archivedClass = {false, archive_.fieldIndex(record, record.shape->classPosition())};
     const auto own = ownKeysOf(record.archivedClass->kind());
-    for (uint32_t i = 0; i < record.shape->count(); ++i) {
+    for (uint32_t i = 0; old.isFormer && i < record.shape->count(); ++i) {
       const String& name = record.shape->key(i);
       if (i == record.shape->classPosition() || isOwnKey(name, own)) continue;
       fields.emplace_back(Place{false, archive_.keyIndex(*record.shape, i)},
@@ -103,8 +103,8 @@ ArchiveAdditions::Target ArchiveAdditions::targetOfClass(const ClassInfo& info) 
   for (const auto& [known, target] : classes_) {
     if (*known == info) return target;
   }
-  if (const std::optional<uint32_t> number = archive_.classNumber(info)) {
-    return classes_.emplace_back(&info, Target{false, *number}).second;
+  if (const ArchivedClass* known = archive_.classLike(info)) {
+    return classes_.emplace_back(&info, Target{false, known->number}).second;
   }
   Fields fields{{text("$classname"), text(info.name)}};
   if (info.hasChain) fields.emplace_back(text("$classes"), listOf(info.chain));
@@ -116,7 +116,10 @@ bool ArchiveAdditions::hasClass(uint32_t number, Kind kind, const ClassInfo& inf
   const KeyedArchive::Entry entry = archive_.entry(number);
   if (entry.kind != KeyedArchive::EntryKind::instance) return false;
   const ArchivedClass& archived = *archive_.record(number, entry.object).archivedClass;
-  return archived.kind() == kind && *archived.info == info;
+  if (archived.kind() != kind) return false;
+  // what a new value is of, as it would be written
+  const ArchivedClass* like = archive_.classLike(info);
+  return *archived.info == info || (like && like->info == archived.info);
 }
 
 ArchiveAdditions::Target ArchiveAdditions::targetOf(const Value& value, Old old, int depth) {
@@ -159,7 +162,11 @@ ArchiveAdditions::Target ArchiveAdditions::targetOfContainer(const Value& value,
   const auto known = containers_.find(value.body().get());
   if (known != containers_.end()) return known->second;
   // what others refer to, too, stays theirs with everything in it, and is one value at most
-  Old own{old.number, old.mayGo && !archive_.isShared(old.number)};
+  const Origin* origin = value.isArray() ? ArrayAccess::origin(value.array())
+                                         : DictionaryAccess::origin(value.dictionary());
+  const auto* former = dynamic_cast<const FormerRecord*>(origin);
+  Old own{old.number, old.mayGo && !archive_.isShared(old.number),
+          former && former->archive().get() == &archive_ && former->number() == old.number};
   if (unchanged_.contains(old.number)) own = {};
   const Target target = value.isArray() ? targetOfArray(value.array(), own, depth)
                                         : targetOfDictionary(value.dictionary(), own, depth);

@@ -51,7 +51,9 @@ class ArchiveAdditions {
   /// The object that a value is, put in the place of a number, or of null.  Raises NeedsArchiver
   /// for values that are more than scalars, arrays and dictionaries of such and of what the archive
   /// holds, and for those that are nested deeply.
-  Target targetOf(const Value& value, uint32_t old) { return targetOf(value, {old, true}, 0); }
+  Target targetOf(const Value& value, uint32_t old) {
+    return targetOf(value, {old, true, false}, 0);
+  }
   /// A record of the archive with another value in a field, the last one if there is no such field.
   Target withField(uint32_t number, const char* key, Target value);
 
@@ -65,6 +67,7 @@ class ArchiveAdditions {
   struct Old {
     uint32_t number = 0;
     bool mayGo = false;
+    bool isFormer = false;  ///< the value was made by editing it, and keeps what it had
   };
   Target targetOf(const Value& value, Old old, int depth);
   Target targetOfContainer(const Value& value, Old old, int depth);

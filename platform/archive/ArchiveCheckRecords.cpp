@@ -134,9 +134,10 @@ void ArchiveCheck::notePlan(Plan& plan) {
   (form.isMember ? findings_.memberForm : findings_.listForm) = {form.shape, form.archivedClass};
   ++(form.isMember ? memberForms_ : listForms_);
   if (!form.isMember) return;
-  const bool hasInteger = std::ranges::any_of(
-      form.fields, [](const RecordForm::Field& field) { return field.role == Role::integer; });
-  if (!hasInteger) noteInteger(0);
+  const bool isWhole = std::ranges::all_of(
+      form.archivedClass->coding->fields,
+      [&](const FieldForm& field) { return form.shape->find(field.key) != form.shape->count(); });
+  if (!isWhole) noteInteger(std::nullopt);
 }
 
 void ArchiveCheck::noteInteger(std::optional<double> value) {
@@ -147,7 +148,10 @@ void ArchiveCheck::noteInteger(std::optional<double> value) {
 
 void ArchiveCheck::checkField(uint32_t number, Plan& plan, Role role, uint32_t index,
                               uint16_t forbidden, bool* isMarked) {
-  if (role == Role::boolean && archive_.booleanAt(index)) return;
+  if (role == Role::boolean) {
+    if (archive_.booleanAt(index)) return;
+    noteInteger(std::nullopt);
+  }
   if (role == Role::integer) {
     // equal numbers are mostly one object of the file, which was looked at before
     if (index == plan.integerIndex) return;

@@ -37,6 +37,7 @@ ns::Data document(const char* keyword, int version) {
       instance(16, {{"tree", P::uid(2)}, {"window", field("controller")}}),
       instance(17, {{"root", P::uid(3)}, {"age", P::array({field("tree"), P::real(2.5)})}}),
       instance(18, {{"colour", P::uid(15)},
+                    {"parent", P::uid(0)},
                     {"children", P::uid(4)},
                     {"data", P::uid(5)},
                     {"expanded", P::boolean(true)},
@@ -59,7 +60,7 @@ ns::Data document(const char* keyword, int version) {
                     {"NS.objects", references({13})}}),
       instance(20, {{"NS.keys", references({10})}, {"NS.objects", references({11})}}),
       "title",
-      "an item",
+      P::string("an item in " + std::string(5000, 'x')),  // so that little is left over
       "keywords",
       instance(19, {{"NS.objects", references({14})}, {"locked", field("keywords")}}),
       keyword,

@@ -183,7 +183,8 @@ class Languages(driver.Case):
                 (('find', '-l', '--json', 'x', 'y'), '--files-with-matches schließt --json aus',
                  '--files-with-matches と --json'),
                 (('export', '--to=text', 'a', 'b'), 'überzähliges Argument: b', '余分な引数: b'),
-                (('info', '--json=x', 'y'), 'json nimmt keinen Wert', 'json に値は'),
+                (('info', '--json=x', 'y'), 'diese Option nimmt keinen Wert: --json=x',
+                 'このオプションには値を指定できません: --json=x'),
                 (('keywords',), 'ein Befehl fehlt', 'コマンドが必要です')):
             for language, text in (('de', german), ('ja', japanese)):
                 self.assertIn('tavlin: ' + text, self.fails(*arguments, environment=in_language(language)))

@@ -95,7 +95,7 @@ class Safety(driver.Case):
         content = pathlib.Path(file).read_bytes()
         os.symlink('d.tavlin', self.folder / 'link')
         for out in (file, self.folder / 'link'):
-            self.assertIn(file, self.fails('export', '--to=text', '-o', out, file))
+            self.assertIn(str(out), self.fails('export', '--to=text', '-o', out, file))
         self.untouched(file, content)
 
     def test_a_terminal_obeys_no_exported_text(self):

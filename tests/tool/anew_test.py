@@ -168,6 +168,14 @@ class Anew(Case):
             entry.update({'NS.object.%d' % i: each for i, each in enumerate(entry.pop('NS.objects'))})
         self.for_each_hand(plain(plist), self.anew)
 
+    def test_items_without_lists_of_children_or_flags(self):
+        plist = outline(40)
+        for number, entry in enumerate(records(plist, 'OLNode')):
+            if plist['$objects'][entry['children'].data]['NS.objects'] == []:
+                for key in ('children', 'expanded', 'outlineStyle', 'parent')[number % 4:]:
+                    del entry[key]
+        self.for_each_hand(plain(plist), self.anew)
+
     # What does not.
 
     def test_properties_that_are_shared(self):
@@ -175,14 +183,6 @@ class Anew(Case):
         settings = properties(KEYWORDS[:2])
         tops = [node({'title': str(number), 'settings': settings}) for number in range(40)]
         self.for_each_hand(document(node({'documentProperties': settings}, tops)), self.in_place)
-
-    def test_items_without_lists_of_children_or_flags(self):
-        plist = outline(40)
-        for number, entry in enumerate(records(plist, 'OLNode')):
-            if plist['$objects'][entry['children'].data]['NS.objects'] == []:
-                for key in ('children', 'expanded', 'outlineStyle', 'parent')[number % 4:]:
-                    del entry[key]
-        self.for_each_hand(plain(plist), self.in_place)
 
 
 if __name__ == '__main__':
