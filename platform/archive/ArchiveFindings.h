@@ -37,8 +37,8 @@ struct ArchiveFindings {
   };
   OnlyForm memberForm;
   OnlyForm listForm;
-  /// The number that the integer field of every object of the tree holds; none when they differ, and
-  /// when one lacks some field of its class or holds a flag otherwise than as a boolean.
+  /// The number that the integer field of every object of the tree holds; none when they differ,
+  /// and when one lacks some field of its class or holds a flag otherwise than as a boolean.
   std::optional<double> memberInteger;
   /// Arrays and dictionaries that are mentioned more than once, in ascending order.
   std::vector<uint32_t> sharedContainers;

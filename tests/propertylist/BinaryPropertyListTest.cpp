@@ -3,8 +3,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "tests/archive/ArchiveTesting.h"
 #include "platform/propertylist/PropertyList.h"
+#include "tests/archive/ArchiveTesting.h"
 
 namespace {
 

@@ -5,11 +5,11 @@
 #include <cmath>
 #include <limits>
 
-#include "tests/archive/ArchiveTesting.h"
 #include "platform/archive/Record.h"
 #include "platform/foundation/Array.h"
 #include "platform/foundation/Dictionary.h"
 #include "platform/propertylist/BinaryPropertyList.h"
+#include "tests/archive/ArchiveTesting.h"
 
 namespace {
 

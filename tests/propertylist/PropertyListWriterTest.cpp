@@ -2,8 +2,8 @@
 
 #include <gtest/gtest.h>
 
-#include "tests/archive/ArchiveTesting.h"
 #include "platform/propertylist/BinaryPropertyList.h"
+#include "tests/archive/ArchiveTesting.h"
 
 namespace {
 

@@ -4,10 +4,10 @@
 
 #include <cmath>
 
-#include "tests/archive/ArchiveTesting.h"
 #include "platform/foundation/Array.h"
 #include "platform/foundation/Dictionary.h"
 #include "platform/propertylist/PropertyList.h"
+#include "tests/archive/ArchiveTesting.h"
 
 namespace {
 
